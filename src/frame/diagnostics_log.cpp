@@ -1,0 +1,125 @@
+#include "frame/diagnostics_log.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <limits>
+
+#include "platform/text.h"
+#include "quelvixwinlib.h"
+
+namespace orv {
+
+DiagnosticsLog diagnosticsLog;
+
+namespace {
+
+void AppendPadded(Text& line, int value, int hundred) {
+    for (int digit = hundred; digit > 0; digit /= 10) {
+        line.Append(static_cast<char>('0' + value / digit % 10));
+    }
+}
+
+// "hh:mm:ss.mmm" and a tab. One reading of the clock gives both the second and its milliseconds.
+void AppendStamp(Text& line) {
+    const auto now = std::chrono::system_clock::now();
+    const auto sinceEpoch =
+        std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count();
+    const std::tm time = system::ToLocalTime(static_cast<std::time_t>(sinceEpoch / 1000));
+    AppendPadded(line, time.tm_hour, 10);
+    line.Append(':');
+    AppendPadded(line, time.tm_min, 10);
+    line.Append(':');
+    AppendPadded(line, time.tm_sec, 10);
+    line.Append('.');
+    AppendPadded(line, static_cast<int>(sinceEpoch % 1000), 100);
+    line.Append('\t');
+}
+
+// As a text file stores it, on every platform alike: a line feed is carriage return and line feed.
+void AppendTranslated(Text& line, std::string_view text) {
+    while (!text.empty()) {
+        const std::size_t lineFeed = std::min(text.find('\n'), text.size());
+        line.Append(text.substr(0, lineFeed));
+        if (lineFeed == text.size()) {
+            return;
+        }
+        line.Append("\r\n");
+        text.remove_prefix(lineFeed + 1);
+    }
+}
+
+bool WriteLine(std::string_view text) {
+    Text line;
+    line.Reserve(text.size() + 16);
+    AppendStamp(line);
+    AppendTranslated(line, text);
+    line.Append("\r\n");
+    const Lock lock(diagnosticsLog.lock);
+    return system::AppendToFile(diagnosticsLog.path, line.View());
+}
+
+bool StartLog() {
+    char module[system::LongestPath];
+    if (!system::ReadModulePath(module)) {
+        return false;
+    }
+    const Lock lock(diagnosticsLog.lock);
+    strcpy(diagnosticsLog.path, module);
+    strcat(diagnosticsLog.path, ".log");
+    if (!system::EmptyFile(diagnosticsLog.path)) {
+        return false;
+    }
+    // Under the lock: a line may only be written once the file is empty.
+    diagnosticsLog.enabled.exchange(true);
+    return true;
+}
+
+// The log's own edge: what fails here cannot be logged, so it only becomes -1.
+template <typename Body>
+ResultCode RunLogExport(Body&& body) noexcept {
+    try {
+        return body();
+    } catch (...) {
+        return ORV_FAILED;
+    }
+}
+
+}  // namespace
+
+void AppendLogLine(std::string_view text) noexcept {
+    if (!diagnosticsLog.IsEnabled()) {
+        return;
+    }
+    RunLogExport([text] { return WriteLine(text) ? 0 : ORV_FAILED; });
+}
+
+}  // namespace orv
+
+using namespace orv;
+
+extern "C" ResultCode Logging_Enable(void) {
+    diagnosticsLog.enabled.exchange(false);
+    return RunLogExport([] { return StartLog() ? 0 : ORV_FAILED; });
+}
+
+extern "C" ResultCode Logging_Disable(void) {
+    diagnosticsLog.enabled.exchange(false);
+    return 0;
+}
+
+extern "C" ResultCode Logging_AppendLine(const char* text, std::int32_t length) {
+    if (!diagnosticsLog.IsEnabled() || (!text && length > 0)) {
+        return ORV_FAILED;
+    }
+    constexpr std::int32_t StampLength = 14;  // with the line feed at the end
+    const std::int32_t used = std::max(length, 0);
+    return RunLogExport([text, used]() -> ResultCode {
+        if (!WriteLine({text, static_cast<std::size_t>(used)})) {
+            return ORV_FAILED;
+        }
+        return used <= std::numeric_limits<ResultCode>::max() - StampLength
+                   ? used + StampLength
+                   : std::numeric_limits<ResultCode>::max();
+    });
+}

@@ -1,0 +1,129 @@
+#include "scanner/advertisement.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "frame/export_frame.h"
+#include "platform/call.h"
+#include "scanner/scanner_session.h"
+
+namespace orv {
+
+namespace {
+
+constexpr std::string_view FamilyPrefix = "ORV";
+
+struct Heard {
+    BluetoothAddress address;
+    std::int16_t rssi;
+    std::string_view name;  // UTF-8, empty when the advertisement has none
+};
+
+void TraceAdvertisement(const Heard& heard) {
+    if (!diagnosticsLog.IsEnabled()) {
+        return;
+    }
+    Text line;
+    line.Append("OnAdvertisementReceived ");
+    line.AppendNumber(heard.address);
+    line.Append(" <");
+    line.Append(heard.name);
+    line.Append("> ");
+    line.AppendNumber(heard.rssi);
+    AppendLogLine(line.View());
+}
+
+// A platform that is too old to say has no such interface; then a name is better followed than
+// missed.
+bool IsScanResponse(const Reference<IBluetoothLEAdvertisementReceivedEventArgs>& arguments) {
+    Reference<IBluetoothLEAdvertisementReceivedEventArgs2> newer;
+    const HRESULT code = arguments.Query(newer);
+    if (code == E_NOINTERFACE) {
+        return false;
+    }
+    CheckResult(code);
+    return Get(newer, &IBluetoothLEAdvertisementReceivedEventArgs2::get_IsScanResponse) != 0;
+}
+
+// `payload` begins with the little-endian key and has at least one byte after it.
+void ReadSection(DiscoveredDevice& device, const BYTE* payload, UINT32 length) {
+    const int key = payload[0] | payload[1] << 8;
+    switch (key) {
+        case 0x0500:
+            device.value0500 = payload[2];
+            break;
+        case 0x1130:
+            device.value1130 = payload[2];
+            break;
+        case 0x1118:
+            std::memset(device.data1118, 0, sizeof device.data1118);
+            std::memcpy(device.data1118, payload + 2,
+                        std::min<std::size_t>(length - 2, sizeof device.data1118));
+            break;
+        default:
+            break;
+    }
+}
+
+void ReadScanResponse(DiscoveredDevice& device,
+                      const Reference<IBluetoothLEAdvertisement>& advertisement) {
+    using Sections = IVector<BluetoothLEAdvertisementDataSection>;
+    const auto sections = Get(advertisement, &IBluetoothLEAdvertisement::get_DataSections);
+    const UINT32 size = Get(sections, &Sections::get_Size);
+    for (UINT32 i = 0; i < size; ++i) {
+        const auto section = Get(sections, &Sections::GetAt, i);
+        const auto data = Get(section, &IBluetoothLEAdvertisementDataSection::get_Data);
+        const UINT32 length = Get(data, &IBuffer::get_Length);
+        if (length <= 2) {
+            continue;
+        }
+        const BYTE* payload = Get(data.As<IBufferByteAccess>(), &IBufferByteAccess::Buffer);
+        CheckResult(payload ? S_OK : E_POINTER);
+        ReadSection(device, payload, length);
+    }
+}
+
+// Every advertisement brings a signal strength, a plain one a name, a scan response values.
+void Update(DiscoveredDevice& device, const Heard& heard,
+            const Reference<IBluetoothLEAdvertisementReceivedEventArgs>& arguments,
+            const Reference<IBluetoothLEAdvertisement>& advertisement) {
+    device.rssi = heard.rssi;
+    if (IsScanResponse(arguments)) {
+        ReadScanResponse(device, advertisement);
+    } else {
+        SetName(device, heard.name);
+    }
+}
+
+}  // namespace
+
+void OnAdvertisementReceived(
+    const Reference<IBluetoothLEAdvertisementWatcher>& sender,
+    const Reference<IBluetoothLEAdvertisementReceivedEventArgs>& arguments) noexcept {
+    RunCallback([&] {
+        using Arguments = IBluetoothLEAdvertisementReceivedEventArgs;
+        Heard heard{};
+        heard.address = Get(arguments, &Arguments::get_BluetoothAddress);
+        const auto advertisement = Get(arguments, &Arguments::get_Advertisement);
+        Text name;
+        Get(advertisement, &IBluetoothLEAdvertisement::get_LocalName).AppendUtf8To(name);
+        heard.name = name.View();
+        heard.rssi = Get(arguments, &Arguments::get_RawSignalStrengthInDBm);
+        TraceAdvertisement(heard);
+
+        const Lock lock(ScannerLock);
+        ScannerSession* session =
+            FindSameObject(scannerSessions.sessions, &ScannerSession::watcher, sender);
+        if (!session) {
+            return;
+        }
+        if (DiscoveredDevice* listed = session->devices.Find(heard.address)) {
+            Update(*listed, heard, arguments, advertisement);
+        } else if (heard.name.substr(0, FamilyPrefix.size()) == FamilyPrefix) {
+            // Its sections are not looked at, even if this is a scan response.
+            session->devices.Append(NewRecord(heard.address, heard.name, heard.rssi));
+        }
+    });
+}
+
+}  // namespace orv
