@@ -1,0 +1,64 @@
+// The two stores that grow with what the radio brings, against plain models of them.
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <random>
+#include <vector>
+
+#include "link/receive_queue.h"
+#include "scanner/discovered_devices.h"
+
+namespace orv {
+namespace {
+
+TEST(ReceiveQueue, IsOneStreamWhateverTheSizes) {
+    std::mt19937 random(20260101);
+    ReceiveQueue queue;
+    std::deque<std::uint8_t> model;
+    std::uint8_t next = 0;
+    for (int step = 0; step < 3000; ++step) {
+        const auto amount = std::size_t{1} << random() % 14;
+        if (random() % 2) {
+            for (std::size_t i = 0; i < amount; ++i) {
+                model.push_back(next);
+                queue.Append(next++);
+            }
+        } else if (random() % 100 == 0) {
+            ASSERT_EQ(queue.Clear(), model.size());
+            model.clear();
+        } else {
+            std::vector<std::uint8_t> taken(amount, 0xEE);
+            const std::size_t count = queue.Take(taken.data(), amount);
+            ASSERT_EQ(count, std::min(amount, model.size()));
+            ASSERT_TRUE(
+                std::equal(taken.begin(), taken.begin() + static_cast<long>(count), model.begin()));
+            ASSERT_TRUE(count == amount || taken[count] == 0xEE) << "wrote beyond what it took";
+            model.erase(model.begin(), model.begin() + static_cast<long>(count));
+        }
+        ASSERT_EQ(queue.Size(), model.size());
+    }
+}
+
+TEST(DiscoveredDevices, KeepOrderAndPlace) {
+    DiscoveredDevices devices;
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(devices.Size(), 0u);
+        EXPECT_EQ(devices.Find(0), nullptr) << "in an empty list";
+        for (BluetoothAddress i = 0; i < 1000; ++i) {
+            ASSERT_EQ(devices.Find(7 * i), nullptr);
+            devices.Append(NewRecord(7 * i, std::to_string(i), -1));
+            ASSERT_EQ(devices.Size(), i + 1);
+        }
+        DiscoveredDevice* const kept = devices.Find(7 * 64);
+        for (BluetoothAddress i = 0; i < 1000; ++i) {
+            ASSERT_EQ(devices.At(i).address, 7 * i);
+            ASSERT_EQ(devices.Find(7 * i), &devices.At(i));
+            ASSERT_STREQ(devices.At(i).name, std::to_string(i).c_str());
+        }
+        EXPECT_EQ(kept, &devices.At(64)) << "records do not move";
+        devices.Clear();
+    }
+}
+
+}  // namespace
+}  // namespace orv
