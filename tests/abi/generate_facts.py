@@ -1,0 +1,115 @@
+#!/usr/bin/env python3
+"""Turns windows_runtime.tsv, the facts of the runtime's binary interface, into C++ rows that
+compare each of them with src/platform/abi.
+
+Usage: generate_facts.py TABLE OUTPUT HEADER...
+
+The reverse direction is checked here: an interface, enumeration or instance that a header declares
+and the table lacks ends the run.
+"""
+import csv
+import re
+import sys
+import uuid
+
+# What the parameters of the generic interfaces stand for when their slots are looked at.
+ARGUMENTS = {"T": "Radio", "S": "GattCharacteristic", "A": "GattValueChangedEventArgs"}
+
+
+def split_outside_brackets(text):
+    """The parts of a list between commas, of which those inside <> belong to a type."""
+    return [part.strip() for part in re.split(r",(?![^<]*>)", text)]
+
+
+def unqualified(name):
+    return re.sub(r"[A-Za-z.]*\.", "", name)
+
+
+def instantiated(name):
+    return re.sub(r"\b[TSA]\b", lambda letter: ARGUMENTS[letter.group()], name)
+
+
+def parameter_type(parameter):
+    declared = parameter.rpartition(" ")[0]
+    # Sender and arguments of a handler are written as pointers to their classes, the element of a
+    # collection or operation as itself; each crosses as Abi<> says.
+    if re.fullmatch(r"[SA]\*", declared):
+        declared = "Abi<%s>" % declared[0]
+    return instantiated(re.sub(r"^T\b", "Abi<T>", declared))
+
+
+def function_type(interface, member, detail):
+    result = "ULONG" if member in ("AddRef", "Release") else "HRESULT"
+    parameters = [] if detail == "-" else split_outside_brackets(detail)
+    return "%s (%s::*)(%s)" % (result, interface, ", ".join(map(parameter_type, parameters)))
+
+
+def guid(text):
+    value = uuid.UUID(text)
+    last = ", ".join("0x%02x" % byte for byte in value.bytes[8:])
+    return "GUID{0x%08x, 0x%04x, 0x%04x, {%s}}" % (value.fields[0], value.fields[1],
+                                                   value.fields[2], last)
+
+
+def generate(rows):
+    tables = {"Slot": [], "Interface": [], "Identifier": [], "Enumerator": [], "RuntimeClass": []}
+    first_free = {"-": 0, "IUnknown": 3, "IInspectable": 6}
+    interfaces, classes = {}, {}
+    for row in rows:
+        name = instantiated(unqualified(row["name"]))
+        member, value = row["member"], row["slot_or_value"]
+        if row["kind"] == "interface":
+            interfaces[name] = [first_free[row["base_or_interface"]], row["iid"]]
+        elif row["kind"] == "method":
+            interfaces[name][0] = max(interfaces[name][0], int(value) + 1)
+            # Qualified: a lookup by arguments would ask for the full types behind the pointers, of
+            # which some are declared by name only.
+            tables["Slot"].append('orv::SlotRow("%s", "%s", %s, &%s::%s, Same<%s>())' % (
+                name, member, value, name, member, function_type(name, member, row["detail"])))
+        elif row["kind"] == "enum":
+            tables["Enumerator"].append('EnumeratorRow("%s", "%s", %s, %s::%s)' % (
+                name, member, value, name, member))
+        elif row["kind"] == "instance":
+            tables["Identifier"].append('{"%s", %s, IidOf<%s>}' % (name, guid(row["iid"]), name))
+            classes.update(re.findall(r"rc\(([A-Za-z.]+);\{([0-9a-f-]+)\}\)", row["detail"]))
+    for name, (slots, iid) in interfaces.items():
+        tables["Interface"].append('{"%s", %d, SlotCount<%s>()}' % (name, slots, name))
+        # A generic interface has an identifier in its instances only.
+        if "<" not in name:
+            tables["Identifier"].append('{"%s", %s, IidOf<%s>}' % (name, guid(iid), name))
+    for full, iid in classes.items():
+        name = unqualified(full)
+        tables["RuntimeClass"].append('ClassRow<%s>("%s", u"%s", %s)' % (name, full, full, guid(iid)))
+    return tables
+
+
+def undeclared(rows, headers):
+    """What the headers declare and the table does not know."""
+    known = {"%s.%s" % (unqualified(row["name"]), row["member"]) for row in rows}
+    known |= {re.sub(r"<.*", "", unqualified(row["name"])) for row in rows}
+    known |= {row["name"].replace(" ", "") for row in rows if row["kind"] == "instance"}
+    text = "\n".join(headers)
+    declared = set(re.findall(r"struct (\w+) : I(?:Unknown|Inspectable) \{", text))
+    declared |= {re.sub(r"\s", "", name)
+                 for name in re.findall(r"IidOf<([^=]*)>\s*=\s*Guid", text)}
+    for enumeration, body in re.findall(r"enum class (\w+) : \w+ \{([^}]*)\}", text):
+        declared |= {"%s.%s" % (enumeration, member) for member in re.findall(r"(\w+) =", body)}
+    return sorted(declared - known)
+
+
+def main():
+    with open(sys.argv[1], encoding="utf-8") as table:
+        rows = list(csv.DictReader(table, delimiter="\t", quoting=csv.QUOTE_NONE))
+    headers = [open(path, encoding="utf-8").read() for path in sys.argv[3:]]
+    unknown = undeclared(rows, headers)
+    if unknown:
+        sys.exit("declared in src/platform/abi, but not in %s:\n  %s" % (
+            sys.argv[1], "\n  ".join(unknown)))
+    with open(sys.argv[2], "w", encoding="utf-8") as output:
+        for kind, lines in generate(rows).items():
+            output.write("const %s %sRows[] = {\n    %s,\n};\n" % (
+                kind, kind, ",\n    ".join(lines)))
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,23 @@
+/* The public headers as C of 1990, and every export under the type that hosts in other languages
+ * declare for themselves: a changed one does not compile. */
+#include "quelvixwinlib.h"
+#include "quelvixwinlib_simulated.h"
+
+extern const struct Exports {
+    int32_t (*withoutArguments[4])(void);
+    int32_t (*ofAScanner[4])(int32_t);
+    int32_t (*getDeviceInfo)(int32_t, int32_t, DiscoveredDevice*);
+    int32_t (*ofADevice[3])(uint64_t);
+    int32_t (*send)(uint64_t, int32_t, const uint8_t*);
+    int32_t (*receive)(uint64_t, int32_t, uint8_t*);
+    int32_t (*appendLine)(const char*, int32_t);
+} exportsInC;
+
+const struct Exports exportsInC = {
+    {BluetoothAvailable, OrvScanner_Initialize, Logging_Enable, Logging_Disable},
+    {OrvScanner_Deinitialize, OrvScanner_Start, OrvScanner_Stop, OrvScanner_GetDeviceCount},
+    OrvScanner_GetDeviceInfo,
+    {OrvDevice_Connect, OrvDevice_Disconnect, OrvDevice_Flush},
+    OrvDevice_Send,
+    OrvDevice_Receive,
+    Logging_AppendLine};

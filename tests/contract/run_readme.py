@@ -1,0 +1,39 @@
+#!/usr/bin/env python3
+"""Builds and runs the host that README.md shows, by the command that README.md shows.
+
+Usage: run_readme.py SOURCE LIBRARY FOLDER
+
+Where the command names the folder of the demo's library, it finds the library under test.
+"""
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+
+
+def main():
+    source, library, folder = (pathlib.Path(argument) for argument in sys.argv[1:])
+    text = (source / "README.md").read_text(encoding="utf-8")
+    host = re.search(r"```c\n(.*?)```", text, re.DOTALL).group(1)
+    command = re.search(r"^cc host\.c .*$", text, re.MULTILINE).group()
+
+    shutil.rmtree(folder, ignore_errors=True)
+    libraries = folder / "build/demo/simulated"
+    libraries.mkdir(parents=True)
+    shutil.copy(library, libraries)
+    (folder / "include").symlink_to(source / "include")
+    (folder / "host.c").write_text(host, encoding="utf-8")
+
+    check = "cc -std=c99 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -Iinclude host.c"
+    for line in (check, command):
+        print(line, flush=True)
+        run = subprocess.run(line, shell=True, cwd=folder, text=True, capture_output=True)
+        print(run.stdout + run.stderr)
+        if run.returncode != 0:
+            return 1
+    return 0 if "ORV-0042" in run.stdout else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
