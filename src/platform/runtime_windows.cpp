@@ -1,10 +1,13 @@
 // The runtime that Windows itself provides.
+//
+// The system's header comes last: it makes macros of names that ours declare.
+// clang-format off
 #include "platform/runtime.h"
 
-// The system's header stays behind ours: it makes macros of names that ours declare.
-#include <windows.h>
-
 #include <string_view>
+
+#include <windows.h>
+// clang-format on
 
 namespace orv::runtime {
 

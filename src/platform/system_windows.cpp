@@ -1,17 +1,21 @@
 // The operating system's part on Windows.
-#include <windows.h>
+//
+// The system's header comes last: it makes macros of names that ours declare.
+// clang-format off
+#include "platform/system.h"
 
 #include <algorithm>
 
 #include "platform/failure.h"
-#include "platform/system.h"
+#include <windows.h>
+// clang-format on
 
 namespace orv::system {
 
 namespace {
 
 // The module that holds this code. `flags` say what happens to its reference count.
-HMODULE OwnModule(DWORD flags) {
+HMODULE OwnModule(::DWORD flags) {
     const auto address = reinterpret_cast<LPCWSTR>(&ReadModulePath);
     HMODULE module = nullptr;
     return GetModuleHandleExW(flags | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, address, &module)
@@ -19,7 +23,7 @@ HMODULE OwnModule(DWORD flags) {
                : nullptr;
 }
 
-bool OpenThen(const char* path, DWORD access, DWORD creation, std::string_view bytes) {
+bool OpenThen(const char* path, ::DWORD access, ::DWORD creation, std::string_view bytes) {
     const HANDLE file = CreateFileA(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                     creation, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
@@ -27,8 +31,8 @@ bool OpenThen(const char* path, DWORD access, DWORD creation, std::string_view b
     }
     while (!bytes.empty()) {
         constexpr std::size_t LargestWrite = 1 << 30;
-        const auto size = static_cast<DWORD>(std::min(bytes.size(), LargestWrite));
-        DWORD written = 0;
+        const auto size = static_cast<::DWORD>(std::min(bytes.size(), LargestWrite));
+        ::DWORD written = 0;
         if (!WriteFile(file, bytes.data(), size, &written, nullptr) || written == 0) {
             break;
         }
