@@ -158,9 +158,8 @@ QUELVIXWINLIB_API ResultCode OrvScanner_Deinitialize(int32_t scannerId);
  * Empties the session's list and starts scanning, actively: devices are asked for their scan
  * responses. Also when the session scans already.
  *
- * Returns  0: started. -1: no session has this id, or the system refused; the list of an existing
- *          session is empty in both cases. 0 is no proof that the radio is on: BluetoothAvailable
- *          tells.
+ * Returns  0: started. -1: no session has this id, or the system refused; the session's list is
+ *          empty then, too. 0 is no proof that the radio is on: BluetoothAvailable tells.
  * Blocks   for no wait, but calls the system's start, which has no time limit of its own; until it
  *          returns, every OrvScanner_ function that needs a session waits.
  */
@@ -219,8 +218,9 @@ QUELVIXWINLIB_API ResultCode OrvDevice_Connect(BluetoothAddress address);
  * taken. A device that does not answer is disconnected all the same.
  *
  * Returns  0: the oldest link of the address is gone. -1: the address has no link (then the system
- *          was not asked), or the system failed; the link is then still there with its bytes, and
- *          the call can be repeated.
+ *          was not asked), or the system failed; the link is then still there with its bytes. The
+ *          call can be repeated and starts from the beginning, but a system that has closed the
+ *          device only in part may refuse that.
  * Blocks   2000 ms at most (one wait), plus closing. Holds the device links' lock.
  */
 QUELVIXWINLIB_API ResultCode OrvDevice_Disconnect(BluetoothAddress address);
