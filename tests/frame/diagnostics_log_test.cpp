@@ -1,0 +1,189 @@
+// The diagnostics log: what a line looks like on disk, and when lines are written.
+#include <algorithm>
+#include <chrono>
+#include <climits>
+#include <ctime>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include "support/world.h"
+
+namespace orv {
+namespace {
+
+using LogTest = WorldTest;
+
+ResultCode Append(const std::string& text) {
+    return Logging_AppendLine(text.data(), static_cast<std::int32_t>(text.size()));
+}
+
+struct LineOfText {
+    const char* name;
+    std::string text;
+    std::string stored;  // between the stamp and the end of the line
+};
+
+const LineOfText Texts[] = {
+    {"Plain", "BluetoothAvailable", "BluetoothAvailable"},
+    {"FiveBytes", "abcde", "abcde"},
+    {"Empty", "", ""},
+    {"LineFeed", "a\nb\n", "a\r\nb\r\n"},
+    {"CarriageReturn", "a\r\nb\rc", "a\r\r\nb\rc"},
+    {"ZeroBytes", std::string("\0a\0", 3), std::string("\0a\0", 3)},
+    {"ControlBytes", "\t\x01\x1a\x1b\x7f", "\t\x01\x1a\x1b\x7f"},
+    {"AnyBytes", "\xff\xfe\xc3(", "\xff\xfe\xc3("},
+    {"Percent", "%s%n%d", "%s%n%d"},
+    {"OneMebibyte", std::string(1 << 20, 'x'), std::string(1 << 20, 'x')},
+};
+
+class LogLine : public WorldTest, public testing::WithParamInterface<LineOfText> {};
+
+TEST_P(LogLine, IsStampTabTextAndLineEnd) {
+    const auto& [name, text, stored] = GetParam();
+    EXPECT_EQ(Append(text), static_cast<ResultCode>(text.size() + 14));
+    const std::string bytes = LogBytes();
+    ASSERT_EQ(bytes.size(), 13 + stored.size() + 2);
+    EXPECT_TRUE(bytes.substr(13) == stored + "\r\n");
+    EXPECT_EQ(LogLines().size(), 1u);
+
+    // The next line follows without a gap.
+    EXPECT_EQ(Append("next"), 18);
+    EXPECT_EQ(LogBytes().size(), bytes.size() + 19);
+    EXPECT_EQ(LogBytes().substr(0, bytes.size()), bytes);
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, LogLine, testing::ValuesIn(Texts), RowName);
+
+TEST_F(LogTest, TextIsNotReadWhenThereIsNoneToRead) {
+    for (const std::int32_t length : {0, -1, INT_MIN}) {
+        EXPECT_EQ(Logging_AppendLine(nullptr, length), 14) << length;
+        EXPECT_EQ(Logging_AppendLine("never read", length), 14) << length;
+    }
+    EXPECT_EQ(LogLines(), Lines(6, ""));
+    EXPECT_EQ(Logging_AppendLine("cut here", 3), 17);
+    EXPECT_EQ(LogLines().back(), "cut");
+    EXPECT_EQ(Logging_AppendLine(nullptr, 1), -1);
+    EXPECT_EQ(LogLines().size(), 7u) << "a refused line was written";
+}
+
+TEST_F(LogTest, StampIsTheLocalTime) {
+    const auto clock = [] {
+        return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    };
+    const std::time_t before = clock();
+    Append("now");
+    const std::time_t after = clock();
+    Lines possible;
+    for (std::time_t second = before; second <= after; ++second) {
+        char text[9] = "";
+        std::strftime(text, sizeof text, "%H:%M:%S", std::localtime(&second));
+        possible.emplace_back(text);
+    }
+    const std::string stamp = LogBytes().substr(0, 8);
+    EXPECT_NE(std::find(possible.begin(), possible.end(), stamp), possible.end()) << stamp;
+}
+
+TEST_F(LogTest, WritesNothingWhileOff) {
+    EXPECT_EQ(Logging_Disable(), 0);
+    std::filesystem::remove(LogPath());
+    EXPECT_EQ(Append("lost"), -1);
+    EXPECT_EQ(Logging_AppendLine(nullptr, -1), -1);
+    EXPECT_EQ(BluetoothAvailable(), 0);
+    EXPECT_EQ(Logging_Disable(), 0) << "switching off twice";
+    EXPECT_FALSE(std::filesystem::exists(LogPath()));
+}
+
+TEST_F(LogTest, EnablingEmptiesDisablingKeeps) {
+    Append("first");
+    EXPECT_EQ(Logging_Enable(), 0);
+    EXPECT_EQ(LogBytes(), "");
+    Append("second");
+    Logging_Disable();
+    Append("lost");
+    EXPECT_EQ(LogLines(), Lines{"second"});
+    EXPECT_EQ(Logging_Enable(), 0);
+    EXPECT_EQ(LogBytes(), "");
+}
+
+TEST_F(LogTest, DeletedFileComesBackWithTheNextLine) {
+    Append("gone");
+    std::filesystem::remove(LogPath());
+    EXPECT_EQ(Append("here"), 18);
+    EXPECT_EQ(LogLines(), Lines{"here"});
+}
+
+TEST_F(LogTest, UnopenableFileLosesLinesAndFailsNoOtherExport) {
+    std::filesystem::remove(LogPath());
+    std::filesystem::create_directory(LogPath());
+    EXPECT_EQ(Append("lost"), -1);
+    EXPECT_EQ(BluetoothAvailable(), 0);
+    EXPECT_EQ(OrvScanner_Initialize(), 0);
+    FailMember("Radio.get_Kind");
+    EXPECT_EQ(BluetoothAvailable(), -1);
+    std::filesystem::remove(LogPath());
+    EXPECT_EQ(Append("on"), 16) << "a line that is lost does not switch the log off";
+    EXPECT_EQ(LogLines(), Lines{"on"});
+}
+
+TEST_F(LogTest, FailedEnableLeavesTheLogOff) {
+    std::filesystem::remove(LogPath());
+    std::filesystem::create_directory(LogPath());
+    EXPECT_EQ(Logging_Enable(), -1);
+    std::filesystem::remove(LogPath());
+    EXPECT_EQ(Append("lost"), -1);
+    EXPECT_FALSE(std::filesystem::exists(LogPath()));
+    EXPECT_EQ(Logging_Enable(), 0);
+    EXPECT_EQ(Append("on"), 16);
+}
+
+// Every writer's lines arrive whole and in its order, also while others switch and empty the log.
+TEST_F(LogTest, WritersOnSeveralThreadsKeepLinesWhole) {
+    constexpr int Writers = 4;
+    constexpr int LinesEach = 200;
+    const auto write = [] {
+        std::vector<std::thread> threads;
+        for (int writer = 0; writer < Writers; ++writer) {
+            threads.emplace_back([writer] {
+                for (int i = 0; i < LinesEach; ++i) {
+                    const std::string number = std::to_string(i);
+                    Append(std::to_string(writer) + " " + number + std::string(60, '.') + number);
+                }
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+    };
+    // The next number that each writer may write, given how many of its lines may be missing.
+    const auto check = [](bool complete) {
+        int next[Writers] = {};
+        for (const std::string& line : LogLines()) {
+            const int writer = line.at(0) - '0';
+            ASSERT_TRUE(writer >= 0 && writer < Writers) << line;
+            const int number = std::stoi(line.substr(2));
+            const std::string digits = std::to_string(number);
+            ASSERT_EQ(line.substr(2), digits + std::string(60, '.') + digits);
+            ASSERT_TRUE(complete ? number == next[writer] : number >= next[writer]) << line;
+            next[writer] = number + 1;
+        }
+        for (const int count : next) {
+            EXPECT_TRUE(!complete || count == LinesEach);
+        }
+    };
+    write();
+    check(true);
+
+    std::thread switching([] {
+        for (int i = 0; i < 50; ++i) {
+            EXPECT_EQ(Logging_Disable(), 0);
+            EXPECT_EQ(Logging_Enable(), 0);
+        }
+    });
+    write();
+    switching.join();
+    check(false);
+}
+
+}  // namespace
+}  // namespace orv

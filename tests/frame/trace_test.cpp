@@ -1,0 +1,91 @@
+// The frame around every export: its trace line comes first, whatever the arguments, and with the
+// log off everything else stays the same.
+#include <climits>
+#include <cstring>
+#include <string>
+
+#include "support/world.h"
+
+namespace orv {
+namespace {
+
+constexpr BluetoothAddress Largest = UINT64_MAX;
+
+struct Trace {
+    const char* text;
+    ResultCode (*call)();
+    ResultCode result = -1;
+};
+
+const Trace Traces[] = {
+    {"BluetoothAvailable", [] { return BluetoothAvailable(); }, 0},
+    {"OrvScanner_Initialize", [] { return OrvScanner_Initialize(); }, 0},
+    {"OrvScanner_Deinitialize 7", [] { return OrvScanner_Deinitialize(7); }},
+    {"OrvScanner_Deinitialize -2147483648", [] { return OrvScanner_Deinitialize(INT_MIN); }},
+    {"OrvScanner_Start -1", [] { return OrvScanner_Start(-1); }},
+    {"OrvScanner_Start 2147483647", [] { return OrvScanner_Start(INT_MAX); }},
+    {"OrvScanner_Stop -1", [] { return OrvScanner_Stop(-1); }},
+    {"OrvScanner_Stop -2147483648", [] { return OrvScanner_Stop(INT_MIN); }},
+    {"OrvScanner_GetDeviceCount 2147483647", [] { return OrvScanner_GetDeviceCount(INT_MAX); }},
+    {"OrvScanner_GetDeviceInfo 0 3", [] { return OrvScanner_GetDeviceInfo(0, 3, nullptr); }},
+    {"OrvScanner_GetDeviceInfo -2147483648 -2147483648",
+     [] { return OrvScanner_GetDeviceInfo(INT_MIN, INT_MIN, nullptr); }},
+    {"OrvDevice_Connect 1", [] { return OrvDevice_Connect(1); }},
+    {"OrvDevice_Connect 18446744073709551615", [] { return OrvDevice_Connect(Largest); }},
+    {"OrvDevice_Disconnect 18446744073709551615", [] { return OrvDevice_Disconnect(Largest); }},
+    {"OrvDevice_Send 1 20", [] { return OrvDevice_Send(1, 20, Bytes(20).data()); }},
+    {"OrvDevice_Send 176685338322165 0", [] { return OrvDevice_Send(Address, 0, nullptr); }},
+    {"OrvDevice_Send 18446744073709551615 -2147483648",
+     [] { return OrvDevice_Send(Largest, INT_MIN, nullptr); }},
+    {"OrvDevice_Receive 18446744073709551615",
+     [] { return OrvDevice_Receive(Largest, INT_MAX, nullptr); }},
+    {"OrvDevice_Receive 18838586676582",
+     [] { return OrvDevice_Receive(OtherAddress, 0, nullptr); }},
+    {"OrvDevice_Flush 0", [] { return OrvDevice_Flush(0); }},
+    {"OrvDevice_Flush 18446744073709551615", [] { return OrvDevice_Flush(Largest); }},
+};
+
+using TraceTest = WorldTest;
+
+TEST_F(TraceTest, EveryExportWritesOneLineBeforeItFailsForItsOwnReasons) {
+    for (const Trace& trace : Traces) {
+        SCOPED_TRACE(trace.text);
+        EXPECT_EQ(LinesOf([&] { EXPECT_EQ(trace.call(), trace.result); }), Lines{trace.text});
+        OrvScanner_Deinitialize(0);
+    }
+}
+
+// The results of one use of all exports, failures among them.
+std::vector<ResultCode> Tour() {
+    DiscoveredDevice info = {};
+    std::uint8_t bytes[4] = {1, 2, 3, 4};
+    std::vector<ResultCode> results = {BluetoothAvailable(), OrvScanner_Initialize(),
+                                       OrvScanner_Start(0)};
+    Advertise(Address);
+    results.insert(results.end(),
+                   {OrvScanner_GetDeviceCount(0), OrvScanner_GetDeviceInfo(0, 0, &info),
+                    OrvScanner_Stop(0), OrvScanner_Deinitialize(0), OrvScanner_Stop(0),
+                    static_cast<ResultCode>(std::strlen(info.name)), OrvDevice_Connect(Address),
+                    OrvDevice_Send(Address, 4, bytes)});
+    Notify(Address, {5, 6, 7});
+    results.insert(results.end(),
+                   {OrvDevice_Receive(Address, 2, bytes), bytes[1], OrvDevice_Flush(Address)});
+    FailMember("GattDeviceService.Close");
+    results.push_back(OrvDevice_Disconnect(Address));
+    FailMember("GattDeviceService.Close", 0);
+    results.insert(results.end(), {OrvDevice_Disconnect(Address), OrvDevice_Disconnect(Address)});
+    return results;
+}
+
+TEST_F(TraceTest, WithTheLogOffEverythingElseStaysTheSame) {
+    const std::vector<ResultCode> expected = {0, 0, 0, 1, 0, 0, 0, -1, 8, 0, 4, 2, 6, 1, -1, 0, -1};
+    EXPECT_EQ(Tour(), expected);
+    const std::string log = LogBytes();
+    EXPECT_EQ(LogLines().size(), 18u);
+    Logging_Disable();
+    EXPECT_EQ(Tour(), expected);
+    EXPECT_EQ(LogBytes(), log) << "the file was touched";
+}
+
+}  // namespace
+}  // namespace orv

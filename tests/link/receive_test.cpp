@@ -1,0 +1,169 @@
+// Bytes from the device: queued as one stream, taken or thrown away by the host, never logged.
+#include <climits>
+#include <string>
+
+#include "support/world.h"
+
+namespace orv {
+namespace {
+
+std::string TraceOf(std::size_t length) {
+    return "OnDataReceived 176685338322165 " + std::to_string(length);
+}
+
+class ReceiveTest : public WorldTest {
+  protected:
+    void SetUp() override {
+        WorldTest::SetUp();
+        ASSERT_EQ(OrvDevice_Connect(Address), 0);
+    }
+};
+
+struct Taking {
+    const char* name;
+    std::vector<std::size_t> notified;
+    std::int32_t count;
+    std::size_t taken;
+    ResultCode left;
+};
+
+const Taking Takings[] = {
+    {"NothingQueued", {}, 4, 0, 0},
+    {"EmptyValues", {0, 0}, 4, 0, 0},
+    {"Part", {7}, 3, 3, 4},
+    {"All", {7}, 7, 7, 0},
+    {"AcrossBlocks", {3, 4}, 5, 5, 2},
+    {"MoreThanQueued", {3, 0, 4}, 10, 7, 0},
+    {"LargestCount", {7}, INT_MAX, 7, 0},
+    {"CountZero", {7}, 0, 0, 7},
+    {"CountNegative", {7}, -1, 0, 7},
+    {"CountMostNegative", {7}, INT_MIN, 0, 7},
+    {"OneOfMany", {244, 244, 244}, 1, 1, 731},
+    {"LargeBlocks", {20000, 512, 65535}, 40000, 40000, 46047},
+};
+
+class Receive : public ReceiveTest, public testing::WithParamInterface<Taking> {};
+
+TEST_P(Receive, TakesTheOldestBytesAndLeavesTheRest) {
+    const Taking& row = GetParam();
+    std::size_t next = 0;  // the bytes count on through all blocks
+    for (const std::size_t size : row.notified) {
+        EXPECT_EQ(LinesOf([&] { Notify(Address, Sequence(size, next)); }), Lines{TraceOf(size)});
+        next += size;
+    }
+    Bytes buffer(50000, 0xEE);
+    Bytes expected = buffer;
+    const Bytes taken = Sequence(row.taken);
+    std::copy(taken.begin(), taken.end(), expected.begin());
+    EXPECT_EQ(OrvDevice_Receive(Address, row.count, buffer.data()),
+              static_cast<ResultCode>(row.taken));
+    EXPECT_TRUE(buffer == expected) << "other bytes, or more of them";
+    if (row.left > 0) {
+        EXPECT_EQ(OrvDevice_Receive(Address, 1, buffer.data()), 1);
+        EXPECT_EQ(buffer[0], static_cast<std::uint8_t>(row.taken));
+        EXPECT_EQ(OrvDevice_Flush(Address), row.left - 1);
+    }
+    EXPECT_EQ(OrvDevice_Flush(Address), 0);
+    EXPECT_EQ(OrvDevice_Receive(Address, 1, buffer.data()), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Takings, Receive, testing::ValuesIn(Takings), RowName);
+
+TEST_F(ReceiveTest, NullBufferLosesNothing) {
+    Notify(Address, Sequence(7));
+    for (const std::int32_t count : {1, 7, INT_MAX}) {
+        EXPECT_EQ(OrvDevice_Receive(Address, count, nullptr), -1);
+    }
+    EXPECT_EQ(OrvDevice_Receive(Address, 0, nullptr), 0);
+    EXPECT_EQ(OrvDevice_Receive(Address, -1, nullptr), 0);
+    EXPECT_EQ(OrvDevice_Flush(Address), 7);
+}
+
+TEST_F(ReceiveTest, WithoutLinkNothingIsTaken) {
+    std::uint8_t byte = 0xEE;
+    const std::int32_t calls = OrvWorld_CallCount(nullptr);
+    for (const BluetoothAddress address : {OtherAddress, BluetoothAddress{0}, Address + 1}) {
+        const Lines lines = LinesOf([&] {
+            for (const std::int32_t count : {-1, 0, 1}) {
+                EXPECT_EQ(OrvDevice_Receive(address, count, &byte), -1);
+            }
+            EXPECT_EQ(OrvDevice_Flush(address), -1);
+        });
+        EXPECT_EQ(lines.size(), 4u) << "a refusal is no failure line";
+    }
+    EXPECT_EQ(byte, 0xEE);
+    EXPECT_EQ(OrvWorld_CallCount(nullptr), calls);
+}
+
+// The link is found by the characteristic that notifies, the line names its device.
+TEST_F(ReceiveTest, LinksKeepTheirStreamsApart) {
+    AddDevice(OtherAddress, "ORV-0043");
+    ASSERT_EQ(OrvDevice_Connect(OtherAddress), 0);
+    EXPECT_EQ(LinesOf([] {
+                  Notify(OtherAddress, {1, 2});
+                  Notify(Address, {3});
+              }),
+              (Lines{"OnDataReceived 18838586676582 2", TraceOf(1)}));
+    EXPECT_EQ(OrvDevice_Flush(OtherAddress), 2);
+    EXPECT_EQ(OrvDevice_Flush(Address), 1);
+}
+
+TEST_F(ReceiveTest, BytesNeverReachTheLog) {
+    const std::string secret = "plain text that a device sent";
+    Notify(Address, Bytes(secret.begin(), secret.end()));
+    std::uint8_t buffer[64] = {};
+    EXPECT_EQ(OrvDevice_Receive(Address, 64, buffer), static_cast<ResultCode>(secret.size()));
+    EXPECT_EQ(LogLines().size(), 3u);
+    EXPECT_EQ(LogBytes().find("plain"), std::string::npos);
+}
+
+struct Interruption {
+    const char* member;
+    bool traced;
+};
+
+const Interruption Interruptions[] = {
+    {"GattValueChangedEventArgs.get_CharacteristicValue", false},
+    {"IBuffer.get_Length", false},
+    {"GattCharacteristic.QueryInterface", false},
+    {"GattCharacteristic.get_Service", false},
+    {"GattDeviceService.QueryInterface", false},
+    {"GattDeviceService.get_Device", false},
+    {"BluetoothLEDevice.get_BluetoothAddress", false},
+    {"DataReader.FromBuffer", true},
+    {"DataReader.get_UnconsumedBufferLength", true},
+    {"DataReader.ReadByte", true},
+};
+
+TEST_F(ReceiveTest, FailureInTheHandlerDropsTheNotificationOnly) {
+    for (const auto& [member, traced] : Interruptions) {
+        SCOPED_TRACE(member);
+        Notify(Address, {1, 2});
+        FailMember(member, traced ? Fails : NoMemory);
+        EXPECT_EQ(LinesOf([] {
+                      Notify(Address, {3, 4, 5});
+                  }),
+                  (traced ? Lines{TraceOf(3), PlatformFailure} : Lines{OutOfMemory}));
+        FailMember(member, 0);
+        Notify(Address, {6});
+        std::uint8_t bytes[8] = {};
+        EXPECT_EQ(OrvDevice_Receive(Address, 8, bytes), 3);
+        EXPECT_EQ(bytes[2], 6);
+    }
+}
+
+TEST_F(ReceiveTest, BytesReadBeforeAFailureStay) {
+    const std::int32_t before = OrvWorld_CallCount(nullptr);
+    Notify(Address, {1, 2, 3, 4});
+    EXPECT_EQ(OrvDevice_Flush(Address), 4);
+    OrvWorld_FailCall(CallsUntil("DataReader.ReadByte", 3, before), Fails);
+    EXPECT_EQ(LinesOf([] { Notify(Address, {1, 2, 3, 4}); }), (Lines{TraceOf(4), PlatformFailure}));
+    EXPECT_EQ(OrvWorld_FailCall(0, 0), 0);
+    Notify(Address, {5});
+    std::uint8_t bytes[8] = {};
+    EXPECT_EQ(OrvDevice_Receive(Address, 8, bytes), 3);
+    EXPECT_EQ(Bytes(bytes, bytes + 3), (Bytes{1, 2, 5}));
+}
+
+}  // namespace
+}  // namespace orv

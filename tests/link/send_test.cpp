@@ -1,0 +1,162 @@
+// Bytes to the device: one write each, judged by its completion alone, under the links' lock.
+#include <climits>
+#include <string>
+#include <thread>
+
+#include "support/waits.h"
+
+namespace orv {
+namespace {
+
+constexpr const char* WriteValue = "GattCharacteristic.WriteValueAsync";
+constexpr const char* Trace = "OrvDevice_Send 176685338322165 1";
+constexpr std::uint8_t OneByte = 0xA5;
+
+class SendTest : public WorldTest {
+  protected:
+    void SetUp() override {
+        WorldTest::SetUp();
+        ASSERT_EQ(OrvDevice_Connect(Address), 0);
+    }
+};
+
+TEST_F(SendTest, MakesOneWriteAndNoMoreCalls) {
+    const std::int32_t before = OrvWorld_CallCount(nullptr);
+    ExpectCall([] { return OrvDevice_Send(Address, 1, &OneByte); }, 1, {Trace});
+    EXPECT_EQ(Calls(before),
+              (Lines{"DataWriter.ActivateInstance", "DataWriter.WriteBytes",
+                     "DataWriter.DetachBuffer", WriteValue, "IAsyncOperation.put_Completed"}));
+}
+
+TEST_F(SendTest, BlocksOfAnySizeArriveUnchanged) {
+    std::int32_t writes = 0;
+    for (const std::size_t size : {0u, 1u, 2u, 20u, 244u, 512u, 100u * 1024}) {
+        const Bytes sent = Sequence(size, 0xF0);
+        const auto length = static_cast<std::int32_t>(size);
+        EXPECT_EQ(OrvDevice_Send(Address, length, size == 0 ? nullptr : sent.data()), length);
+        EXPECT_EQ(OrvWorld_WriteCount(Address), ++writes);
+        Bytes written(size + 1);
+        EXPECT_EQ(OrvWorld_WriteAt(Address, writes - 1, written.data(), length + 1), length);
+        written.pop_back();
+        EXPECT_TRUE(written == sent) << size;
+    }
+}
+
+TEST_F(SendTest, BytesNeverReachTheLog) {
+    const std::string secret = "plain text for a device";
+    const auto* data = reinterpret_cast<const std::uint8_t*>(secret.data());
+    EXPECT_EQ(OrvDevice_Send(Address, 23, data), 23);
+    FailMember(WriteValue);
+    EXPECT_EQ(OrvDevice_Send(Address, 23, data), -1);
+    EXPECT_EQ(LogLines().size(), 4u);
+    EXPECT_EQ(LogBytes().find("plain"), std::string::npos);
+}
+
+TEST_F(SendTest, BadArgumentsAndMissingLinksAreRefusedBeforeAnyWrite) {
+    const std::int32_t before = OrvWorld_CallCount(nullptr);
+    for (const std::int32_t length : {-1, INT_MIN, 1, INT_MAX}) {
+        const Lines trace = {"OrvDevice_Send 176685338322165 " + std::to_string(length)};
+        ExpectCall([&] { return OrvDevice_Send(Address, length, nullptr); }, -1, trace);
+        if (length < 0) {
+            ExpectCall([&] { return OrvDevice_Send(Address, length, &OneByte); }, -1, trace);
+        }
+    }
+    EXPECT_EQ(OrvWorld_CallCount(nullptr), before);
+    ExpectCall([] { return OrvDevice_Send(OtherAddress, 1, &OneByte); }, -1,
+               {"OrvDevice_Send 18838586676582 1"});
+    EXPECT_EQ(OrvDevice_Disconnect(Address), 0);
+    ExpectCall([] { return OrvDevice_Send(Address, 1, &OneByte); }, -1, {Trace});
+    EXPECT_EQ(OrvWorld_CallCount(WriteValue), 0);
+}
+
+using SendWait = WaitTest;
+
+TEST_P(SendWait, DecidesAloneAndItsResultIsNotRead) {
+    ASSERT_EQ(OrvDevice_Connect(Address), 0);
+    ExpectAnswered(Address, Trace, [] { return OrvDevice_Send(Address, 1, &OneByte); },
+                   {1, -1, false});
+    EXPECT_EQ(OrvDevice_Send(Address, 1, &OneByte), 1) << "after a late answer or a fault";
+    EXPECT_EQ(OrvDevice_Flush(Address), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Endings, SendWait,
+                         testing::Combine(testing::Values(OrvOperation_WriteValue),
+                                          testing::ValuesIn(WaitEndings)),
+                         EndingName);
+
+TEST_F(SendTest, AnyAnswerOfTheDeviceCountsAsSent) {
+    for (const std::int32_t status : {0, 1, 2, 3}) {
+        OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_Status, status);
+        ExpectCall([] { return OrvDevice_Send(Address, 1, &OneByte); }, 1, {Trace});
+    }
+}
+
+TEST_F(SendTest, FailingMembersAreLoggedAndLeaveTheLinkAlone) {
+    Notify(Address, {1, 2, 3});
+    for (const char* member : {"DataWriter.ActivateInstance", "DataWriter.QueryInterface",
+                               "DataWriter.WriteBytes", "DataWriter.DetachBuffer"}) {
+        SCOPED_TRACE(member);
+        const std::int32_t held = OrvWorld_HeldObjects();
+        FailMember(member);
+        ExpectCall([] { return OrvDevice_Send(Address, 1, &OneByte); }, -1,
+                   {Trace, PlatformFailure});
+        FailMember(member, NoMemory);
+        ExpectCall([] { return OrvDevice_Send(Address, 1, &OneByte); }, -1, {Trace, OutOfMemory});
+        FailMember(member, 0);
+        EXPECT_EQ(OrvWorld_HeldObjects(), held);
+    }
+    EXPECT_EQ(OrvDevice_Send(Address, 1, &OneByte), 1);
+    EXPECT_EQ(OrvDevice_Flush(Address), 3);
+}
+
+// Until the send's limit passes, the other exports of links wait for it and all others answer.
+TEST_F(SendTest, HoldsTheLinksAndNothingElseWhileItWaits) {
+    AddDevice(OtherAddress, "ORV-0043");
+    ASSERT_EQ(OrvDevice_Connect(OtherAddress), 0);
+    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_Never, 1);
+    OrvWorld_HoldTime();
+    const std::int64_t start = OrvWorld_Now();
+    const std::int32_t waits = OrvWorld_CallCount("IAsyncOperation.put_Completed");
+    std::thread sending([] { EXPECT_EQ(OrvDevice_Send(Address, 0, nullptr), -1); });
+    EXPECT_EQ(OrvWorld_AwaitCalls("IAsyncOperation.put_Completed", waits + 1), 0);
+
+    const auto afterTheSend = [&](auto call) {
+        return std::thread([start, call] {
+            EXPECT_GE(call(), 0);
+            EXPECT_GE(OrvWorld_Now() - start, 1980) << "did not wait for the send";
+        });
+    };
+    std::thread waiting[] = {
+        afterTheSend([] { return OrvDevice_Receive(OtherAddress, 0, nullptr); }),
+        afterTheSend([] { return OrvDevice_Flush(Address); }),
+        afterTheSend([] { return OrvDevice_Send(OtherAddress, 0, nullptr); }),
+        afterTheSend([] { return OrvDevice_Connect(OtherAddress); }),
+    };
+    const std::uint8_t notified[] = {1, 2, 3};
+    OrvWorld_Notify(OtherAddress, notified, 3, 0);
+    EXPECT_EQ(OrvWorld_AwaitCalls("DataReader.FromBuffer", 1), 0);
+    for (const char* trace : {"OrvDevice_Receive 18838586676582", "OrvDevice_Flush 1766",
+                              "OrvDevice_Send 18838586676582", "OrvDevice_Connect 18838586676582",
+                              "OnDataReceived 18838586676582 3"}) {
+        EXPECT_TRUE(AwaitLog(trace)) << "traced before the lock";
+    }
+    EXPECT_EQ(Logging_AppendLine("host", 4), 18);
+    EXPECT_EQ(BluetoothAvailable(), 0);
+    EXPECT_EQ(OrvScanner_Initialize(), 0);
+    EXPECT_EQ(OrvScanner_Start(0), 0);
+    OrvWorld_Advertise(OtherAddress, OrvPacket_Advertisement, -1);
+    EXPECT_TRUE(AwaitLog("OnAdvertisementReceived 18838586676582"));
+    EXPECT_GE(OrvScanner_GetDeviceCount(0), 0);
+    EXPECT_EQ(OrvScanner_Stop(0), 0);
+
+    OrvWorld_ReleaseTime();
+    sending.join();
+    for (std::thread& thread : waiting) {
+        thread.join();
+    }
+    OrvWorld_Settle();
+    EXPECT_EQ(OrvDevice_Flush(OtherAddress), 3) << "the notification was lost";
+}
+
+}  // namespace
+}  // namespace orv

@@ -1,0 +1,101 @@
+// BluetoothAvailable: which adapters, radios and answers count as available, and what is asked.
+#include <chrono>
+
+#include "support/waits.h"
+
+namespace orv {
+namespace {
+
+constexpr const char* Trace = "BluetoothAvailable";
+
+struct Machine {
+    const char* name;
+    void (*arrange)();
+    ResultCode result;
+    const char* asked;  // for the adapter, for the radios, for how many kinds and states
+    const char* failure = nullptr;
+};
+
+const auto First = [](std::int32_t kind, std::int32_t state) { OrvWorld_SetRadio(0, kind, state); };
+const auto Add = [](std::int32_t kind, std::int32_t state) { OrvWorld_AddRadio(kind, state); };
+
+constexpr std::int32_t On = OrvRadioState_On;
+constexpr std::int32_t WiFi = OrvRadioKind_WiFi;
+constexpr std::int32_t Bluetooth = OrvRadioKind_Bluetooth;
+
+// The fixture's radio is Bluetooth and on.
+const Machine Machines[] = {
+    {"RadioOn", [] {}, 0, "1111"},
+    {"RadioOff", [] { First(Bluetooth, OrvRadioState_Off); }, -1, "1111"},
+    {"RadioDisabled", [] { First(Bluetooth, OrvRadioState_Disabled); }, -1, "1111"},
+    {"RadioUnknown", [] { First(Bluetooth, OrvRadioState_Unknown); }, -1, "1111"},
+    {"StatesOfOtherKindsUnread", [] { First(WiFi, On); }, -1, "1110"},
+    {"BluetoothBehindOthers",
+     [] { First(WiFi, On), Add(OrvRadioKind_Other, On), Add(Bluetooth, On); }, 0, "1131"},
+    {"SecondRadioOn", [] { First(Bluetooth, OrvRadioState_Off), Add(Bluetooth, On); }, 0, "1122"},
+    {"FirstMatchEndsTheWalk", [] { Add(Bluetooth, OrvRadioState_Off); }, 0, "1111"},
+    {"NoRadio", [] { OrvWorld_Reset(1), OrvWorld_SetAdapter(1); }, -1, "1100"},
+    {"NoAdapter", [] { OrvWorld_SetAdapter(0); }, -1, "1000"},
+    {"NullAdapter", [] { OrvWorld_Answer(0, 0, OrvManner_NullResult, 1); }, -1, "1000"},
+    {"NullRadios", [] { OrvWorld_Answer(0, 1, OrvManner_NullResult, 1); }, -1, "1100"},
+    {"SizeFails", [] { FailMember("IVectorView.get_Size"); }, -1, "1100", PlatformFailure},
+    {"GetAtFails", [] { FailMember("IVectorView.GetAt"); }, -1, "1100", PlatformFailure},
+    {"KindFails", [] { FailMember("Radio.get_Kind"); }, -1, "1110", PlatformFailure},
+    {"StateFails", [] { FailMember("Radio.get_State"); }, -1, "1111", PlatformFailure},
+    {"StateLacksMemory", [] { FailMember("Radio.get_State", NoMemory); }, -1, "1111", OutOfMemory},
+};
+
+class AvailabilityOf : public WorldTest, public testing::WithParamInterface<Machine> {};
+
+TEST_P(AvailabilityOf, IsAnsweredWithTheFewestQuestions) {
+    GetParam().arrange();
+    const char* const failure = GetParam().failure;
+    ExpectCall(BluetoothAvailable, GetParam().result,
+               failure != nullptr ? Lines{Trace, failure} : Lines{Trace});
+    std::string asked;
+    for (const char* member : {"BluetoothAdapter.GetDefaultAsync", "Radio.GetRadiosAsync",
+                               "Radio.get_Kind", "Radio.get_State"}) {
+        asked += std::to_string(OrvWorld_CallCount(member));
+    }
+    EXPECT_EQ(asked, GetParam().asked);
+}
+
+INSTANTIATE_TEST_SUITE_P(Machines, AvailabilityOf, testing::ValuesIn(Machines), RowName);
+
+using AvailabilityWait = WaitTest;
+
+TEST_P(AvailabilityWait, DecidesUnlessItEndsWell) {
+    ExpectAnswered(0, Trace, BluetoothAvailable, {0, -1, true});
+    EXPECT_EQ(BluetoothAvailable(), 0) << "an answer was kept";
+}
+
+INSTANTIATE_TEST_SUITE_P(Endings, AvailabilityWait,
+                         testing::Combine(testing::Values(OrvOperation_FindAdapter,
+                                                          OrvOperation_FindRadios),
+                                          testing::ValuesIn(WaitEndings)),
+                         EndingName);
+
+using AvailabilityTest = WorldTest;
+
+TEST_F(AvailabilityTest, ScannerIsNeitherAskedNorDisturbed) {
+    ASSERT_EQ(OrvScanner_Initialize(), 0);
+    ASSERT_EQ(OrvScanner_Start(0), 0);
+    Advertise(Address);
+    OrvWorld_SetRadio(0, OrvRadioKind_Bluetooth, OrvRadioState_Off);
+    EXPECT_EQ(BluetoothAvailable(), -1);
+    Advertise(Address);
+    EXPECT_EQ(OrvScanner_GetDeviceCount(0), 1);
+    EXPECT_EQ(OrvWorld_CallCount("BluetoothLEAdvertisementWatcher.Stop"), 0);
+}
+
+TEST_F(AvailabilityTest, TimeLimitPassesOnRealTimeToo) {
+    OrvWorld_Reset(0);
+    OrvWorld_SetAdapter(1);
+    OrvWorld_Answer(0, OrvOperation_FindAdapter, OrvManner_Never, 1);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(BluetoothAvailable(), -1);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1980));
+}
+
+}  // namespace
+}  // namespace orv

@@ -1,0 +1,14 @@
+// The file that the library under test was loaded from, asked of the loader.
+#include <windows.h>
+
+#include "library_file.h"
+
+namespace orv {
+
+std::string LibraryFile() {
+    char file[MAX_PATH] = "";
+    GetModuleFileNameA(GetModuleHandleA("quelvixwinlib.dll"), file, MAX_PATH);
+    return file;
+}
+
+}  // namespace orv
