@@ -218,9 +218,8 @@ QUELVIXWINLIB_API ResultCode OrvDevice_Connect(BluetoothAddress address);
  * taken. A device that does not answer is disconnected all the same.
  *
  * Returns  0: the oldest link of the address is gone. -1: the address has no link (then the system
- *          was not asked), or the system failed; the link is then still there with its bytes. The
- *          call can be repeated and starts from the beginning, but a system that has closed the
- *          device only in part may refuse that.
+ *          was not asked), or the system failed; the link is then still there with its bytes, and
+ *          the call can be repeated.
  * Blocks   2000 ms at most (one wait), plus closing. Holds the device links' lock.
  */
 QUELVIXWINLIB_API ResultCode OrvDevice_Disconnect(BluetoothAddress address);

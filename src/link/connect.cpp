@@ -94,6 +94,21 @@ void Close(const Reference<Interface>& object) {
     Call(object.template As<IClosable>(), &IClosable::Close);
 }
 
+// Switches notifications off and closes the service. A link whose device could then not be closed
+// stays in the table without its service; a repeat must not write to it, which a closed service
+// refuses, and goes on with the device.
+void CloseService(DeviceLink& link) {
+    if (!link.service) {
+        return;
+    }
+    // Whatever the device says, or if it says nothing, the link is taken down.
+    WaitForCompletion(
+        StartNotifyWrite(link, GattClientCharacteristicConfigurationDescriptorValue::None),
+        GattWaitLimitMs);
+    Close(link.service);
+    link.service = nullptr;
+}
+
 // For the way out of a failed connect: closing one object must not keep the other from being
 // closed.
 template <typename Interface>
@@ -150,11 +165,7 @@ extern "C" ResultCode OrvDevice_Disconnect(BluetoothAddress address) {
         if (!link) {
             return Failure;
         }
-        // Whatever the device says, or if it says nothing, the link is taken down.
-        WaitForCompletion(
-            StartNotifyWrite(*link, GattClientCharacteristicConfigurationDescriptorValue::None),
-            GattWaitLimitMs);
-        Close(link->service);
+        CloseService(*link);
         Close(link->device);
         Take(link, removed);
         return 0;

@@ -18,7 +18,7 @@ constexpr UINT32 GattWaitLimitMs = 2000;
 struct DeviceLink {
     BluetoothAddress address;  // key of by-address lookups; several links may share it
     Reference<IBluetoothLEDevice> device;
-    Reference<IGattDeviceService> service;
+    Reference<IGattDeviceService> service;          // null once closed, see OrvDevice_Disconnect
     Reference<IGattCharacteristic> characteristic;  // identity key of incoming notifications
     ReceiveQueue receiveQueue;                      // notified and not yet taken; unbounded
 };
