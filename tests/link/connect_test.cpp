@@ -56,6 +56,7 @@ TEST_F(ConnectTest, TakesTheStepsInOrderAndAsksForNoMore) {
               "WriteClientCharacteristicConfigurationDescriptorAsync 1, put_Completed, "
               "GetResults, ");
     EXPECT_EQ(OrvWorld_OpenObjects(Address), 2);
+    OrvWorld_Settle();
     EXPECT_EQ(OrvWorld_HeldHandlers(), 1) << "of the event alone";
     EXPECT_EQ(OrvDevice_Flush(Address), 0);
 }

@@ -1,0 +1,234 @@
+// The library as a module of a process: it goes when nothing can call it any more, stays from the
+// first handler on, and is left alone at the process's end.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+#include "quelvixwinlib.h"
+#include "quelvixwinlib_simulated.h"
+
+namespace orv {
+namespace {
+
+constexpr int Well = 42;
+constexpr BluetoothAddress Address = 0xA0B1C2D3E4F5;
+constexpr wchar_t File[] = L"quelvixwinlib.dll";
+
+bool IsLoaded() {
+    return GetModuleHandleW(File) != nullptr;
+}
+
+// This program is not linked with the library, only with the world.
+class Library {
+  public:
+    void Free() const { FreeLibrary(module); }
+
+    template <typename Function>
+    Function Export(const char* name) const {
+        return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+    }
+
+    const HMODULE module = LoadLibraryW(File);
+};
+
+#define EXPORT(library, name) ((library).Export<decltype(&name)>(#name))
+
+// What the host does with the library; gives whether it went as it should.
+struct Use {
+    const char* name;
+    bool (*run)(const Library&);
+};
+
+const Use PassingUses[] = {
+    {"Nothing", [](const Library&) { return true; }},
+    {"RefusedCalls",
+     [](const Library& library) {
+         return EXPORT(library, OrvScanner_GetDeviceCount)(0) == -1 &&
+                EXPORT(library, OrvDevice_Disconnect)(Address) == -1 &&
+                EXPORT(library, OrvDevice_Flush)(Address) == -1;
+     }},
+    {"LogThatIsOff",
+     [](const Library& library) {
+         return EXPORT(library, Logging_Disable)() == 0 &&
+                EXPORT(library, Logging_AppendLine)("lost", 4) == -1;
+     }},
+    {"FactoryWithoutHandler",
+     [](const Library& library) {
+         const std::uint8_t byte = 0;
+         return EXPORT(library, OrvDevice_Send)(Address, 1, &byte) == -1;
+     }},
+};
+
+std::string UseName(const testing::TestParamInfo<Use>& row) {
+    return row.param.name;
+}
+
+class PassingUse : public testing::TestWithParam<Use> {};
+
+TEST_P(PassingUse, LetsTheModuleGoEachTime) {
+    for (int i = 0; i < 200; ++i) {
+        const Library library;
+        ASSERT_TRUE(library.module != nullptr) << "load " << i;
+        EXPECT_TRUE(GetParam().run(library)) << "load " << i;
+        library.Free();
+        ASSERT_FALSE(IsLoaded()) << "load " << i;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Uses, PassingUse, testing::ValuesIn(PassingUses), UseName);
+
+void ArrangeWorld() {
+    OrvWorld_Reset(0);
+    OrvWorld_SetAdapter(1);
+    OrvWorld_AddRadio(OrvRadioKind_Bluetooth, OrvRadioState_On);
+    OrvWorld_AddDevice(Address, "ORV-0042");
+}
+
+bool Scan(const Library& library) {
+    return EXPORT(library, OrvScanner_Initialize)() == 0 &&
+           EXPORT(library, OrvScanner_Start)(0) == 0;
+}
+
+bool Connect(const Library& library) {
+    return EXPORT(library, OrvDevice_Connect)(Address) == 0;
+}
+
+// Uses that give a handler out, what comes afterwards, and the member that the library calls when
+// it comes.
+struct LateUse {
+    const char* name;
+    bool (*run)(const Library&);
+    void (*event)();
+    const char* called;
+};
+
+void Advertise() {
+    OrvWorld_Advertise(Address, OrvPacket_Advertisement, 0);
+}
+void Notify() {
+    const std::uint8_t byte = 7;
+    OrvWorld_Notify(Address, &byte, 1, -1);
+}
+constexpr const char* ReadsAddress = "BluetoothLEAdvertisementReceivedEventArgs.get_BluetoothAddress";
+
+const LateUse LateUses[] = {
+    {"Scanner", Scan, Advertise, ReadsAddress},
+    {"ScannerThatIsGone",
+     [](const Library& library) {
+         return Scan(library) && EXPORT(library, OrvScanner_Deinitialize)(0) == 0;
+     },
+     Advertise, ReadsAddress},
+    {"Link", Connect, Notify, "GattValueChangedEventArgs.get_CharacteristicValue"},
+    {"LinkThatIsGone",
+     [](const Library& library) {
+         return Connect(library) && EXPORT(library, OrvDevice_Disconnect)(Address) == 0;
+     },
+     Notify, "GattValueChangedEventArgs.get_CharacteristicValue"},
+    {"WaitThatGaveUp",
+     [](const Library& library) {
+         OrvWorld_Answer(0, OrvOperation_FindAdapter, OrvManner_After, 2200);
+         return EXPORT(library, BluetoothAvailable)() == -1;
+     },
+     [] { OrvWorld_PassTime(400); }, nullptr},
+};
+
+// In a process of its own: whether the library is still there is asked once.
+[[noreturn]] void UseLate(const LateUse& use) {
+    ArrangeWorld();
+    const Library library;
+    if (!use.run(library)) {
+        std::exit(1);
+    }
+    for (int i = 0; i < 5; ++i) {
+        library.Free();
+    }
+    if (!IsLoaded()) {
+        std::exit(2);
+    }
+    const std::int32_t before = use.called ? OrvWorld_CallCount(use.called) : 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&use] { use.event(); });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    OrvWorld_Settle();
+    const bool came = !use.called || OrvWorld_CallCount(use.called) == before + 4;
+    std::exit(came ? Well : 3);
+}
+
+class Unloaded : public testing::TestWithParam<LateUse> {};
+
+TEST_P(Unloaded, StaysForLateEvents) {
+    EXPECT_EXIT(UseLate(GetParam()), testing::ExitedWithCode(Well), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Uses, Unloaded, testing::ValuesIn(LateUses),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// A thread of the host that is waiting for an answer that never comes.
+void BlockIn(ResultCode (*call)(const Library&), const Library& library) {
+    const std::int32_t before = OrvWorld_CallCount("IAsyncOperation.put_Completed");
+    std::thread(call, library).detach();
+    OrvWorld_AwaitCalls("IAsyncOperation.put_Completed", before + 1);
+}
+
+const Use LastUses[] = {
+    {"Session", Scan},
+    {"SessionWithEventsUnderWay",
+     [](const Library& library) {
+         OrvWorld_SetAdvertisingInterval(Address, 1);
+         return Scan(library) && OrvWorld_AwaitCalls(ReadsAddress, 10) == 0;
+     }},
+    {"LinkWithBytes",
+     [](const Library& library) {
+         return Connect(library) && (Notify(), OrvWorld_Settle() == 0);
+     }},
+    {"PendingWait",
+     [](const Library& library) {
+         OrvWorld_Answer(0, OrvOperation_FindAdapter, OrvManner_Never, 1);
+         BlockIn([](const Library& l) { return EXPORT(l, BluetoothAvailable)(); }, library);
+         return true;
+     }},
+    {"PendingSendWithTheLogOnAndASession",
+     [](const Library& library) {
+         OrvWorld_SetAdvertisingInterval(Address, 1);
+         OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_Never, 1);
+         const bool well = EXPORT(library, Logging_Enable)() == 0 && Scan(library) &&
+                           Connect(library);
+         BlockIn([](const Library& l) { return EXPORT(l, OrvDevice_Send)(Address, 0, nullptr); },
+                 library);
+         return well;
+     }},
+};
+
+using Ending = std::tuple<Use, bool>;
+class ProcessEnd : public testing::TestWithParam<Ending> {};
+
+TEST_P(ProcessEnd, IsOrderly) {
+    const auto& [use, atOnce] = GetParam();
+    const auto run = [&use = use, atOnce = atOnce] {
+        ArrangeWorld();
+        const Library library;
+        const int code = use.run(library) ? Well : 1;
+        atOnce ? ExitProcess(static_cast<UINT>(code)) : std::exit(code);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(Well), "");
+}
+
+std::string EndingName(const testing::TestParamInfo<Ending>& row) {
+    return std::get<0>(row.param).name + std::string(std::get<1>(row.param) ? "AtOnce" : "ByExit");
+}
+
+INSTANTIATE_TEST_SUITE_P(Uses, ProcessEnd,
+                         testing::Combine(testing::ValuesIn(LastUses), testing::Bool()),
+                         EndingName);
+
+}  // namespace
+}  // namespace orv
