@@ -59,9 +59,9 @@ class Peer {
     void Read(void* bytes, DWORD size) {
         DWORD got = 0;
         for (DWORD total = 0; total < size; total += got) {
-            ASSERT_TRUE(ReadFile(answers, static_cast<char*>(bytes) + total, size - total, &got,
-                                 nullptr) &&
-                        got != 0)
+            ASSERT_TRUE(
+                ReadFile(answers, static_cast<char*>(bytes) + total, size - total, &got, nullptr) &&
+                got != 0)
                 << "the peer is gone";
         }
     }

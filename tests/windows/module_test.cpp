@@ -114,7 +114,8 @@ void Notify() {
     const std::uint8_t byte = 7;
     OrvWorld_Notify(Address, &byte, 1, -1);
 }
-constexpr const char* ReadsAddress = "BluetoothLEAdvertisementReceivedEventArgs.get_BluetoothAddress";
+constexpr const char* ReadsAddress =
+    "BluetoothLEAdvertisementReceivedEventArgs.get_BluetoothAddress";
 
 const LateUse LateUses[] = {
     {"Scanner", Scan, Advertise, ReadsAddress},
@@ -187,9 +188,7 @@ const Use LastUses[] = {
          return Scan(library) && OrvWorld_AwaitCalls(ReadsAddress, 10) == 0;
      }},
     {"LinkWithBytes",
-     [](const Library& library) {
-         return Connect(library) && (Notify(), OrvWorld_Settle() == 0);
-     }},
+     [](const Library& library) { return Connect(library) && (Notify(), OrvWorld_Settle() == 0); }},
     {"PendingWait",
      [](const Library& library) {
          OrvWorld_Answer(0, OrvOperation_FindAdapter, OrvManner_Never, 1);
@@ -200,8 +199,8 @@ const Use LastUses[] = {
      [](const Library& library) {
          OrvWorld_SetAdvertisingInterval(Address, 1);
          OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_Never, 1);
-         const bool well = EXPORT(library, Logging_Enable)() == 0 && Scan(library) &&
-                           Connect(library);
+         const bool well =
+             EXPORT(library, Logging_Enable)() == 0 && Scan(library) && Connect(library);
          BlockIn([](const Library& l) { return EXPORT(l, OrvDevice_Send)(Address, 0, nullptr); },
                  library);
          return well;

@@ -106,9 +106,9 @@ TEST(Activation, GoesTheWayOfThisPass) {
         HSTRING className = nullptr;
         ASSERT_EQ(WindowsCreateString(name, static_cast<UINT32>(wcslen(name)), &className), S_OK);
         IUnknown* factory = nullptr;
-        EXPECT_EQ(RoGetActivationFactory(className, IID_IUnknown,
-                                         reinterpret_cast<void**>(&factory)),
-                  expected)
+        EXPECT_EQ(
+            RoGetActivationFactory(className, IID_IUnknown, reinterpret_cast<void**>(&factory)),
+            expected)
             << className;
         WindowsDeleteString(className);
         if (factory != nullptr) {
@@ -143,9 +143,8 @@ TEST_P(ConvertedName, IsWhatTheSystemMakesOfIt) {
     const std::u16string& text = GetParam().text;
     const auto units = static_cast<int>(text.size());
     char converted[200] = "";
-    const int size =
-        WideCharToMultiByte(CP_UTF8, 0, reinterpret_cast<const wchar_t*>(text.data()), units,
-                            converted, sizeof converted, nullptr, nullptr);
+    const int size = WideCharToMultiByte(CP_UTF8, 0, reinterpret_cast<const wchar_t*>(text.data()),
+                                         units, converted, sizeof converted, nullptr, nullptr);
     ASSERT_GT(size, 0);
     ASSERT_EQ(OrvWorld_SetName(Address, OrvPacket_Advertisement,
                                reinterpret_cast<const std::uint16_t*>(text.data()), units),
@@ -154,8 +153,8 @@ TEST_P(ConvertedName, IsWhatTheSystemMakesOfIt) {
     ASSERT_EQ(OrvScanner_Start(0), 0);
     Logging_Enable();
     Advertise(Address);
-    EXPECT_EQ(LogLines(),
-              Lines{"OnAdvertisementReceived 176685338322165 <" + std::string(converted) + "> -60"});
+    EXPECT_EQ(LogLines(), Lines{"OnAdvertisementReceived 176685338322165 <" +
+                                std::string(converted) + "> -60"});
     DiscoveredDevice device = {};
     ASSERT_EQ(OrvScanner_GetDeviceInfo(0, 0, &device), 0);
     EXPECT_EQ(std::string(device.name), std::string(converted).substr(0, 29));
