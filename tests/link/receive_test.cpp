@@ -79,22 +79,6 @@ TEST_F(ReceiveTest, NullBufferLosesNothing) {
     EXPECT_EQ(OrvDevice_Flush(Address), 7);
 }
 
-TEST_F(ReceiveTest, WithoutLinkNothingIsTaken) {
-    std::uint8_t byte = 0xEE;
-    const std::int32_t calls = OrvWorld_CallCount(nullptr);
-    for (const BluetoothAddress address : {OtherAddress, BluetoothAddress{0}, Address + 1}) {
-        const Lines lines = LinesOf([&] {
-            for (const std::int32_t count : {-1, 0, 1}) {
-                EXPECT_EQ(OrvDevice_Receive(address, count, &byte), -1);
-            }
-            EXPECT_EQ(OrvDevice_Flush(address), -1);
-        });
-        EXPECT_EQ(lines.size(), 4u) << "a refusal is no failure line";
-    }
-    EXPECT_EQ(byte, 0xEE);
-    EXPECT_EQ(OrvWorld_CallCount(nullptr), calls);
-}
-
 // The link is found by the characteristic that notifies, the line names its device.
 TEST_F(ReceiveTest, LinksKeepTheirStreamsApart) {
     AddDevice(OtherAddress, "ORV-0043");
@@ -106,15 +90,6 @@ TEST_F(ReceiveTest, LinksKeepTheirStreamsApart) {
               (Lines{"OnDataReceived 18838586676582 2", TraceOf(1)}));
     EXPECT_EQ(OrvDevice_Flush(OtherAddress), 2);
     EXPECT_EQ(OrvDevice_Flush(Address), 1);
-}
-
-TEST_F(ReceiveTest, BytesNeverReachTheLog) {
-    const std::string secret = "plain text that a device sent";
-    Notify(Address, Bytes(secret.begin(), secret.end()));
-    std::uint8_t buffer[64] = {};
-    EXPECT_EQ(OrvDevice_Receive(Address, 64, buffer), static_cast<ResultCode>(secret.size()));
-    EXPECT_EQ(LogLines().size(), 3u);
-    EXPECT_EQ(LogBytes().find("plain"), std::string::npos);
 }
 
 struct Interruption {
