@@ -116,6 +116,7 @@ void Notify() {
 }
 constexpr const char* ReadsAddress =
     "BluetoothLEAdvertisementReceivedEventArgs.get_BluetoothAddress";
+constexpr const char* ReadsValue = "GattValueChangedEventArgs.get_CharacteristicValue";
 
 const LateUse LateUses[] = {
     {"Scanner", Scan, Advertise, ReadsAddress},
@@ -124,12 +125,12 @@ const LateUse LateUses[] = {
          return Scan(library) && EXPORT(library, OrvScanner_Deinitialize)(0) == 0;
      },
      Advertise, ReadsAddress},
-    {"Link", Connect, Notify, "GattValueChangedEventArgs.get_CharacteristicValue"},
+    {"Link", Connect, Notify, ReadsValue},
     {"LinkThatIsGone",
      [](const Library& library) {
          return Connect(library) && EXPORT(library, OrvDevice_Disconnect)(Address) == 0;
      },
-     Notify, "GattValueChangedEventArgs.get_CharacteristicValue"},
+     Notify, ReadsValue},
     {"WaitThatGaveUp",
      [](const Library& library) {
          OrvWorld_Answer(0, OrvOperation_FindAdapter, OrvManner_After, 2200);
@@ -160,7 +161,7 @@ const LateUse LateUses[] = {
         thread.join();
     }
     OrvWorld_Settle();
-    const bool came = !use.called || OrvWorld_CallCount(use.called) == before + 4;
+    const bool came = !use.called || OrvWorld_CallCount(use.called) >= before + 4;
     std::exit(came ? Well : 3);
 }
 
