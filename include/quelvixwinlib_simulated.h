@@ -72,6 +72,8 @@ ORV_WORLD_API int32_t OrvWorld_Default(void);
 /*
  * Waits until every event and answer that is due has been delivered and its handler has returned.
  * Never call it while a handler is kept waiting by a lock that the calling thread will release.
+ * Returns 0, or -1 when nothing has moved for 10 s of real time, or from inside a handler; the same
+ * holds for OrvWorld_Reset, OrvWorld_Default and OrvWorld_PassTime, which do nothing more then.
  */
 ORV_WORLD_API int32_t OrvWorld_Settle(void);
 
@@ -90,9 +92,21 @@ ORV_WORLD_API int32_t OrvWorld_TimeIsSimulated(void);
 ORV_WORLD_API int32_t OrvWorld_HoldTime(void);
 ORV_WORLD_API int32_t OrvWorld_ReleaseTime(void);
 
-/* Simulated time: moves on by `milliseconds`, letting everything happen that falls due, and settles.
- * Real time: waits that long. Works while time is held. */
+/*
+ * Simulated time: moves on by `milliseconds`, letting everything happen that falls due, and settles.
+ * Real time: waits that long. Works while time is held. When a wait of the library still goes on at
+ * the end, events whose handlers the waiting thread may be keeping out by its lock are given 1 s of
+ * real time and then left to come later.
+ */
 ORV_WORLD_API int32_t OrvWorld_PassTime(int32_t milliseconds);
+
+/*
+ * Waits until `count` threads are in a wait of the library. To be called before OrvWorld_PassTime
+ * when another thread's wait is to see that time pass: that it has made the calls before its wait
+ * does not say that the wait has begun. Returns 0, or -1 after 10 s of real time. Only where the
+ * world is linked into the library; -1 elsewhere.
+ */
+ORV_WORLD_API int32_t OrvWorld_AwaitWaits(int32_t count);
 
 /* --------------------------------------------------------------------------- adapter and radios */
 
@@ -212,6 +226,7 @@ ORV_WORLD_API int32_t OrvWorld_AwaitCalls(const char* member, int32_t count);
  * The name of call number `index` (0 is the first since OrvWorld_Reset), followed by one space and
  * its number argument where it has one: "BluetoothLEAdvertisementWatcher.put_ScanningMode 1". Cut to
  * `size` - 1 bytes and zero-terminated. Returns its whole length, or -1 when there is no such call.
+ * The latest 100,000 calls are remembered at least; a notification takes two for each of its bytes.
  */
 ORV_WORLD_API int32_t OrvWorld_CallAt(int32_t index, char* text, int32_t size);
 /* As CallCount and CallAt, for calls of members that the library has no business calling. Each was

@@ -96,6 +96,7 @@ void Clock::Wait(KernelEvent& event, milliseconds limit) {
     waiter.deadline = Time(guard) + limit;
     waiter.next = waiters;
     waiters = &waiter;
+    moved.notify_all();
     for (;;) {
         // Anew after each awakening: the kind of time may have changed meanwhile.
         Advance(guard);
@@ -111,6 +112,16 @@ void Clock::Wait(KernelEvent& event, milliseconds limit) {
     Remove(waiter);
     moved.notify_all();
     Advance(guard);
+}
+
+bool Clock::AwaitWaits(Guard& guard, int count) {
+    return moved.wait_until(guard, steady_clock::now() + Patience, [&] {
+        int there = 0;
+        for (const Waiter* waiter = waiters; waiter != nullptr; waiter = waiter->next) {
+            there += waiter->Leaves() ? 0 : 1;
+        }
+        return there >= count;
+    });
 }
 
 void Clock::Set(KernelEvent& event) {

@@ -51,6 +51,9 @@ class Clock {
     bool Pass(Guard& guard, Duration duration);
     bool Settle(Guard& guard);
 
+    // Until so many threads are in a wait; false after 10 s of real time.
+    bool AwaitWaits(Guard& guard, int count);
+
     void Wait(KernelEvent& event, std::chrono::milliseconds limit);
     void Set(KernelEvent& event);
 

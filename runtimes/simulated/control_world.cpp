@@ -77,6 +77,12 @@ int32_t OrvWorld_PassTime(int32_t milliseconds) {
     });
 }
 
+int32_t OrvWorld_AwaitWaits(int32_t count) {
+    return ControlLocked([&](World& world, Guard& guard) {
+        return IsLinkedIntoLibrary() && world.clock.AwaitWaits(guard, count) ? 0 : NoSuchThing;
+    });
+}
+
 int32_t OrvWorld_SetAdapter(int32_t present) {
     return ControlLocked([&](World& world, Guard&) {
         world.state.adapter = present != 0;

@@ -45,6 +45,7 @@ HRESULT SimulatedRadio::GetRadiosAsync(IAsyncOperation<IVectorView<Radio>>** ope
     guard.unlock();
     auto result = [radios](IVectorView<Radio>** view) {
         std::vector<Ref<SimulatedRadio>> items;
+        items.reserve(radios.size());
         for (const RadioRecord& radio : radios) {
             items.push_back(Make<SimulatedRadio>(radio));
         }
