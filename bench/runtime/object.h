@@ -1,0 +1,125 @@
+// Objects of a runtime with nothing behind them: a call is a virtual call and a few instructions.
+#pragma once
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <tuple>
+#include <type_traits>
+
+#include "platform/abi/foundation.h"
+
+namespace orv::bench {
+
+// An object with these interfaces, of which the first is its identity. It is born with one
+// reference, its creator's.
+//
+// Its memory comes from malloc, as the runtime's does, so that the counted operator new sees the
+// library's allocations alone.
+template <typename... Interfaces>
+class Bare : public Interfaces... {
+  public:
+    virtual ~Bare() = default;
+
+    HRESULT QueryInterface(const GUID* iid, void** object) override {
+        void* found = nullptr;
+        static_cast<void>(
+            ((*iid == IidOf<Interfaces> && (found = static_cast<Interfaces*>(this)) != nullptr) ||
+             ...));
+        if (found == nullptr && (*iid == IUnknown::Iid || *iid == IAgileObject::Iid)) {
+            found = static_cast<First*>(this);
+        }
+        *object = found;
+        if (found == nullptr) {
+            return E_NOINTERFACE;
+        }
+        AddRef();
+        return S_OK;
+    }
+    ULONG AddRef() final { return references.fetch_add(1, std::memory_order_relaxed) + 1; }
+    ULONG Release() final {
+        const ULONG left = references.fetch_sub(1, std::memory_order_acq_rel) - 1;
+        if (left == 0) {
+            delete this;
+        }
+        return left;
+    }
+    HRESULT GetIids(ULONG*, GUID**) final { return E_NOTIMPL; }
+    HRESULT GetRuntimeClassName(HSTRING*) final { return E_NOTIMPL; }
+    HRESULT GetTrustLevel(TrustLevel*) final { return E_NOTIMPL; }
+
+    static void* operator new(std::size_t size) {
+        if (void* memory = std::malloc(size)) {
+            return memory;
+        }
+        throw std::bad_alloc();
+    }
+    static void operator delete(void* memory) { std::free(memory); }
+
+  private:
+    using First = std::tuple_element_t<0, std::tuple<Interfaces...>>;
+
+    std::atomic<ULONG> references{1};
+};
+
+// Hands out an object that stays the runtime's, too.
+template <typename Interface, typename T>
+HRESULT Share(Interface** receiver, T* object) {
+    object->AddRef();
+    *receiver = object;
+    return S_OK;
+}
+
+// Hands out an object that was made for the receiver.
+template <typename Interface, typename T>
+HRESULT Hand(Interface** receiver, T* object) {
+    *receiver = object;
+    return S_OK;
+}
+
+// A list of one object that lives as long as the program.
+template <typename T>
+class OneItem final : public Bare<IVectorView<T>> {
+  public:
+    explicit OneItem(Abi<T> only) : item(only) {}
+
+    HRESULT GetAt(UINT32, Abi<T>* result) override { return Share(result, item); }
+    HRESULT get_Size(UINT32* size) override {
+        *size = 1;
+        return S_OK;
+    }
+    HRESULT IndexOf(Abi<T>, UINT32*, boolean*) override { return E_NOTIMPL; }
+    HRESULT GetMany(UINT32, UINT32, Abi<T>*, UINT32*) override { return E_NOTIMPL; }
+
+  private:
+    const Abi<T> item;
+};
+
+// How long the device takes to answer what this thread asks next; 0: it answers at once.
+extern thread_local UINT32 answerDelayMs;
+
+// Has ended when it starts: its handler runs while it is registered. With a delay, the wait for
+// it is what takes the time (see runtime.cpp), so no thread is needed to end it.
+template <typename T>
+class EndedOperation final : public Bare<IAsyncOperation<T>> {
+  public:
+    explicit EndedOperation(Abi<T> resultWhenAsked) : result(resultWhenAsked) {}
+
+    HRESULT put_Completed(AsyncOperationCompletedHandler<T>* handler) override {
+        return handler->Invoke(this, AsyncStatus::Completed);
+    }
+    HRESULT get_Completed(AsyncOperationCompletedHandler<T>**) override { return E_NOTIMPL; }
+    HRESULT GetResults(Abi<T>* results) override {
+        if constexpr (std::is_pointer_v<Abi<T>>) {
+            return Share(results, result);
+        } else {
+            *results = result;
+            return S_OK;
+        }
+    }
+
+  private:
+    const Abi<T> result;
+};
+
+}  // namespace orv::bench
