@@ -1,7 +1,7 @@
 # The test programs of the cross build. Each runs against the simulated DLL, and against the shipped
 # one with Windows.dll behind it: found in the system directory as activation's last resort
 # (`lookup`), and in a second pass by the runtime itself, once the classes are registered there
-# (`registered`). The DLLs are the stripped ones, byte for byte as they are packed.
+# (`registered`). The DLLs come out of the ZIP.
 #
 # Waits are real where the DLL is the shipped one, so a program is split into shards that run side
 # by side, each in a folder and a process of its own.
@@ -9,14 +9,23 @@
 set(wine ${CMAKE_CURRENT_LIST_DIR}/wine)
 set(prefix ${PROJECT_BINARY_DIR}/wine)
 
-get_target_property(shippedDll shipped ORV_STRIPPED)
-get_target_property(simulatedDll quelvixwinlib ORV_STRIPPED)
+set(zip ${PROJECT_BINARY_DIR}/quelvixwinlib-${PROJECT_VERSION}-windows-x86_64.zip)
+set(unpacked ${PROJECT_BINARY_DIR}/unpacked)
+add_custom_command(OUTPUT ${unpacked}/README.md
+    COMMAND ${CMAKE_COMMAND} -E rm -rf ${unpacked}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${unpacked}
+    COMMAND ${CMAKE_COMMAND} -E chdir ${unpacked} ${CMAKE_COMMAND} -E tar x ${zip}
+    COMMAND ${CMAKE_COMMAND} -E touch ${unpacked}/README.md
+    DEPENDS ${zip} zip)
+add_custom_target(unpacked ALL DEPENDS ${unpacked}/README.md)
+set(shippedDll ${unpacked}/quelvixwinlib.dll)
+set(simulatedDll ${unpacked}/simulated/quelvixwinlib.dll)
 get_target_property(worldDll world ORV_STRIPPED)
 
 add_test(NAME wine.prepare COMMAND ${wine} prepare ${worldDll})
 add_test(NAME wine.register COMMAND ${wine} register)
 add_test(NAME wine.stop COMMAND ${wine} stop)
-set_tests_properties(wine.prepare PROPERTIES FIXTURES_SETUP prefix)
+set_tests_properties(wine.prepare PROPERTIES FIXTURES_SETUP prefix TIMEOUT 120)
 set_tests_properties(wine.register PROPERTIES FIXTURES_SETUP registered FIXTURES_REQUIRED prefix)
 set_tests_properties(wine.stop PROPERTIES FIXTURES_CLEANUP prefix)
 set_tests_properties(wine.prepare wine.register wine.stop PROPERTIES ENVIRONMENT WINEPREFIX=${prefix})
