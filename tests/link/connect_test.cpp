@@ -1,5 +1,4 @@
 // Opening a link: every step in its order, every way in which it can go wrong, and what is closed.
-#include <algorithm>
 #include <thread>
 
 #include "support/waits.h"
@@ -67,7 +66,7 @@ TEST_P(ConnectWait, IsGoneOnFromOnlyWhenItEndsWell) {
     if (ExpectAnswered(Address, Trace, Connect, {0, -1, true})) {
         EXPECT_EQ(OrvWorld_OpenObjects(Address), 2);
     } else {
-        EXPECT_EQ(Closes(), ToClose(std::get<0>(GetParam())));
+        EXPECT_EQ(Closes(), ToClose(GetParam().first));
         ExpectNothingLeft();
     }
     EXPECT_EQ(Connect(), 0) << "after a late answer or a fault";
@@ -75,10 +74,9 @@ TEST_P(ConnectWait, IsGoneOnFromOnlyWhenItEndsWell) {
 
 INSTANTIATE_TEST_SUITE_P(
     Endings, ConnectWait,
-    testing::Combine(testing::Values(OrvOperation_FindDevice, OrvOperation_FindServices,
-                                     OrvOperation_RequestAccess, OrvOperation_FindCharacteristics,
-                                     OrvOperation_WriteDescriptor),
-                     testing::ValuesIn(WaitEndings)),
+    testing::ValuesIn(Endings({OrvOperation_FindDevice, OrvOperation_FindServices,
+                               OrvOperation_RequestAccess, OrvOperation_FindCharacteristics,
+                               OrvOperation_WriteDescriptor})),
     EndingName);
 
 TEST_F(ConnectTest, EachWaitHasALimitOfItsOwn) {
@@ -90,44 +88,6 @@ TEST_F(ConnectTest, EachWaitHasALimitOfItsOwn) {
     }
     ExpectTakes(5 * 1999, [] { EXPECT_EQ(Connect(), 0); });
 }
-
-// Answers that refuse silently.
-struct Refusal {
-    const char* name;
-    std::int32_t operation;
-    std::vector<std::int32_t> statuses;  // empty: a null result
-};
-
-const Refusal Refusals[] = {
-    {"NoDevice", OrvOperation_FindDevice, {}},
-    {"NoServices", OrvOperation_FindServices, {}},
-    {"Services", OrvOperation_FindServices, {1, 2, 3}},
-    {"Access", OrvOperation_RequestAccess, {0, 2, 3}},
-    {"NoCharacteristics", OrvOperation_FindCharacteristics, {}},
-    {"Characteristics", OrvOperation_FindCharacteristics, {1, 2, 3}},
-    {"Descriptor", OrvOperation_WriteDescriptor, {1, 2, 3}},
-};
-
-class ConnectRefused : public WorldTest, public testing::WithParamInterface<Refusal> {};
-
-TEST_P(ConnectRefused, LeavesNoLinkAndNothingOpen) {
-    const auto& [name, operation, statuses] = GetParam();
-    Lines closes;
-    for (std::size_t i = 0; i < std::max<std::size_t>(statuses.size(), 1); ++i) {
-        OrvWorld_Answer(Address, operation,
-                        statuses.empty() ? OrvManner_NullResult : OrvManner_Status,
-                        statuses.empty() ? 1 : statuses[i]);
-        ExpectCall(Connect, -1, {Trace});
-        const Lines expected = ToClose(operation);
-        closes.insert(closes.end(), expected.begin(), expected.end());
-        EXPECT_EQ(Closes(), closes);
-        ExpectNothingLeft();
-    }
-    const bool writes = operation == OrvOperation_WriteDescriptor;
-    EXPECT_EQ(OrvWorld_CallCount(WriteDescriptor), writes ? 3 : 0);
-}
-
-INSTANTIATE_TEST_SUITE_P(Answers, ConnectRefused, testing::ValuesIn(Refusals), RowName);
 
 TEST_F(ConnectTest, DevicesWithoutTheServiceOrCharacteristicAreRefused) {
     OrvWorld_RemoveServices(Address);

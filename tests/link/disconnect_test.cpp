@@ -58,18 +58,7 @@ TEST_P(DisconnectWait, IsNotExaminedUnlessItIsRaised) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Endings, DisconnectWait,
-                         testing::Combine(testing::Values(OrvOperation_WriteDescriptor),
-                                          testing::ValuesIn(WaitEndings)),
-                         EndingName);
-
-TEST_F(DisconnectTest, RefusalOfTheDeviceIsNotLookedAt) {
-    for (const std::int32_t status : {1, 2, 3}) {
-        OrvWorld_Answer(Address, OrvOperation_WriteDescriptor, OrvManner_Status, status);
-        ExpectCall(Disconnect, 0, {Trace});
-        OrvWorld_Answer(Address, OrvOperation_WriteDescriptor, OrvManner_Standard, 0);
-        ExpectGone();
-    }
-}
+                         testing::ValuesIn(Endings({OrvOperation_WriteDescriptor})), EndingName);
 
 TEST_F(DisconnectTest, FailureKeepsTheLinkWithItsBytesAndCanBeRepeated) {
     for (const char* member : {CloseService, CloseDevice, "GattDeviceService.QueryInterface",

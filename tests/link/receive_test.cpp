@@ -79,40 +79,18 @@ TEST_F(ReceiveTest, NullBufferLosesNothing) {
     EXPECT_EQ(OrvDevice_Flush(Address), 7);
 }
 
-// The link is found by the characteristic that notifies, the line names its device.
-TEST_F(ReceiveTest, LinksKeepTheirStreamsApart) {
-    AddDevice(OtherAddress, "ORV-0043");
-    ASSERT_EQ(OrvDevice_Connect(OtherAddress), 0);
-    EXPECT_EQ(LinesOf([] {
-                  Notify(OtherAddress, {1, 2});
-                  Notify(Address, {3});
-              }),
-              (Lines{"OnDataReceived 18838586676582 2", TraceOf(1)}));
-    EXPECT_EQ(OrvDevice_Flush(OtherAddress), 2);
-    EXPECT_EQ(OrvDevice_Flush(Address), 1);
-}
-
-struct Interruption {
-    const char* member;
-    bool traced;
-};
-
-const Interruption Interruptions[] = {
-    {"GattValueChangedEventArgs.get_CharacteristicValue", false},
-    {"IBuffer.get_Length", false},
-    {"GattCharacteristic.QueryInterface", false},
-    {"GattCharacteristic.get_Service", false},
-    {"GattDeviceService.QueryInterface", false},
-    {"GattDeviceService.get_Device", false},
-    {"BluetoothLEDevice.get_BluetoothAddress", false},
-    {"DataReader.FromBuffer", true},
-    {"DataReader.get_UnconsumedBufferLength", true},
-    {"DataReader.ReadByte", true},
-};
-
 TEST_F(ReceiveTest, FailureInTheHandlerDropsTheNotificationOnly) {
-    for (const auto& [member, traced] : Interruptions) {
+    const char* const members[] = {
+        "GattValueChangedEventArgs.get_CharacteristicValue", "IBuffer.get_Length",
+        "GattCharacteristic.QueryInterface", "GattCharacteristic.get_Service",
+        "GattDeviceService.QueryInterface", "GattDeviceService.get_Device",
+        "BluetoothLEDevice.get_BluetoothAddress",
+        // From here on the line has been written.
+        "DataReader.FromBuffer", "DataReader.get_UnconsumedBufferLength", "DataReader.ReadByte"};
+    bool traced = false;
+    for (const std::string member : members) {
         SCOPED_TRACE(member);
+        traced = traced || member.find("DataReader") == 0;
         Notify(Address, {1, 2});
         FailMember(member, traced ? Fails : NoMemory);
         EXPECT_EQ(LinesOf([] {
@@ -128,9 +106,10 @@ TEST_F(ReceiveTest, FailureInTheHandlerDropsTheNotificationOnly) {
 }
 
 TEST_F(ReceiveTest, BytesReadBeforeAFailureStay) {
+    Notify(Address, {0});  // the first in a process makes more calls: it looks the factory up
     const std::int32_t before = OrvWorld_CallCount(nullptr);
     Notify(Address, {1, 2, 3, 4});
-    EXPECT_EQ(OrvDevice_Flush(Address), 4);
+    EXPECT_EQ(OrvDevice_Flush(Address), 5);
     OrvWorld_FailCall(CallsUntil("DataReader.ReadByte", 3, before), Fails);
     EXPECT_EQ(LinesOf([] { Notify(Address, {1, 2, 3, 4}); }), (Lines{TraceOf(4), PlatformFailure}));
     EXPECT_EQ(OrvWorld_FailCall(0, 0), 0);

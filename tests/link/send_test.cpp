@@ -64,17 +64,8 @@ TEST_P(SendWait, DecidesAloneAndItsResultIsNotRead) {
     EXPECT_EQ(OrvDevice_Flush(Address), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Endings, SendWait,
-                         testing::Combine(testing::Values(OrvOperation_WriteValue),
-                                          testing::ValuesIn(WaitEndings)),
+INSTANTIATE_TEST_SUITE_P(Endings, SendWait, testing::ValuesIn(Endings({OrvOperation_WriteValue})),
                          EndingName);
-
-TEST_F(SendTest, AnyAnswerOfTheDeviceCountsAsSent) {
-    for (const std::int32_t status : {0, 1, 2, 3}) {
-        OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_Status, status);
-        ExpectCall([] { return OrvDevice_Send(Address, 1, &OneByte); }, 1, {Trace});
-    }
-}
 
 TEST_F(SendTest, FailingMembersAreLoggedAndLeaveTheLinkAlone) {
     Notify(Address, {1, 2, 3});

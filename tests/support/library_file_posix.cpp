@@ -3,7 +3,7 @@
 
 #include <cstdlib>
 
-#include "library_file.h"
+#include "log_file.h"
 
 namespace orv {
 

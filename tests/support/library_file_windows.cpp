@@ -1,7 +1,7 @@
 // The file that the library under test was loaded from, asked of the loader.
 #include <windows.h>
 
-#include "library_file.h"
+#include "log_file.h"
 
 namespace orv {
 

@@ -7,8 +7,6 @@
 #include <fstream>
 #include <iterator>
 
-#include "library_file.h"
-
 namespace orv {
 namespace {
 

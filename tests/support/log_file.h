@@ -14,6 +14,8 @@ using Lines = std::vector<std::string>;
 constexpr const char* PlatformFailure = "Exception: unknown type";
 constexpr const char* OutOfMemory = "Exception: bad allocation";
 
+// The file that the library under test was loaded from, and the log beside it.
+std::string LibraryFile();
 std::string LogPath();
 
 // All bytes of the file; empty when there is none.

@@ -1,9 +1,16 @@
 // The table of all endings of a wait, and its one body.
 #include "waits.h"
 
-namespace orv {
+#include <cstring>
 
-const std::vector<WaitEnding> WaitEndings = {
+namespace orv {
+namespace {
+
+const char* const Operations[] = {"FindAdapter",     "FindRadios",    "FindDevice",
+                                  "FindServices",    "RequestAccess", "FindCharacteristics",
+                                  "WriteDescriptor", "WriteValue"};
+
+const WaitEnding WaitEndings[] = {
     {"Standard", OrvManner_Standard, 0, Ends::Completed},
     {"AtOnce", OrvManner_AtOnce, 1, Ends::Completed},
     {"After1999", OrvManner_After, 1999, Ends::Completed, 1999},
@@ -16,43 +23,62 @@ const std::vector<WaitEnding> WaitEndings = {
     {"RegistrationFails", OrvManner_RegistrationFails, Fails, Ends::Raised},
     {"ResultFails", OrvManner_ResultFails, Fails, Ends::ResultRaised},
     {"ResultLacksMemory", OrvManner_ResultFails, NoMemory, Ends::ResultRaised, 0, OutOfMemory},
+    {"NullResult", OrvManner_NullResult, 1, Ends::ResultRefused, 0, "", "01235"},
+    {"EmptyList", OrvManner_EmptyList, 1, Ends::ResultRaised, 0, PlatformFailure, "35"},
+    // 0 is success for all but the access, which is granted by 1.
+    {"Status0", OrvManner_Status, 0, Ends::ResultRefused, 0, "", "4"},
+    {"Status1", OrvManner_Status, 1, Ends::ResultRefused, 0, "", "3567"},
+    {"Status2", OrvManner_Status, 2, Ends::ResultRefused, 0, "", "34567"},
+    {"Status3", OrvManner_Status, 3, Ends::ResultRefused, 0, "", "34567"},
 };
 
-std::ostream& operator<<(std::ostream& out, const WaitEnding& ending) {
-    return out << ending.name;
+}  // namespace
+
+std::vector<OperationEnding> Endings(const std::vector<std::int32_t>& operations) {
+    std::vector<OperationEnding> rows;
+    for (const std::int32_t operation : operations) {
+        for (const WaitEnding& ending : WaitEndings) {
+            if (std::strchr(ending.operations, '0' + operation) != nullptr) {
+                rows.emplace_back(operation, ending);
+            }
+        }
+    }
+    return rows;
+}
+
+std::string EndingName(const testing::TestParamInfo<OperationEnding>& row) {
+    return std::string(Operations[row.param.first]) + row.param.second.name;
+}
+
+void PrintTo(const OperationEnding& row, std::ostream* out) {
+    *out << Operations[row.first] << ' ' << row.second.name;
 }
 
 void WaitTest::SetUp() {
     WorldTest::SetUp();
-    if (std::get<1>(GetParam()).manner == OrvManner_After && OrvWorld_TimeIsSimulated() == 0) {
+    if (GetParam().second.manner == OrvManner_After && OrvWorld_TimeIsSimulated() == 0) {
         GTEST_SKIP() << "real time cannot hit a limit to the millisecond";
     }
 }
 
 bool WaitTest::ExpectAnswered(BluetoothAddress address, const std::string& trace,
                               ResultCode (*call)(), const WaitRule& rule) {
-    const auto& [operation, ending] = GetParam();
+    const std::int32_t operation = GetParam().first;
+    const WaitEnding& ending = GetParam().second;
     const bool raised =
         ending.ends == Ends::Raised || (ending.ends == Ends::ResultRaised && rule.resultIsRead);
-    const ResultCode result = raised                         ? -1
-                              : ending.ends == Ends::Refused ? rule.refused
-                                                             : rule.completed;
+    const bool refused =
+        ending.ends == Ends::Refused || (ending.ends == Ends::ResultRefused && rule.resultIsRead);
+    const ResultCode result = raised ? -1 : refused ? rule.refused : rule.completed;
     OrvWorld_Answer(address, operation, ending.manner, ending.value);
-    const std::int64_t ms = ending.ms;
-    const Lines lines = raised ? Lines{trace, ending.line} : Lines{trace};
-    ExpectTakes(ms, [&] { ExpectCall(call, result, lines); });
+    ExpectTakes(ending.ms, [&] {
+        ExpectCall(call, result, raised ? Lines{trace, ending.line} : Lines{trace});
+    });
     if (OrvWorld_TimeIsSimulated() != 0) {
         OrvWorld_PassTime(4000);
     }
     OrvWorld_Answer(address, operation, OrvManner_Standard, 0);
     return result != -1;
-}
-
-std::string EndingName(const testing::TestParamInfo<OperationEnding>& row) {
-    const char* const names[] = {"FindAdapter",     "FindRadios",    "FindDevice",
-                                 "FindServices",    "RequestAccess", "FindCharacteristics",
-                                 "WriteDescriptor", "WriteValue"};
-    return std::string(names[std::get<0>(row.param)]) + std::get<1>(row.param).name;
 }
 
 }  // namespace orv

@@ -1,28 +1,33 @@
-// The ways in which a wait of the library can end, run through for each operation it waits for.
+// The ways in which an operation that the library waits for can end, run through for each
+// operation.
 #pragma once
 
-#include <tuple>
+#include <utility>
 
 #include "world.h"
 
 namespace orv {
 
-enum class Ends { Completed, Refused, Raised, ResultRaised };
+// The last two are seen only by who asks for the operation's result.
+enum class Ends { Completed, Refused, Raised, ResultRefused, ResultRaised };
 struct WaitEnding {
     const char* name;
     std::int32_t manner;
     std::int32_t value;
     Ends ends;
-    std::int64_t ms = 0;                 // until it ends
-    const char* line = PlatformFailure;  // where it is raised
+    std::int64_t ms = 0;                  // until it ends
+    const char* line = PlatformFailure;   // where it is raised
+    const char* operations = "01234567";  // to which it applies
 };
-extern const std::vector<WaitEnding> WaitEndings;
-std::ostream& operator<<(std::ostream& out, const WaitEnding& ending);
 
-using OperationEnding = std::tuple<std::int32_t, WaitEnding>;
+// One operation and how it ends; and all endings of some operations.
+using OperationEnding = std::pair<std::int32_t, WaitEnding>;
+std::vector<OperationEnding> Endings(const std::vector<std::int32_t>& operations);
+std::string EndingName(const testing::TestParamInfo<OperationEnding>& row);
+void PrintTo(const OperationEnding& row, std::ostream* out);
 
-// What an export makes of a wait that ended: its result when it completed and when it was refused,
-// and whether it asks for the operation's result at all.
+// What an export makes of a wait: its result when that completed and when it was refused, and
+// whether it asks for the operation's result at all.
 struct WaitRule {
     ResultCode completed;
     ResultCode refused;
@@ -38,7 +43,5 @@ class WaitTest : public WorldTest, public testing::WithParamInterface<OperationE
     bool ExpectAnswered(BluetoothAddress address, const std::string& trace, ResultCode (*call)(),
                         const WaitRule& rule);
 };
-
-std::string EndingName(const testing::TestParamInfo<OperationEnding>& row);
 
 }  // namespace orv
