@@ -71,5 +71,5 @@ add_test(NAME packed.check_dll_finds_faults COMMAND Python3::Interpreter
     ${CMAKE_CURRENT_SOURCE_DIR}/windows/check_dll_test.py ${PROJECT_SOURCE_DIR}/tools/check_dll
     ${shippedDll} ${unpacked}/quelvixwinlib.def ${header} ${PROJECT_VERSION})
 add_test(NAME packed.again_in_another_folder COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/windows/rebuild
-    ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/rebuilt ${zip})
-set_tests_properties(packed.again_in_another_folder PROPERTIES TIMEOUT 300)
+    ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/rebuilt ${zip} ${shippedDll})
+set_tests_properties(packed.again_in_another_folder PROPERTIES TIMEOUT 600)
