@@ -25,6 +25,7 @@ set(ORV_SANITIZERS "" CACHE STRING "Sanitizers of the whole build, such as addre
 if(ORV_SANITIZERS)
     add_compile_options(-fsanitize=${ORV_SANITIZERS} -fno-sanitize-recover=all
                         -fno-omit-frame-pointer)
+    add_compile_definitions(ORV_SANITIZED)
     add_link_options(-fsanitize=${ORV_SANITIZERS})
 endif()
 

@@ -30,7 +30,7 @@ namespace {
 // stays registered for the watcher's whole life, so the registration's token is dropped.
 Reference<IBluetoothLEAdvertisementWatcher> CreateWatcher() {
     using Watcher = IBluetoothLEAdvertisementWatcher;
-    const auto watcher = Activate<BluetoothLEAdvertisementWatcher>();
+    auto watcher = Activate<BluetoothLEAdvertisementWatcher>();
     Call(watcher, &Watcher::put_ScanningMode, BluetoothLEScanningMode::Active);
     const auto handler =
         EventHandler<BluetoothLEAdvertisementWatcher,
