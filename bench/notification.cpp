@@ -59,12 +59,16 @@ IDataReader* OpenReader(IGattValueChangedEventArgs* arguments) {
         for (FloorLink& link : floorLinks) {
             if (link.characteristic == sender) {
                 UINT32 left = 0;
-                while (reader->get_UnconsumedBufferLength(&left) == S_OK && left > 0) {
-                    if (link.end == link.bytes.size()) {
-                        link.bytes.resize(2 * link.end);
-                    }
-                    reader->ReadByte(&link.bytes[link.end++]);
+                reader->get_UnconsumedBufferLength(&left);
+                if (link.bytes.size() - link.end < left) {
+                    link.bytes.resize(2 * link.end + left);
                 }
+                BYTE* place = link.bytes.data() + link.end;
+                while (left > 0) {
+                    reader->ReadByte(place++);
+                    reader->get_UnconsumedBufferLength(&left);
+                }
+                link.end = static_cast<std::size_t>(place - link.bytes.data());
                 break;
             }
         }

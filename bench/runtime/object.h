@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <new>
 #include <tuple>
 #include <type_traits>
 
@@ -11,11 +10,13 @@
 
 namespace orv::bench {
 
+// From malloc, as a runtime's memory is, so that the counted operator new sees the library's
+// allocations alone.
+void* AllocateObject(std::size_t size);
+void FreeObject(void* memory);
+
 // An object with these interfaces, of which the first is its identity. It is born with one
 // reference, its creator's.
-//
-// Its memory comes from malloc, as the runtime's does, so that the counted operator new sees the
-// library's allocations alone.
 template <typename... Interfaces>
 class Bare : public Interfaces... {
   public:
@@ -48,13 +49,8 @@ class Bare : public Interfaces... {
     HRESULT GetRuntimeClassName(HSTRING*) final { return E_NOTIMPL; }
     HRESULT GetTrustLevel(TrustLevel*) final { return E_NOTIMPL; }
 
-    static void* operator new(std::size_t size) {
-        if (void* memory = std::malloc(size)) {
-            return memory;
-        }
-        throw std::bad_alloc();
-    }
-    static void operator delete(void* memory) { std::free(memory); }
+    static void* operator new(std::size_t size) { return AllocateObject(size); }
+    static void operator delete(void* memory) { FreeObject(memory); }
 
   private:
     using First = std::tuple_element_t<0, std::tuple<Interfaces...>>;

@@ -2,6 +2,7 @@
 #include "platform/runtime.h"
 
 #include <chrono>
+#include <new>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -14,6 +15,17 @@ namespace orv {
 namespace bench {
 
 thread_local UINT32 answerDelayMs = 0;
+
+void* AllocateObject(std::size_t size) {
+    if (void* memory = std::malloc(size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+void FreeObject(void* memory) {
+    std::free(memory);
+}
 
 namespace {
 

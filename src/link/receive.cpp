@@ -1,5 +1,7 @@
 #include "link/receive.h"
 
+#include <utility>
+
 #include "frame/export_frame.h"
 #include "link/connection_table.h"
 #include "platform/activation.h"
@@ -19,15 +21,18 @@ BluetoothAddress AddressOf(const Reference<IGattCharacteristic>& characteristic)
 
 void OnDataReceived(const Reference<IGattCharacteristic>& sender,
                     const Reference<IGattValueChangedEventArgs>& arguments) noexcept {
-    RunCallback([&] {
+    LogFailuresOf([&] {
         const auto value = Get(arguments, &IGattValueChangedEventArgs::get_CharacteristicValue);
         const UINT32 length = Get(value, &IBuffer::get_Length);
         Trace("OnDataReceived", AddressOf(sender), length);
 
         const auto readers = FactoryOf<DataReader, IDataReaderStatics>();
-        const auto reader =
+        auto opened =
             Get(readers, &IDataReaderStatics::FromBuffer,
                 Get(arguments, &IGattValueChangedEventArgs::get_CharacteristicValue).Get());
+        // A variable that nobody was given the address of, so that the loop over the bytes need not
+        // read it again after each call.
+        const auto reader = std::move(opened);
         // One lock hold for the whole value: a receive sees either none or all of it. The link is
         // found by the characteristic, not by the address, which several links may share.
         const Lock lock(connectionTable.mutex);
@@ -35,8 +40,10 @@ void OnDataReceived(const Reference<IGattCharacteristic>& sender,
         if (!link) {
             return;
         }
+        ReceiveQueue::Filling filling(link->receiveQueue);
         while (Get(reader, &IDataReader::get_UnconsumedBufferLength) > 0) {
-            link->receiveQueue.Append(Get(reader, &IDataReader::ReadByte));
+            Call(reader, &IDataReader::ReadByte, filling.Place());
+            filling.Add();
         }
     });
 }

@@ -21,13 +21,50 @@ class ReceiveQueue {
 
     std::size_t Size() const { return size; }
 
+    // Bytes on their way into the queue, which has them when this goes out of scope, also by a
+    // failure. Until then nothing else may be done with the queue. It exists so that a value is
+    // appended byte by byte without a look at the queue for each.
+    class Filling {
+      public:
+        explicit Filling(ReceiveQueue& filled) : queue(filled) { Open(); }
+        ~Filling() { Commit(); }
+        Filling(const Filling&) = delete;
+        Filling& operator=(const Filling&) = delete;
+
+        // Where the next byte belongs. Raises when memory runs out; all that was added stays.
+        std::uint8_t* Place() {
+            if (place == end) {
+                Commit();
+                queue.AddBlock();
+                Open();
+            }
+            return place;
+        }
+        // The byte is there.
+        void Add() { ++place; }
+
+      private:
+        void Open() {
+            begin = place = queue.last ? queue.last->bytes + queue.lastEnd : nullptr;
+            end = queue.last ? queue.last->bytes + BlockSize : nullptr;
+        }
+        void Commit() {
+            queue.lastEnd += static_cast<std::size_t>(place - begin);
+            queue.size += static_cast<std::size_t>(place - begin);
+            begin = place;
+        }
+
+        ReceiveQueue& queue;
+        std::uint8_t* begin;  // of what the queue does not know of yet
+        std::uint8_t* place;
+        std::uint8_t* end;
+    };
+
     // Raises when memory runs out; what was queued is unchanged then.
     void Append(std::uint8_t byte) {
-        if (!last || lastEnd == BlockSize) {
-            AddBlock();
-        }
-        last->bytes[lastEnd++] = byte;
-        ++size;
+        Filling filling(*this);
+        *filling.Place() = byte;
+        filling.Add();
     }
 
     // Moves up to `count` bytes from the front to `target` and returns how many.

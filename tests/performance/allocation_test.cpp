@@ -1,0 +1,151 @@
+// How often each call allocates, exactly. A call that waits needs the object that the system calls
+// back, which may outlive it; nothing else allocates while the log is off.
+#include <gtest/gtest.h>
+
+#include "bench/support/allocations.h"
+#include "bench/support/arrangement.h"
+#include "link/connection_table.h"
+#include "link/receive.h"
+#include "scanner/advertisement.h"
+#include "scanner/scanner_session.h"
+
+namespace orv {
+namespace {
+
+using bench::AllocationsSoFar;
+using bench::ListedAddress;
+
+std::uint8_t buffer[64 * 1024];
+
+struct CallRow {
+    const char* name;
+    ResultCode (*call)();
+    ResultCode result;
+    std::size_t allocations;
+};
+
+// One link, of address 1, and one session, of id 0, are there before each call.
+const CallRow CallRows[] = {
+    {"Poll", [] { return OrvDevice_Receive(1, 244, buffer); }, 0, 0},
+    {"PollOfNoLink", [] { return OrvDevice_Receive(9, 244, buffer); }, -1, 0},
+    {"Flush", [] { return OrvDevice_Flush(1); }, 0, 0},
+    {"DeviceCount", [] { return OrvScanner_GetDeviceCount(0); }, 100, 0},
+    {"DeviceInfo",
+     [] {
+         DiscoveredDevice info;
+         return OrvScanner_GetDeviceInfo(0, 99, &info);
+     },
+     0, 0},
+    {"Stop", [] { return OrvScanner_Stop(0); }, 0, 0},
+    {"Start", [] { return OrvScanner_Start(0); }, 0, 0},
+    {"LogDisable", Logging_Disable, 0, 0},
+    {"LogLine", [] { return Logging_AppendLine("text", 4); }, -1, 0},
+    {"SendOfNegativeLength", [] { return OrvDevice_Send(1, -1, buffer); }, -1, 0},
+    {"DisconnectOfNoLink", [] { return OrvDevice_Disconnect(9); }, -1, 0},
+    // A handler for each wait.
+    {"Available", BluetoothAvailable, 0, 2},
+    {"Send", [] { return OrvDevice_Send(1, 244, buffer); }, 244, 1},
+    // Five waits, the handler of notifications and the link.
+    {"Connect", [] { return OrvDevice_Connect(2); }, 0, 7},
+    {"Disconnect", [] { return OrvDevice_Disconnect(1); }, 0, 1},
+    // The handler of advertisements and the session.
+    {"Initialize", OrvScanner_Initialize, 1, 2},
+    {"Deinitialize", [] { return OrvScanner_Deinitialize(0); }, 0, 0},
+};
+
+class Allocations : public testing::TestWithParam<CallRow> {
+  protected:
+    void Arrange() {
+        for (std::int32_t id = 0; id < 4; ++id) {
+            OrvScanner_Deinitialize(id);
+        }
+        for (BluetoothAddress address = 1; address < 4; ++address) {
+            while (OrvDevice_Disconnect(address) == 0) {
+            }
+        }
+        bench::floorLinks.clear();
+        bench::floorSessions.clear();
+        bench::ArrangeLinks(1);
+        bench::ArrangeListed(100);
+    }
+};
+
+TEST_P(Allocations, AreThese) {
+    for (int round = 0; round < 2; ++round) {  // the first looks factories up, which are kept
+        Arrange();
+        const std::size_t before = AllocationsSoFar().count;
+        const ResultCode result = GetParam().call();
+        const std::size_t after = AllocationsSoFar().count;
+        ASSERT_EQ(result, GetParam().result);
+        if (round > 0) {
+            EXPECT_EQ(after - before, GetParam().allocations);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, Allocations, testing::ValuesIn(CallRows),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// With the log on, an ordinary line is composed on the stack.
+TEST(AllocationsWithTheLogOn, NoneForALine) {
+    bench::ArrangeLinks(1);
+    ASSERT_EQ(Logging_Enable(), 0);
+    const std::size_t before = AllocationsSoFar().count;
+    OrvDevice_Receive(1, 244, buffer);
+    Logging_AppendLine("text", 4);
+    EXPECT_EQ(AllocationsSoFar().count, before);
+    Logging_Disable();
+}
+
+TEST(AllocationsOfEvents, AreTheQueuesBlocksAlone) {
+    bench::ArrangeLinks(1);
+    const auto sender = bench::SenderOf(1);
+    const auto event = Reference<IGattValueChangedEventArgs>::Adopt(new bench::Notification(244));
+    OnDataReceived(sender, event);
+    OrvDevice_Flush(1);
+    const auto before = AllocationsSoFar();
+    constexpr std::size_t Count = 1000;
+    for (std::size_t i = 0; i < Count; ++i) {
+        OnDataReceived(sender, event);
+    }
+    const auto filled = AllocationsSoFar();
+    EXPECT_EQ(filled.count - before.count, (Count * 244 + 4079) / 4080);
+    EXPECT_LE(static_cast<double>(filled.bytes - before.bytes), 1.1 * Count * 244);
+
+    // A host that keeps up leaves the last block in place.
+    while (OrvDevice_Receive(1, sizeof buffer, buffer) > 0) {
+    }
+    for (std::size_t i = 0; i < Count; ++i) {
+        OnDataReceived(sender, event);
+        ASSERT_EQ(OrvDevice_Receive(1, sizeof buffer, buffer), 244);
+    }
+    EXPECT_EQ(AllocationsSoFar().count, filled.count);
+}
+
+TEST(AllocationsOfEvents, AreTheListsChunksAlone) {
+    bench::ArrangeListed(0);
+    bench::Heard heard(ListedAddress, u"ORV-0042");
+    const Reference<IBluetoothLEAdvertisementReceivedEventArgs> event(&heard);
+    const std::size_t before = AllocationsSoFar().bytes;
+    constexpr std::size_t Count = 10000;
+    for (std::size_t i = 0; i < Count; ++i) {
+        OnAdvertisementReceived(bench::watcher, event);
+        ++heard.address;
+    }
+    ASSERT_EQ(OrvScanner_GetDeviceCount(0), static_cast<ResultCode>(Count));
+    const std::size_t full = AllocationsSoFar().bytes;
+    EXPECT_LE(static_cast<double>(full - before), 80.0 * Count);
+
+    const std::size_t count = AllocationsSoFar().count;
+    heard.address = ListedAddress + 5000;
+    OnAdvertisementReceived(bench::watcher, event);
+    EXPECT_EQ(AllocationsSoFar().count, count) << "a listed device";
+    bench::Heard foreign(1, u"Lamp");
+    const Reference<IBluetoothLEAdvertisementReceivedEventArgs> other(&foreign);
+    OnAdvertisementReceived(bench::watcher, other);
+    EXPECT_EQ(AllocationsSoFar().count, count) << "a foreign device";
+    bench::floorSessions.front().records.clear();  // so that the next arranges anew
+}
+
+}  // namespace
+}  // namespace orv
