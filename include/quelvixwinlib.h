@@ -45,7 +45,7 @@
  *   - Device links share one lock. OrvDevice_Send and OrvDevice_Disconnect keep it while they wait
  *     for the device, up to 2000 ms. Until then OrvDevice_Receive, OrvDevice_Flush, other sends and
  *     disconnects, and the last step of OrvDevice_Connect wait, for every device; received
- *     notifications are queued afterwards, none is lost.
+ *     notifications are queued afterwards, except for a link that was disconnected.
  *   - Scanner sessions share another lock, held while a scan is started or stopped.
  *
  * The OrvScanner_ functions, BluetoothAvailable and the Logging_ functions never wait for a device
@@ -140,7 +140,7 @@ QUELVIXWINLIB_API ResultCode BluetoothAvailable(void);
  *
  * Returns  the scannerId, 0 or greater: one more than the highest id in use, 0 when none is.
  *          -1: the system refused; no session was created.
- * Blocks   for no wait.
+ * Blocks   for no wait; may wait for a start or stop that another thread is in.
  */
 QUELVIXWINLIB_API ResultCode OrvScanner_Initialize(void);
 
@@ -161,7 +161,7 @@ QUELVIXWINLIB_API ResultCode OrvScanner_Deinitialize(int32_t scannerId);
  * Returns  0: started. -1: no session has this id, or the system refused; the session's list is
  *          empty then, too. 0 is no proof that the radio is on: BluetoothAvailable tells.
  * Blocks   for no wait, but calls the system's start, which has no time limit of its own; until it
- *          returns, every OrvScanner_ function that needs a session waits.
+ *          returns, every other OrvScanner_ function waits.
  */
 QUELVIXWINLIB_API ResultCode OrvScanner_Start(int32_t scannerId);
 
@@ -177,7 +177,7 @@ QUELVIXWINLIB_API ResultCode OrvScanner_Stop(int32_t scannerId);
 /*
  * How many devices the session has found since its last start, at any time, scanning or not. Only
  * devices whose name began with "ORV" when they were first heard are listed; a device stays listed,
- * at its index, until the next start. The list has no limit but memory: 66 bytes a device.
+ * at its index, until the next start. The list has no limit but memory: 73 bytes a device.
  *
  * Returns  the number of devices, 0 or greater. -1: no session has this id.
  * Blocks   for no wait; may wait for a start or stop that another thread is in.
@@ -220,7 +220,8 @@ QUELVIXWINLIB_API ResultCode OrvDevice_Connect(BluetoothAddress address);
  * Returns  0: the oldest link of the address is gone. -1: the address has no link (then the system
  *          was not asked), or the system failed; the link is then still there with its bytes, and
  *          the call can be repeated.
- * Blocks   2000 ms at most (one wait), plus closing. Holds the device links' lock.
+ * Blocks   2000 ms at most (one wait), plus closing. Holds the device links' lock, and first waits
+ *          for a send or disconnect that holds it.
  */
 QUELVIXWINLIB_API ResultCode OrvDevice_Disconnect(BluetoothAddress address);
 
@@ -233,7 +234,8 @@ QUELVIXWINLIB_API ResultCode OrvDevice_Disconnect(BluetoothAddress address);
  * Returns  length: the system reports the write as finished; the device may still have answered it
  *          with an error, which is not looked at. -1: no link, a negative length, null data with a
  *          positive length, no answer within 2000 ms (the bytes may still arrive), or a failure.
- * Blocks   2000 ms at most (one wait). Holds the device links' lock.
+ * Blocks   2000 ms at most (one wait). Holds the device links' lock, and first waits for a send or
+ *          disconnect that holds it.
  */
 QUELVIXWINLIB_API ResultCode OrvDevice_Send(BluetoothAddress address, int32_t length,
                                             const uint8_t* data);
@@ -266,8 +268,8 @@ QUELVIXWINLIB_API ResultCode OrvDevice_Flush(BluetoothAddress address);
 
 /*
  * Switches the diagnostics log on and empties it. The log is a text file beside the library's own
- * file, under its name with ".log" appended: quelvixwinlib.dll.log. Each call of the other functions,
- * each advertisement and each notification adds a line; data bytes are never written. A line is
+ * file, under its name with ".log" appended: quelvixwinlib.dll.log. Each call of a function above, each
+ * advertisement and each notification adds a line; data bytes are never written. A line is
  *
  *     hh:mm:ss.mmm <tab> text <carriage return> <line feed>
  *
@@ -293,8 +295,8 @@ QUELVIXWINLIB_API ResultCode Logging_Disable(void);
  * text     length bytes, written as they are (a line feed becomes carriage return and line feed); no
  *          terminating zero is looked for. May be null when length is 0 or less.
  * length   bytes of text; 0 or less gives a line without text.
- * Returns  the line's characters before line feeds are translated: length + 14. -1: the log is off,
- *          its file cannot be opened, or text is null with a positive length.
+ * Returns  the line's characters before line feeds are translated: length + 14, or 14 without text.
+ *          -1: the log is off, its file cannot be opened, or text is null with a positive length.
  * Blocks   for no wait; file access only. Costs next to nothing while the log is off.
  */
 QUELVIXWINLIB_API ResultCode Logging_AppendLine(const char* text, int32_t length);

@@ -14,9 +14,9 @@ DiagnosticsLog diagnosticsLog;
 
 namespace {
 
-void AppendPadded(Text& line, int value, int hundred) {
-    for (int digit = hundred; digit > 0; digit /= 10) {
-        line.Append(static_cast<char>('0' + value / digit % 10));
+void AppendPadded(Text& line, int value, int firstPlace) {
+    for (int place = firstPlace; place > 0; place /= 10) {
+        line.Append(static_cast<char>('0' + value / place % 10));
     }
 }
 

@@ -57,10 +57,9 @@ ResultCode RunExport(const Traced<Arguments...>& call, Body&& body) noexcept {
     }
 }
 
-// The same for a callback of the platform, which traces itself once it has read what to trace, and
-// whose failure the platform never learns of.
+// Runs what has nobody to tell of its failure, such as a callback of the platform.
 template <typename Body>
-void RunCallback(Body&& body) noexcept {
+void LogFailuresOf(Body&& body) noexcept {
     try {
         body();
     } catch (...) {

@@ -1,9 +1,11 @@
 #include "frame/failure_log.h"
 
 #include <exception>
+#include <stdexcept>
 #include <string_view>
 
 #include "frame/diagnostics_log.h"
+#include "platform/failure.h"
 #include "platform/text.h"
 
 namespace orv {
@@ -29,15 +31,22 @@ constexpr FailureText LimitTexts[] = {
     {"cannot create std::deque", "deque<T> too long"},
 };
 
-std::string_view LoggedText(std::string_view own) {
+std::string_view LoggedText(const std::exception& failure) {
+    const char* what = failure.what();
+    if (!what) {
+        RaiseFailure(E_POINTER);
+    }
+    const std::string_view own = what;
     for (const FailureText& text : FailureTexts) {
         if (own == text.own) {
             return text.logged;
         }
     }
-    for (const FailureText& text : LimitTexts) {
-        if (own.substr(0, text.own.size()) == text.own) {
-            return text.logged;
+    if (dynamic_cast<const std::length_error*>(&failure)) {
+        for (const FailureText& text : LimitTexts) {
+            if (own.substr(0, text.own.size()) == text.own) {
+                return text.logged;
+            }
         }
     }
     return own;
@@ -49,7 +58,7 @@ void LogFailure(const std::exception_ptr& failure) {
     } catch (const std::exception& standard) {
         Text line;
         line.Append("Exception: ");
-        line.Append(LoggedText(standard.what()));
+        line.Append(LoggedText(standard));
         AppendLogLine(line.View());
     } catch (...) {
         AppendLogLine("Exception: unknown type");
@@ -67,7 +76,7 @@ void LogCurrentException() noexcept {
         AppendLogLine("Exception: none");
         return;
     }
-    // A second guard: composing the line of a long text can fail itself.
+    // A second guard: what() or composing the line of a long text can fail itself.
     try {
         LogFailure(failure);
     } catch (...) {

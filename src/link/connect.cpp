@@ -40,7 +40,7 @@ bool FindService(DeviceLink& link) {
     }
     const auto services = Get(*result, &IGattDeviceServicesResult::get_Services);
     link.service = Get(services, &IVectorView<GattDeviceService>::GetAt, UINT32{0});
-    return true;
+    return static_cast<bool>(link.service);
 }
 
 bool RequestAccess(DeviceLink& link) {
@@ -62,7 +62,7 @@ bool FindCharacteristic(DeviceLink& link) {
     }
     const auto characteristics = Get(*result, &IGattCharacteristicsResult::get_Characteristics);
     link.characteristic = Get(characteristics, &IVectorView<GattCharacteristic>::GetAt, UINT32{0});
-    return true;
+    return static_cast<bool>(link.characteristic);
 }
 
 auto StartNotifyWrite(const DeviceLink& link,
@@ -94,19 +94,19 @@ void Close(const Reference<Interface>& object) {
     Call(object.template As<IClosable>(), &IClosable::Close);
 }
 
-// Switches notifications off and closes the service. A link whose device could then not be closed
-// stays in the table without its service; a repeat must not write to it, which a closed service
-// refuses, and goes on with the device.
-void CloseService(DeviceLink& link) {
+// Switches notifications off, closes the service and returns it, for its last release. A link whose
+// device can then not be closed stays in the table without its service; a repeat must not write to
+// it, which a closed service refuses, and goes on with the device.
+Reference<IGattDeviceService> SilenceAndCloseService(DeviceLink& link) {
     if (!link.service) {
-        return;
+        return nullptr;
     }
     // Whatever the device says, or if it says nothing, the link is taken down.
     WaitForCompletion(
         StartNotifyWrite(link, GattClientCharacteristicConfigurationDescriptorValue::None),
         GattWaitLimitMs);
     Close(link.service);
-    link.service = nullptr;
+    return std::move(link.service);
 }
 
 // For the way out of a failed connect: closing one object must not keep the other from being
@@ -114,7 +114,7 @@ void CloseService(DeviceLink& link) {
 template <typename Interface>
 void CloseAfterFailure(const Reference<Interface>& object) noexcept {
     if (object) {
-        RunCallback([&] { Close(object); });
+        LogFailuresOf([&] { Close(object); });
     }
 }
 
@@ -160,12 +160,13 @@ extern "C" ResultCode OrvDevice_Disconnect(BluetoothAddress address) {
         // Destroyed without the lock: a final release is the platform's code, which may wait for a
         // notification that itself waits for the lock.
         std::list<DeviceLink> removed;
+        Reference<IGattDeviceService> closed;
         const Lock lock(connectionTable.mutex);
         DeviceLink* link = connectionTable.FindByAddress(address);
         if (!link) {
             return Failure;
         }
-        CloseService(*link);
+        closed = SilenceAndCloseService(*link);
         Close(link->device);
         Take(link, removed);
         return 0;

@@ -22,6 +22,9 @@ extern "C" ResultCode OrvDevice_Send(BluetoothAddress address, std::int32_t leng
             return Failure;
         }
         const auto block = Get(writer, &IDataWriter::DetachBuffer);
+        if (!block) {
+            return Failure;
+        }
         const auto write =
             Get(link->characteristic, &IGattCharacteristic::WriteValueAsync, block.Get());
         // How the device answered is not asked: a write that has ended in time counts as sent.

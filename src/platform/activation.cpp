@@ -8,11 +8,16 @@ namespace orv {
 
 namespace {
 
+bool TakeApartmentUse() {
+    CheckResult(runtime::JoinMultithreadedApartment());
+    return true;
+}
+
 // Takes the process's one use of the multithreaded apartment, at the first call that succeeds. It
 // is never given back: cached factories must outlive the host's own apartments.
 bool JoinApartment() noexcept {
     try {
-        static const bool joined = (CheckResult(runtime::JoinMultithreadedApartment()), true);
+        static const bool joined = TakeApartmentUse();
         return joined;
     } catch (...) {
         return false;  // an initialisation that raised is tried again by the next call

@@ -77,8 +77,9 @@ class Reference {
 };
 
 // Walks `records` from the front for the one whose `member` denotes the same object as `sought`:
-// the same pointer, or the same IUnknown identity. Null when there is none. The pointer alone
-// answers nearly always, so it is tried on all records before any object is asked.
+// the same pointer, or the same IUnknown identity. Null when there is none. An object has one
+// pointer for its default interface, so the pointer alone answers, and is tried on all records
+// before any object is asked; only a runtime that hands out proxies gets to the second walk.
 template <typename Records, typename Record, typename Interface>
 Record* FindSameObject(Records& records, Reference<Interface> Record::*member,
                        const Reference<Interface>& sought) {

@@ -12,8 +12,8 @@ namespace orv::system {
 constexpr std::size_t LongestPath = 4096;
 
 // Writes the full path of the file that this library's code was loaded from; false when it cannot
-// be found. On Windows it is in the ANSI code page, cut to 259 bytes, and each success adds a
-// reference to the module that is never given back, so the library then stays loaded.
+// be found. A success keeps the library loaded; on Windows it adds a reference to the module that
+// is never given back, and the path is in the ANSI code page, cut to 259 bytes.
 bool ReadModulePath(char (&path)[LongestPath]);
 
 // From the first success on, the library is not unloaded before the process ends. Raises when that

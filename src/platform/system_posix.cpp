@@ -22,6 +22,15 @@ const void* OwnAddress() {
     return reinterpret_cast<const void*>(&ReadModulePath);
 }
 
+// A file that was replaced or deleted since it was mapped is marked so behind its path.
+void CutMarkOfDeleted(char* path) {
+    constexpr std::string_view Mark = " (deleted)";
+    const std::size_t length = strlen(path);
+    if (length > Mark.size() && path + length - Mark.size() == Mark && access(path, F_OK) != 0) {
+        path[length - Mark.size()] = '\0';
+    }
+}
+
 // The file that one line of the memory map names, or null when it does not map `address`. The line
 // is "first-last rights offset device inode   path\n", and is changed.
 const char* MappedFile(char* line, std::uintptr_t address) {
@@ -33,6 +42,7 @@ const char* MappedFile(char* line, std::uintptr_t address) {
         return nullptr;
     }
     line[strcspn(line, "\n")] = '\0';
+    CutMarkOfDeleted(line + pathAt);
     return line + pathAt;
 }
 
@@ -43,10 +53,11 @@ bool OpenThen(const char* path, int mode, std::string_view bytes) {
     }
     while (!bytes.empty()) {
         const ssize_t written = write(file, bytes.data(), bytes.size());
-        if (written < 0 && errno != EINTR) {
+        if (written > 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        } else if (written == 0 || errno != EINTR) {
             break;
         }
-        bytes.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
     }
     close(file);
     return true;
@@ -71,6 +82,9 @@ bool ReadModulePath(char (&path)[LongestPath]) {
         }
     }
     fclose(map);
+    if (found) {
+        KeepModuleLoaded();
+    }
     return found;
 }
 

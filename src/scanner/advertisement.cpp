@@ -73,12 +73,14 @@ void ReadScanResponse(DiscoveredDevice& device,
     for (UINT32 i = 0; i < size; ++i) {
         const auto section = Get(sections, &Sections::GetAt, i);
         const auto data = Get(section, &IBluetoothLEAdvertisementDataSection::get_Data);
-        const UINT32 length = Get(data, &IBuffer::get_Length);
+        const UINT32 length = data ? Get(data, &IBuffer::get_Length) : 0;
         if (length <= 2) {
             continue;
         }
         const BYTE* payload = Get(data.As<IBufferByteAccess>(), &IBufferByteAccess::Buffer);
-        CheckResult(payload ? S_OK : E_POINTER);
+        if (!payload) {
+            RaiseFailure(E_POINTER);
+        }
         ReadSection(device, payload, length);
     }
 }
@@ -100,7 +102,7 @@ void Update(DiscoveredDevice& device, const Heard& heard,
 void OnAdvertisementReceived(
     const Reference<IBluetoothLEAdvertisementWatcher>& sender,
     const Reference<IBluetoothLEAdvertisementReceivedEventArgs>& arguments) noexcept {
-    RunCallback([&] {
+    LogFailuresOf([&] {
         using Arguments = IBluetoothLEAdvertisementReceivedEventArgs;
         Heard heard{};
         heard.address = Get(arguments, &Arguments::get_BluetoothAddress);
