@@ -77,8 +77,13 @@ HRESULT CreateFreeThreadedMarshaler(IUnknown* outer, IUnknown** inner) {
     if (inner == nullptr) {
         return E_POINTER;
     }
-    *inner = new (std::nothrow) Marshaler(outer);
-    return *inner == nullptr ? E_OUTOFMEMORY : S_OK;
+    try {
+        *inner = new Marshaler(outer);
+        return S_OK;
+    } catch (const std::bad_alloc&) {
+        *inner = nullptr;
+        return E_OUTOFMEMORY;
+    }
 }
 
 }  // namespace orv::objects

@@ -57,8 +57,8 @@ void World::ArrangeDefault() {
     lamp->services.clear();
     lamp->advertisingInterval = milliseconds(100);
 
-    // Watchers may be started already when the world becomes this one.
-    StartAdvertisingAll(guard);
+    // A watcher may have started since the world began anew.
+    WakeAdvertisers(guard);
 }
 
 }  // namespace orv::simulated

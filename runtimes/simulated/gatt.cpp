@@ -137,9 +137,11 @@ HRESULT SimulatedGattCharacteristic::WriteClientCharacteristicConfigurationDescr
         Guard guard(World::Get().mutex);
         const Answer answer =
             AnswerOfDevice(guard, service->Record(), OrvOperation_WriteDescriptor);
-        if (answer.startCode == S_OK) {
-            notifying = value == GattClientCharacteristicConfigurationDescriptorValue::Notify;
-        }
+        const bool accepted = answer.startCode == S_OK && answer.ending == AsyncStatus::Completed &&
+                              answer.status.value_or(0) == 0;
+        notifying = value == GattClientCharacteristicConfigurationDescriptorValue::Notify
+                        ? notifying || accepted
+                        : notifying && !accepted;
         guard.unlock();
         return StartWithStatus(answer, GattCommunicationStatus::Success, operation);
     });

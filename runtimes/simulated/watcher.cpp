@@ -72,7 +72,7 @@ HRESULT SimulatedBluetoothLEAdvertisementWatcher::Start() {
         Guard guard(world.mutex);
         if (!started) {
             started = true;
-            world.StartAdvertisingAll(guard);
+            world.WakeAdvertisers(guard);
         }
         return S_OK;
     });

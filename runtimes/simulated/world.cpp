@@ -112,6 +112,7 @@ bool World::SomeWatcherStarted(Guard& guard) const {
 
 void World::StartAdvertising(Guard& guard, const Device& device) {
     const UINT32 round = ++device->advertisingRound;
+    device->advertises = false;
     if (device->advertisingInterval <= Duration::zero() || !SomeWatcherStarted(guard)) {
         return;
     }
@@ -122,11 +123,14 @@ void World::StartAdvertising(Guard& guard, const Device& device) {
             Advertise(held, *device, 1, -1);
         }
     });
+    device->advertises = true;
 }
 
-void World::StartAdvertisingAll(Guard& guard) {
+void World::WakeAdvertisers(Guard& guard) {
     for (const auto& entry : state.devices) {
-        StartAdvertising(guard, entry.second);
+        if (!entry.second->advertises) {
+            StartAdvertising(guard, entry.second);
+        }
     }
 }
 

@@ -61,6 +61,7 @@ struct DeviceRecord {
     std::vector<ServiceRecord> services;
     Echo echo;
     Duration advertisingInterval{0};
+    bool advertises = false;      // its next packets are due some time
     UINT32 advertisingRound = 0;  // of the timer that counts; earlier ones do nothing any more
     std::vector<Registration> registrations;
     std::vector<std::vector<BYTE>> writes;
@@ -105,9 +106,10 @@ class World {
     INT32 Notify(Guard& guard, DeviceRecord& device, const std::vector<BYTE>& value,
                  INT32 registration);
 
-    // Begins to send on the device's interval, if it has one and a watcher is started.
+    // Begins to send on the device's new interval, if it has one and a watcher is started.
     void StartAdvertising(Guard& guard, const Device& device);
-    void StartAdvertisingAll(Guard& guard);
+    // A watcher has started: devices that do not send already begin to.
+    void WakeAdvertisers(Guard& guard);
     // The device has received a block. The time until the write is acknowledged.
     Duration Receive(Guard& guard, const Device& device, const std::vector<BYTE>& block);
 
