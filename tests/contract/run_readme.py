@@ -25,14 +25,22 @@ def main():
     (folder / "include").symlink_to(source / "include")
     (folder / "host.c").write_text(host, encoding="utf-8")
 
+    def run(line):
+        result = subprocess.run(line, shell=True, cwd=folder, text=True, capture_output=True)
+        print("%s\n%s%s" % (line, result.stdout, result.stderr), flush=True)
+        return result
+
     check = "cc -std=c99 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -Iinclude host.c"
-    for line in (check, command):
-        print(line, flush=True)
-        run = subprocess.run(line, shell=True, cwd=folder, text=True, capture_output=True)
-        print(run.stdout + run.stderr)
-        if run.returncode != 0:
+    if run(check).returncode != 0:
+        return 1
+    # Real time: a machine that stands still for a second spoils one attempt.
+    for _ in range(3):
+        shown = run(command)
+        if shown.returncode != 0:
             return 1
-    return 0 if "ORV-0042" in run.stdout else 1
+        if re.search(r"ORV-0042, -\d+ dBm\n +answered: hello\n", shown.stdout):
+            return 0
+    return 1
 
 
 if __name__ == "__main__":
