@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstring>
 
 #include "bench/support/arrangement.h"
@@ -49,9 +50,15 @@ void Logged(const std::string& row, std::string_view line, Call call) {
     Measure(row, Floor, 50, LogOn, [line] { WriteByHand(line); });
 }
 
-void AppendLine() {
+ResultCode AppendLine() {
     static const char text[] = "a line of the host's own, of some length";
-    Logging_AppendLine(text, static_cast<std::int32_t>(sizeof text - 1));
+    return Logging_AppendLine(text, static_cast<std::int32_t>(sizeof text - 1));
+}
+
+std::atomic<bool> enabled{false};
+
+[[gnu::noinline]] ResultCode LookByHand() {
+    return enabled.load(std::memory_order_relaxed) ? 0 : -1;
 }
 
 const Registered lines([] {

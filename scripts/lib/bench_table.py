@@ -28,7 +28,7 @@ LARGEST_GROWTH_NS = 1  # per listed device
 
 
 def read(path):
-    """Rows in order of their first mention: {row: {side: (ns, allocations)}}."""
+    """Rows in natural order: {row: {side: (ns, allocations)}}."""
     with open(path, encoding="utf-8") as file:
         runs = json.load(file)["benchmarks"]
     rows = {}
@@ -39,7 +39,8 @@ def read(path):
         sides = rows.setdefault(row, {})
         if side not in sides or run["real_time"] < sides[side][0]:
             sides[side] = (run["real_time"], run["allocations"])
-    return rows
+    return dict(sorted(rows.items(), key=lambda row: [
+        int(part) if part.isdigit() else part for part in re.split(r"(\d+)", row[0])]))
 
 
 def matching(table, row):
