@@ -55,6 +55,7 @@ class Writer final : public Bare<Stub<IDataWriter>> {
 class Notification final : public Bare<Stub<IGattValueChangedEventArgs>> {
   public:
     explicit Notification(UINT32 size);
+    ~Notification() override { bytes->Release(); }
 
     HRESULT get_CharacteristicValue(IBuffer** value) override;
 
