@@ -111,6 +111,12 @@ std::string OnDisk(const std::string& line) {
     return stored;
 }
 
+// The world gives up when the machine stands still for seconds; that is no difference.
+void Settle() {
+    while (OrvWorld_Settle() != 0) {
+    }
+}
+
 std::string ReadLog(long from) {
     std::string tail;
     if (FILE* file = std::fopen((LibraryFile() + ".log").c_str(), "rb")) {
@@ -155,7 +161,7 @@ Model::~Model() {
         while (OrvDevice_Disconnect(address) == 0) {
         }
     }
-    OrvWorld_Settle();
+    Settle();
     Logging_Disable();
 }
 
@@ -581,7 +587,7 @@ void Model::Run(const Command& command) {
                 Hear(only, known, isScan);
             }
             OrvWorld_Advertise(Addresses[known], isScan, only < 0 ? -1 : only);
-            OrvWorld_Settle();
+            Settle();
             break;
         }
         case Notify: {
@@ -594,7 +600,7 @@ void Model::Run(const Command& command) {
             }
             OrvWorld_Notify(Addresses[known], bytes.data(), Small(bytes.size()),
                             only < 0 ? -1 : only);
-            OrvWorld_Settle();
+            Settle();
             break;
         }
         case Arrange: {
@@ -654,6 +660,7 @@ void Model::Finish() {
         sessions.pop_back();
     }
     OrvWorld_PassTime(5000);
+    Settle();
     CheckResult("held objects", OrvWorld_HeldObjects(), 0);
     CheckResult("held references", OrvWorld_HeldReferences(), 0);
     CheckResult("unexpected calls", OrvWorld_UnexpectedCallCount(), 0);
