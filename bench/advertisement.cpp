@@ -118,7 +118,7 @@ void Hear(const char* kind, std::size_t listed, UINT64 address, const char16_t* 
 }
 
 const Registered advertisements([] {
-    for (const std::size_t listed : {10, 1000, 10000, 100000}) {
+    for (const std::size_t listed : {10u, 1000u, 10000u, 100000u}) {
         Hear("listed", listed, ListedAddress + listed - 1, u"ORV-0042", 0);
         Hear("new", listed, ListedAddress + listed, u"ORV-0043", 1);
         Hear("foreign", listed, 0x112233445566, u"Lamp", 0);

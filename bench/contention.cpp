@@ -132,8 +132,8 @@ int main() {
     bool first = true;
     std::printf("[");
     for (const bool sending : {false, true}) {
-        for (const std::size_t notifying : {1, 2, 4, 8}) {
-            for (const std::size_t receiving : {1, 2, 4, 8}) {
+        for (const std::size_t notifying : {1u, 2u, 4u, 8u}) {
+            for (const std::size_t receiving : {1u, 2u, 4u, 8u}) {
                 Round round{notifying, receiving, sending, {}, {}};
                 Run(round);
                 Print(round, "notification", std::move(round.notifications), first);

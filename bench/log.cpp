@@ -64,6 +64,8 @@ std::atomic<bool> enabled{false};
 const Registered lines([] {
     Measure(
         "log line, log off", Ours, 1000, [] {}, AppendLine);
+    Measure(
+        "log line, log off", Floor, 1000, [] {}, LookByHand);
     Logged("log line, log on", "00:00:00.000\ta line of the host's own, of some length\r\n",
            AppendLine);
     Logged("empty poll, log on", "00:00:00.000\tOrvDevice_Receive 1\r\n", [] {

@@ -26,7 +26,7 @@ namespace {
 std::uint8_t buffer[244];
 
 const Registered lookups([] {
-    for (const std::size_t count : {1, 16, 256}) {
+    for (const std::size_t count : {1u, 16u, 256u}) {
         const auto links = [count] {
             ArrangeLinks(count);
             ArrangeQueue(0);
