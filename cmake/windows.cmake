@@ -10,8 +10,9 @@ enable_language(RC)
 
 add_compile_definitions(WIN32_LEAN_AND_MEAN NOMINMAX)
 add_compile_options(
-    $<$<NOT:$<COMPILE_LANGUAGE:RC>>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>
-    $<$<NOT:$<COMPILE_LANGUAGE:RC>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
+    # The last one that fits is taken, and a build folder may lie among the sources.
+    $<$<NOT:$<COMPILE_LANGUAGE:RC>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
+    $<$<NOT:$<COMPILE_LANGUAGE:RC>>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
 # The protections are the linker's defaults; named, so that another default cannot drop one.
 add_link_options(-static -Wl,--no-insert-timestamp
                  -Wl,--high-entropy-va -Wl,--dynamicbase -Wl,--nxcompat)
