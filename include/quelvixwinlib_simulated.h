@@ -72,7 +72,7 @@ ORV_WORLD_API int32_t OrvWorld_Default(void);
 /*
  * Waits until every event and answer that is due has been delivered and its handler has returned.
  * Never call it while a handler is kept waiting by a lock that the calling thread will release.
- * Returns 0, or -1 when nothing has moved for 10 s of real time, or from inside a handler; the same
+ * Returns 0, or -1 when nothing has moved for 30 s of real time, or from inside a handler; the same
  * holds for OrvWorld_Reset, OrvWorld_Default and OrvWorld_PassTime, which do nothing more then.
  */
 ORV_WORLD_API int32_t OrvWorld_Settle(void);
@@ -103,7 +103,7 @@ ORV_WORLD_API int32_t OrvWorld_PassTime(int32_t milliseconds);
 /*
  * Waits until `count` threads are in a wait of the library. To be called before OrvWorld_PassTime
  * when another thread's wait is to see that time pass: that it has made the calls before its wait
- * does not say that the wait has begun. Returns 0, or -1 after 10 s of real time. Only where the
+ * does not say that the wait has begun. Returns 0, or -1 after 30 s of real time. Only where the
  * world is linked into the library; -1 elsewhere.
  */
 ORV_WORLD_API int32_t OrvWorld_AwaitWaits(int32_t count);

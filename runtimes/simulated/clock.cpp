@@ -12,10 +12,12 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-// In real time, without anything moving: then something is blocked for good.
-constexpr milliseconds Patience{10000};
+// How often it is looked whether anything has moved, before something counts as blocked for good.
+// Looks are counted instead of time, because a busy machine may take its time between them.
+constexpr milliseconds BetweenLooks{100};
+constexpr int Patience = 300;
 // The same while a wait of the library goes on, because the lock that it keeps may be what blocks.
-constexpr milliseconds PatienceDuringWaits{1000};
+constexpr int PatienceDuringWaits = 10;
 
 }  // namespace
 
@@ -115,7 +117,7 @@ void Clock::Wait(KernelEvent& event, milliseconds limit) {
 }
 
 bool Clock::AwaitWaits(Guard& guard, int count) {
-    return moved.wait_until(guard, steady_clock::now() + Patience, [&] {
+    return moved.wait_for(guard, Patience * BetweenLooks, [&] {
         int there = 0;
         for (const Waiter* waiter = waiters; waiter != nullptr; waiter = waiter->next) {
             there += waiter->Leaves() ? 0 : 1;
@@ -205,15 +207,20 @@ void Clock::Hold(Guard& guard, bool hold) {
 }
 
 template <typename Condition>
-bool Clock::AwaitProgress(Guard& guard, milliseconds patience, Condition condition) {
+bool Clock::AwaitProgress(Guard& guard, int patience, Condition condition) {
     unsigned long seen = delivery.Finished(guard);
-    steady_clock::time_point end = steady_clock::now() + patience;
+    int looks = 0;
+    steady_clock::time_point nextLook = steady_clock::now() + BetweenLooks;
     while (!condition()) {
-        moved.wait_until(guard, std::min(end, steady_clock::now() + milliseconds(100)));
+        moved.wait_until(guard, nextLook);
+        if (const steady_clock::time_point now = steady_clock::now(); now >= nextLook) {
+            ++looks;
+            nextLook = now + BetweenLooks;
+        }
         if (seen != delivery.Finished(guard)) {
             seen = delivery.Finished(guard);
-            end = steady_clock::now() + patience;
-        } else if (steady_clock::now() >= end) {
+            looks = 0;
+        } else if (looks >= patience) {
             return condition();
         }
     }

@@ -47,11 +47,11 @@ class Clock {
 
     void Hold(Guard& guard, bool hold);
     // Both wait for tasks, so no thread of the world may call them: false then, and when nothing
-    // has moved for 10 s of real time.
+    // has moved for 30 s of real time.
     bool Pass(Guard& guard, Duration duration);
     bool Settle(Guard& guard);
 
-    // Until so many threads are in a wait; false after 10 s of real time.
+    // Until so many threads are in a wait; false after 30 s of real time.
     bool AwaitWaits(Guard& guard, int count);
 
     void Wait(KernelEvent& event, std::chrono::milliseconds limit);
@@ -79,7 +79,7 @@ class Clock {
     bool ExpireDue(Guard& guard);
     Duration NextMoment(Duration last) const;
     template <typename Condition>
-    bool AwaitProgress(Guard& guard, std::chrono::milliseconds patience, Condition condition);
+    bool AwaitProgress(Guard& guard, int patience, Condition condition);
     void Remove(Waiter& waiter);
     void WakeAll();
     void StartTimerThread();
