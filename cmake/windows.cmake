@@ -9,8 +9,8 @@ list(APPEND CMAKE_MODULE_PATH ${PROJECT_SOURCE_DIR}/cmake/mingw)  # GoogleTest, 
 enable_language(RC)
 
 add_compile_definitions(WIN32_LEAN_AND_MEAN NOMINMAX)
+# The last one that fits is taken, and the build's folder may be inside that of the sources.
 add_compile_options(
-    # The last one that fits is taken, and a build folder may lie among the sources.
     $<$<NOT:$<COMPILE_LANGUAGE:RC>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
     $<$<NOT:$<COMPILE_LANGUAGE:RC>>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
 # The protections are the linker's defaults; named, so that another default cannot drop one.
