@@ -30,8 +30,8 @@ void OnDataReceived(const Reference<IGattCharacteristic>& sender,
         auto opened =
             Get(readers, &IDataReaderStatics::FromBuffer,
                 Get(arguments, &IGattValueChangedEventArgs::get_CharacteristicValue).Get());
-        // A variable that nobody was given the address of, so that the loop over the bytes need not
-        // read it again after each call.
+        // No call has ever seen this variable's address, so the pointer in it stays in a register
+        // through the loop over the bytes.
         const auto reader = std::move(opened);
         // One lock hold for the whole value: a receive sees either none or all of it. The link is
         // found by the characteristic, not by the address, which several links may share.

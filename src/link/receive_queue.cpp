@@ -6,13 +6,6 @@
 
 namespace orv {
 
-ReceiveQueue::ReceiveQueue(ReceiveQueue&& other) noexcept
-    : first(std::exchange(other.first, nullptr)),
-      last(std::exchange(other.last, nullptr)),
-      firstBegin(std::exchange(other.firstBegin, 0)),
-      lastEnd(std::exchange(other.lastEnd, 0)),
-      size(std::exchange(other.size, 0)) {}
-
 std::size_t ReceiveQueue::Take(std::uint8_t* target, std::size_t count) {
     const std::size_t taken = std::min(count, size);
     for (std::size_t left = taken; left > 0;) {

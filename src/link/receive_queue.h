@@ -15,8 +15,8 @@ namespace orv {
 class ReceiveQueue {
   public:
     ReceiveQueue() = default;
-    ReceiveQueue(ReceiveQueue&& other) noexcept;
-    ReceiveQueue& operator=(ReceiveQueue&&) = delete;
+    ReceiveQueue(const ReceiveQueue&) = delete;
+    ReceiveQueue& operator=(const ReceiveQueue&) = delete;
     ~ReceiveQueue() { Clear(); }
 
     std::size_t Size() const { return size; }
