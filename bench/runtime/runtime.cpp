@@ -165,5 +165,11 @@ void CloseKernelEvent(EventHandle event) {
     std::free(event);
 }
 
+INT64 SystemTimeMs() noexcept {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+               std::chrono::system_clock::now().time_since_epoch())
+        .count();
+}
+
 }  // namespace runtime
 }  // namespace orv

@@ -34,11 +34,28 @@ Duration Clock::Time(Guard&) const {
     return simulated ? passed : passed + (steady_clock::now() - realStart);
 }
 
+void Clock::MoveTo(Guard&, Duration moment) {
+    passed = std::max(passed, moment);
+    systemTime = systemTimeAtBeginning + (passed - beginning);
+}
+
+milliseconds Clock::RealSystemTime() {
+    return std::chrono::duration_cast<milliseconds>(
+        std::chrono::system_clock::now().time_since_epoch());
+}
+
+milliseconds Clock::SystemTime() const {
+    const Duration time = systemTime;
+    return time == RealTime ? RealSystemTime() : std::chrono::duration_cast<milliseconds>(time);
+}
+
 Clock::Timers Clock::Begin(Guard& guard, bool simulatedTime) {
     passed = Time(guard);
     beginning = passed;
     realStart = steady_clock::now();
     simulated = simulatedTime;
+    systemTimeAtBeginning = RealSystemTime();
+    systemTime = simulated ? systemTimeAtBeginning : RealTime;
     held = false;
     Timers forgotten;
     forgotten.swap(timers);
@@ -195,7 +212,7 @@ void Clock::Advance(Guard& guard) {
     // At one moment, what is due goes before the waits that end then.
     while (simulated && !held && waiters != nullptr && IsIdle(guard)) {
         if (!ExpireDue(guard)) {
-            passed = std::max(passed, NextMoment(waiters->deadline));
+            MoveTo(guard, NextMoment(waiters->deadline));
             FireDue(guard);
         }
     }
@@ -249,7 +266,7 @@ bool Clock::Pass(Guard& guard, Duration duration) {
         if (passed >= target) {
             break;
         }
-        passed = std::max(passed, NextMoment(target));
+        MoveTo(guard, NextMoment(target));
         FireDue(guard);
     }
     if (waiters != nullptr) {

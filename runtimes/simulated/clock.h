@@ -1,6 +1,7 @@
 // The world's clock: simulated or real time, what is due on it, and the waits that end by it.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -54,6 +55,10 @@ class Clock {
     // Until so many threads are in a wait; false after 30 s of real time.
     bool AwaitWaits(Guard& guard, int count);
 
+    // Since 1970. Simulated: the real time of the latest beginning, and what has passed since.
+    std::chrono::milliseconds SystemTime() const;
+    static std::chrono::milliseconds RealSystemTime();
+
     void Wait(KernelEvent& event, std::chrono::milliseconds limit);
     void Set(KernelEvent& event);
 
@@ -71,6 +76,7 @@ class Clock {
     };
 
     Duration Time(Guard& guard) const;
+    void MoveTo(Guard& guard, Duration moment);
     void FireDue(Guard& guard);
     void Fire(Guard& guard, Timer timer);
     void Advance(Guard& guard);
@@ -99,6 +105,10 @@ class Clock {
     // The time that has passed; on real time, until `realStart`.
     Duration passed{0};
     std::chrono::steady_clock::time_point realStart;
+    Duration systemTimeAtBeginning{0};
+    // Read without the mutex, so that writing a log line orders nothing. RealTime on real time.
+    static constexpr Duration RealTime{-1};
+    std::atomic<Duration> systemTime{RealTime};
 };
 
 }  // namespace orv::simulated

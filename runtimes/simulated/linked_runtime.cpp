@@ -107,5 +107,13 @@ void CloseKernelEvent(EventHandle event) {
     delete static_cast<KernelEvent*>(event);
 }
 
+INT64 SystemTimeMs() noexcept {
+    try {
+        return World::Get().clock.SystemTime().count();
+    } catch (...) {
+        return simulated::Clock::RealSystemTime().count();
+    }
+}
+
 }  // namespace runtime
 }  // namespace orv

@@ -1,10 +1,10 @@
 #include "frame/diagnostics_log.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <limits>
 
+#include "platform/runtime.h"
 #include "platform/text.h"
 #include "quelvixwinlib.h"
 
@@ -22,9 +22,7 @@ void AppendPadded(Text& line, int value, int firstPlace) {
 
 // "hh:mm:ss.mmm" and a tab. One reading of the clock gives both the second and its milliseconds.
 void AppendStamp(Text& line) {
-    const auto now = std::chrono::system_clock::now();
-    const auto sinceEpoch =
-        std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count();
+    const INT64 sinceEpoch = runtime::SystemTimeMs();
     const std::tm time = system::ToLocalTime(static_cast<std::time_t>(sinceEpoch / 1000));
     AppendPadded(line, time.tm_hour, 10);
     line.Append(':');

@@ -1,7 +1,7 @@
 // What the library asks of the Windows Runtime beside the interfaces in abi/: factories, the
-// apartment, marshalers, and the kernel events that waits sleep on. `runtime_windows.cpp` asks the
-// system; a runtime that is linked into the library defines these functions itself, and with the
-// events it owns the clock by which time limits pass.
+// apartment, marshalers, the kernel events that waits sleep on, and the time. `runtime_windows.cpp`
+// asks the system; a runtime that is linked into the library defines these functions itself, and
+// owns the clock by which time limits pass and log lines are stamped.
 #pragma once
 
 #include "platform/abi/base.h"
@@ -31,5 +31,8 @@ void SetKernelEvent(EventHandle event);
 // Sleeps until the event is set or the limit has passed. Which of them it was is not told.
 void WaitForKernelEvent(EventHandle event, UINT32 limitMs);
 void CloseKernelEvent(EventHandle event);
+
+// Milliseconds since 1970, UTC.
+INT64 SystemTimeMs() noexcept;
 
 }  // namespace orv::runtime

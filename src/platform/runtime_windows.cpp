@@ -4,6 +4,7 @@
 // clang-format off
 #include "platform/runtime.h"
 
+#include <chrono>
 #include <string_view>
 
 #include <windows.h>
@@ -131,6 +132,12 @@ void WaitForKernelEvent(EventHandle event, UINT32 limitMs) {
 
 void CloseKernelEvent(EventHandle event) {
     CloseHandle(event);
+}
+
+INT64 SystemTimeMs() noexcept {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+               std::chrono::system_clock::now().time_since_epoch())
+        .count();
 }
 
 }  // namespace orv::runtime

@@ -72,6 +72,7 @@ TEST_F(LogTest, StampIsTheLocalTime) {
         std::strftime(text, sizeof text, "%H:%M:%S", std::localtime(&seconds));
         return std::string(text);
     };
+    OrvWorld_Reset(0);
     std::time_t second = std::time(nullptr);
     Append("now");
     const std::time_t last = std::time(nullptr);
@@ -81,6 +82,20 @@ TEST_F(LogTest, StampIsTheLocalTime) {
         ++second;
     }
     EXPECT_EQ(localTime(second), stamp);
+}
+
+TEST_F(LogTest, StampFollowsSimulatedTime) {
+    const auto stamp = [](const std::string& line) {
+        int hour = 0, minute = 0, second = 0, millisecond = 0;
+        std::sscanf(line.c_str(), "%d:%d:%d.%d", &hour, &minute, &second, &millisecond);
+        return ((hour * 60 + minute) * 60 + second) * 1000 + millisecond;
+    };
+    Append("");
+    OrvWorld_PassTime(61007);
+    Append("");
+    const std::string bytes = LogBytes();
+    const int passed = stamp(bytes.substr(15)) - stamp(bytes);
+    EXPECT_EQ((passed + 86400000) % 86400000, 61007);
 }
 
 TEST_F(LogTest, WritesNothingWhileOff) {
