@@ -1,0 +1,65 @@
+#include "orv/log/commands.h"
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "orv/log/explain_command.h"
+#include "orv/log/follow_command.h"
+#include "orv/log/report_command.h"
+
+namespace orv::log {
+
+namespace {
+
+// What all three ask for.
+struct Options {
+    std::string path;
+    Threads threads = Threads::One;
+    bool json = false;
+    std::string output = "report.html";
+};
+
+CLI::App* AddCommand(CLI::App* log, const char* name, const char* description, Options& options) {
+    CLI::App* command = log->add_subcommand(name, description);
+    command
+        ->add_option("FILE", options.path, "The log: it lies beside the library, with .log added")
+        ->required();
+    command
+        ->add_option("--threads", options.threads,
+                     "Whether the host calls from one thread or from many; matters only for a log "
+                     "without result lines")
+        ->transform(CLI::CheckedTransformer(
+            std::map<std::string, Threads>{{"one", Threads::One}, {"many", Threads::Many}}))
+        ->option_text("one|many");
+    return command;
+}
+
+}  // namespace
+
+void AddLogCommands(CLI::App& app, int& exitStatus) {
+    const auto options = std::make_shared<Options>();  // lives as long as the callbacks
+    CLI::App* log = app.add_subcommand("log", "Read a diagnostics log and tell why calls failed");
+    log->require_subcommand(1);
+
+    CLI::App* explain =
+        AddCommand(log, "explain", "List the calls with their likely causes", *options);
+    explain->add_flag("--json", options->json, "Write one JSON object");
+    explain->callback([options, &exitStatus] {
+        exitStatus = ExplainLog(options->path, options->threads, options->json);
+    });
+
+    AddCommand(log, "follow", "Explain while the log is written, until Ctrl-C", *options)
+        ->callback(
+            [options, &exitStatus] { exitStatus = FollowLog(options->path, options->threads); });
+
+    CLI::App* report =
+        AddCommand(log, "report", "Write a page with timeline, signals and causes", *options);
+    report->add_option("--output", options->output, "The page to write")
+        ->option_text("PAGE.html [report.html]");
+    report->callback([options, &exitStatus] {
+        exitStatus = WriteReport(options->path, options->threads, options->output);
+    });
+}
+
+}  // namespace orv::log

@@ -1,0 +1,34 @@
+#include "orv/log/findings.h"
+
+#include <algorithm>
+
+namespace orv::log {
+
+namespace {
+
+struct Collector : Listener {
+    explicit Collector(Findings& into) : findings(into) {}
+    void OnCall(const Call& call) override { findings.calls.push_back(call); }
+    void OnNote(const Note& note) override { findings.notes.push_back(note); }
+    Findings& findings;
+};
+
+}  // namespace
+
+Findings FindAll(std::string_view bytes, Threads threads) {
+    Findings findings{HasResults(bytes), threads, {}, {}, {}};
+    Collector collector(findings);
+    Analysis analysis(collector, findings.hasResults, threads);
+    analysis.Feed(bytes);
+    analysis.End();
+    findings.totals = analysis.Sums();
+    std::sort(findings.calls.begin(), findings.calls.end(),
+              [](const Call& one, const Call& other) { return one.line < other.line; });
+    // Line 0, the whole log, becomes the largest.
+    std::stable_sort(
+        findings.notes.begin(), findings.notes.end(),
+        [](const Note& one, const Note& other) { return one.line - 1 < other.line - 1; });
+    return findings;
+}
+
+}  // namespace orv::log

@@ -1,0 +1,14 @@
+// `orv log follow`.
+#pragma once
+
+#include <string>
+
+#include "orv/log/history.h"
+
+namespace orv::log {
+
+// Runs until the program is interrupted; gives the exit status. A file that is not there yet is
+// waited for.
+int FollowLog(const std::string& path, Threads threads);
+
+}  // namespace orv::log

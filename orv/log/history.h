@@ -1,0 +1,70 @@
+// The entries of a log put together: each call with its result, its failures and its time.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <vector>
+
+#include "orv/log/call.h"
+#include "orv/log/presence.h"
+
+namespace orv::log {
+
+// How far the order of a log's lines tells when a call ended.
+enum class Threads : std::uint8_t {
+    One,   // the next call shows that the one before has ended
+    Many,  // calls may overlap
+};
+
+class History {
+  public:
+    // `hasResults`: the host writes result lines, so a call has ended only when its own is there.
+    // Without them the log cannot tell threads apart, and `threads` says what to assume. `onCall`
+    // is called for each call when it has ended, `onForeign` for a failure line that was written
+    // while no call ran, by a callback.
+    History(bool hasResults, Threads threads, std::function<void(const Call&)> onCall,
+            std::function<void(const Entry&)> onForeign);
+
+    void Add(const Entry& entry);
+    // Ends the calls that are still open.
+    void End();
+
+    // Result lines of calls that began before the log.
+    std::uint64_t UnmatchedResults() const { return unmatchedResults; }
+
+  private:
+    struct OpenCall {
+        Call call;
+        PresenceBook::Snapshot begin;
+    };
+    struct LockHold {
+        Family family;
+        std::int64_t from, to;
+    };
+
+    void AddCall(const Entry& entry);
+    void AddResult(const Entry& entry);
+    void AddFailure(const Entry& entry);
+    void AddNotification(const Entry& entry);
+    void EndWhatMustHaveEnded(std::int64_t time);
+    void Finish(std::size_t index, std::int64_t end);
+    std::int64_t LockWaitOf(const Call& call, std::int64_t end) const;
+    bool CallbackMayFail(const Call& call, std::int64_t time) const;
+    void Conclude(Call& call) const;
+
+    bool hasResults;
+    Threads threads;
+    std::function<void(const Call&)> onCall;
+    std::function<void(const Entry&)> onForeign;
+    std::vector<OpenCall> open;  // in the order of their trace lines
+    std::deque<LockHold> holds;  // of calls that have ended
+    PresenceBook book;
+    std::int64_t latest = 0;
+    std::int64_t latestCallback = -1'000'000;
+    std::uint64_t scansStarted = 0;  // Start and Connect leave handlers that may fail
+    std::uint64_t linksStarted = 0;
+    std::uint64_t unmatchedResults = 0;
+};
+
+}  // namespace orv::log

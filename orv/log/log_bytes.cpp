@@ -1,0 +1,24 @@
+#include "orv/log/log_bytes.h"
+
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+namespace orv::log {
+
+std::optional<std::string> ReadBytes(const std::string& path, std::uint64_t offset) {
+    const std::filesystem::path place(std::u8string(path.begin(), path.end()));
+    std::error_code problem;
+    const std::uintmax_t size = std::filesystem::file_size(place, problem);
+    std::ifstream file(place, std::ios::binary);
+    if (problem || !file) {
+        return std::nullopt;
+    }
+    std::string bytes(size > offset ? static_cast<std::size_t>(size - offset) : 0, '\0');
+    file.seekg(static_cast<std::streamoff>(offset));
+    file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    bytes.resize(static_cast<std::size_t>(file.gcount()));
+    return bytes;
+}
+
+}  // namespace orv::log

@@ -1,0 +1,168 @@
+#include "orv/log/presence.h"
+
+#include <algorithm>
+
+namespace orv::log {
+
+namespace {
+
+bool IsCreating(Function function) {
+    return function == Function::Connect;
+}
+
+bool IsRemoving(Function function) {
+    return function == Function::Disconnect || function == Function::Deinitialize;
+}
+
+// -1 without a failure line: the call was refused.
+bool Refused(const Call& call) {
+    return call.result == -1 && call.failures.count == 0;
+}
+
+bool Succeeded(const Call& call) {
+    return call.result && *call.result >= 0;
+}
+
+}  // namespace
+
+Presence Existence::Now() const {
+    if (atLeast > 0) {
+        return Presence::Present;
+    }
+    return noOther ? Presence::Absent : Presence::Unknown;
+}
+
+Existence& PresenceBook::Of(const Subject& subject) {
+    return FactsOf(subject.function).family == Family::Link ? links[subject.handle]
+                                                            : sessions[subject.handle];
+}
+
+PresenceBook::Snapshot PresenceBook::Begin(const Subject& call) {
+    ++now;
+    if (call.function == Function::Available) {
+        return {};
+    }
+    if (call.function == Function::Initialize) {
+        ++initializing;
+        return {};
+    }
+    Existence& existence = Of(call);
+    if (call.function == Function::Start) {
+        existence.listed = 0;
+        existence.lastEmptied = now;
+    }
+    existence.creating += IsCreating(call.function) ? 1 : 0;
+    existence.removing += IsRemoving(call.function) ? 1 : 0;
+    const bool session = FactsOf(call.function).family == Family::Scanner;
+    Presence presence = existence.Now();
+    if (session && call.ScannerId() < 0) {
+        presence = Presence::Absent;
+    } else if (presence == Presence::Absent && (session ? initializing : existence.creating) > 0) {
+        presence = Presence::Unknown;
+    } else if (presence == Presence::Present && existence.removing > 0 &&
+               !(existence.removing == 1 && IsRemoving(call.function))) {
+        presence = Presence::Unknown;
+    }
+    return {now, presence, existence.listed};
+}
+
+void PresenceBook::End(Call& call, const Snapshot& begin) {
+    ++now;
+    if (call.subject.function == Function::Available) {
+        return;
+    }
+    if (call.subject.function == Function::Initialize) {
+        --initializing;
+        lastInitialized = now;
+        if (Succeeded(call)) {
+            Existence& created = sessions[static_cast<std::uint32_t>(*call.result)];
+            created.atLeast = 1;
+            created.listed = 0;
+            created.lastEmptied = now;
+        }
+        return;
+    }
+    Existence& existence = Of(call.subject);
+    existence.creating -= IsCreating(call.subject.function) ? 1 : 0;
+    existence.removing -= IsRemoving(call.subject.function) ? 1 : 0;
+
+    const bool session = FactsOf(call.subject.function).family == Family::Scanner;
+    const bool added = session ? initializing > 0 || lastInitialized > begin.moment
+                               : existence.creating > 0 || existence.lastAdded > begin.moment;
+    const bool removed = existence.removing > 0 || existence.lastRemoved > begin.moment;
+    const bool negative = session && call.subject.ScannerId() < 0;
+    const bool changed = !negative && (begin.presence == Presence::Absent ? added : removed);
+    call.presence = changed ? Presence::Unknown : begin.presence;
+    call.indexListed = existence.lastEmptied <= begin.moment && call.subject.number >= 0 &&
+                       call.subject.number < begin.listed;
+    if (session) {
+        LearnSession(call, existence);
+    } else {
+        LearnLink(call, existence);
+    }
+}
+
+void PresenceBook::LearnSession(const Call& call, Existence& existence) {
+    switch (call.subject.function) {
+        case Function::Deinitialize:
+            existence.atLeast = 0;
+            existence.noOther = call.result && (Succeeded(call) || Refused(call));
+            existence.lastRemoved = now;
+            return;
+        case Function::Start:
+            existence.listed = 0;
+            existence.lastEmptied = now;
+            break;
+        case Function::GetDeviceCount:
+            existence.listed = std::max(existence.listed, call.result.value_or(0));
+            break;
+        case Function::GetDeviceInfo:
+            if (Succeeded(call)) {
+                existence.listed = std::max(existence.listed, call.subject.number + 1);
+                existence.atLeast = 1;
+            }
+            return;  // its -1 has further reasons
+        default:
+            break;
+    }
+    if (Succeeded(call)) {
+        existence.atLeast = 1;
+    } else if (Refused(call)) {
+        existence.atLeast = 0;
+        existence.noOther = true;
+    }
+}
+
+void PresenceBook::LearnLink(Call& call, Existence& existence) {
+    switch (call.subject.function) {
+        case Function::Connect:
+            existence.lastAdded = now;
+            if (Succeeded(call)) {
+                ++existence.atLeast;
+            } else if (!call.result) {
+                existence.noOther = false;
+            }
+            return;
+        case Function::Disconnect:
+            existence.lastRemoved = now;
+            if (Refused(call)) {
+                existence.atLeast = 0;
+                existence.noOther = true;
+            } else if (Succeeded(call) || !call.result) {
+                existence.atLeast = std::max(existence.atLeast - 1, 0);
+                call.lastLink = existence.atLeast == 0;
+            }
+            return;
+        default:
+            break;
+    }
+    if (Succeeded(call) && existence.atLeast == 0) {
+        existence.atLeast = 1;
+        existence.noOther = false;
+    } else if (Refused(call) && call.subject.function == Function::Flush) {
+        existence.atLeast = 0;
+        existence.noOther = true;
+    }
+}
+
+}  // namespace orv::log

@@ -1,0 +1,13 @@
+// `orv log report`.
+#pragma once
+
+#include <string>
+
+#include "orv/log/history.h"
+
+namespace orv::log {
+
+// Writes the page to `output`; gives the exit status.
+int WriteReport(const std::string& path, Threads threads, const std::string& output);
+
+}  // namespace orv::log

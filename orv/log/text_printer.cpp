@@ -1,0 +1,149 @@
+#include "orv/log/text_printer.h"
+
+#include <algorithm>
+
+#include "orv/log/explain.h"
+#include "orv/log/wait_times.h"
+#include "orv/log/words.h"
+#include "orv/terminal/printable.h"
+
+namespace orv::log {
+
+namespace {
+
+constexpr const char* Red = "31";
+constexpr const char* Yellow = "33";
+constexpr const char* Green = "32";
+constexpr const char* Dim = "2";
+
+std::string Padded(std::string text, std::size_t width) {
+    text.resize(std::max(text.size(), width), ' ');
+    return text;
+}
+
+std::string OutcomeWords(const Call& call) {
+    if (!call.result) {
+        return "unknown";
+    }
+    if (*call.result == -1) {
+        return call.resultLogged ? "failed" : "failed, it seems";
+    }
+    return *call.result == 0 ? "ok" : "ok, " + std::to_string(*call.result);
+}
+
+// Without a result there is something to explain only where the log shows a sign of failure.
+bool HasSign(const Call& call) {
+    const std::int64_t longest = call.duration.atMost.value_or(0);
+    return call.result || call.failures.count > 0 || call.logEnded ||
+           (FactsOf(call.subject.function).waits > 0 && longest >= WaitLimit - Early);
+}
+
+bool AreAlike(const Call& one, const Call& other) {
+    return one.subject == other.subject && OutcomeWords(one) == OutcomeWords(other);
+}
+
+std::string SuspectWords(const Call& call, const Suspect& suspect) {
+    std::string words(TextsOf(suspect.cause).what);
+    if (suspect.steps != 0) {
+        words += ", while " + StepWords(call.subject.function, suspect.steps);
+    }
+    return words;
+}
+
+}  // namespace
+
+TextPrinter::TextPrinter(std::FILE* to, bool withColours) : file(to), colours(withColours) {}
+
+std::string TextPrinter::Coloured(const char* colour, const std::string& text) const {
+    return colours ? "\x1B[" + std::string(colour) + "m" + text + "\x1B[0m" : text;
+}
+
+void TextPrinter::PrintLine(const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), file);
+    std::fputc('\n', file);
+}
+
+void TextPrinter::Detail(const std::string& text) {
+    PrintLine("              " + text);
+}
+
+void TextPrinter::Print(const Call& call) {
+    const Suspects suspects = HasSign(call) ? Explain(call) : Suspects{};
+    const bool quiet = suspects.empty() && call.failures.count == 0;
+    if (pending && quiet && AreAlike(*pending, call)) {
+        ++pendingTimes;
+        return;
+    }
+    Flush();
+    if (quiet) {
+        pending = call;
+        pendingTimes = 1;
+        return;
+    }
+    PrintCall(call, 1);
+    PrintFailures(call);
+    PrintSuspects(call, suspects);
+}
+
+void TextPrinter::Flush() {
+    if (pending) {
+        PrintCall(*pending, pendingTimes);
+        pending.reset();
+    }
+    std::fflush(file);
+}
+
+void TextPrinter::PrintCall(const Call& call, int times) {
+    const bool failed = call.result == -1;
+    const char* colour = failed ? Red : call.result ? Green : Dim;
+    PrintLine(Coloured(Dim, StampWords(call.stamp)) + "  " + Padded(CallWords(call.subject), 44) +
+              "  " + Coloured(colour, Padded(OutcomeWords(call), 10)) + "  " +
+              (times > 1 ? std::to_string(times) + " times" : DurationWords(call.duration)));
+}
+
+void TextPrinter::PrintFailures(const Call& call) {
+    const Failures& failures = call.failures;
+    if (failures.count == 0) {
+        return;
+    }
+    std::string words = Count(failures.count, "failure line") + ", the first after " +
+                        std::to_string(failures.first) + " ms: " + Printable(failures.text);
+    if (failures.owner == Owner::ThisOrCallback) {
+        words += " (or it is a callback's)";
+    } else if (failures.owner == Owner::ThisOrOther) {
+        words += " (or it is another call's or a callback's)";
+    }
+    Detail(words);
+}
+
+void TextPrinter::PrintSuspects(const Call& call, const Suspects& suspects) {
+    if (suspects.size() > 1 || !call.result) {
+        Detail(call.result == -1 ? "One of:"
+               : call.result     ? "Slow because of one of:"
+                                 : "If it failed, one of:");
+    }
+    for (const Suspect& suspect : suspects) {
+        Detail(Coloured(Yellow, "* " + SuspectWords(call, suspect)));
+        if (told.insert(suspect.cause).second) {
+            Detail("    sign: " + std::string(TextsOf(suspect.cause).tell));
+            Detail("    do:   " + std::string(TextsOf(suspect.cause).advice));
+        }
+    }
+}
+
+void TextPrinter::Print(const Note& note) {
+    Flush();
+    const std::string place =
+        note.line > 0 ? Coloured(Dim, StampWords(note.stamp)) + "  " : std::string(14, ' ');
+    PrintLine(place + Coloured(Yellow, "Note: " + FactsOf(note)));
+    if (!toldNotes.insert(note.kind).second) {
+        return;
+    }
+    const NoteTexts& texts = TextsOf(note.kind);
+    Detail("    why:  " + std::string(texts.means));
+    if (!texts.advice.empty()) {
+        Detail("    do:   " + std::string(texts.advice));
+    }
+}
+
+}  // namespace orv::log
