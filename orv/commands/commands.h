@@ -1,0 +1,14 @@
+// The commands, a file each. What a command cannot do it throws as a Problem.
+#pragma once
+
+#include "orv/session.h"
+
+namespace orv {
+
+void AddCheckCommand(CLI::App& app, SessionOptions& session);
+void AddScanCommand(CLI::App& app, SessionOptions& session);
+void AddTalkCommand(CLI::App& app, SessionOptions& session);
+void AddSendCommand(CLI::App& app, SessionOptions& session);
+void AddReceiveCommand(CLI::App& app, SessionOptions& session);
+
+}  // namespace orv

@@ -1,0 +1,45 @@
+// orv: a command-line host for devices of the ORV family.
+#include <algorithm>
+#include <cstdio>
+
+#include "orv/commands/commands.h"
+#include "orv/log/commands.h"
+#include "orv/terminal/terminal.h"
+
+namespace {
+
+int Run(std::vector<std::string> arguments) {
+    CLI::App app("Bluetooth Low Energy devices whose names begin with \"ORV\", on a command line.",
+                 "orv");
+    app.require_subcommand(1);
+    app.footer(
+        "\nExample:\n  orv --simulated scan\n\nHelp on a command, with its exit statuses:\n"
+        "  orv scan --help");
+    orv::SessionOptions session;
+    orv::AddSessionOptions(app, session);
+    orv::AddCheckCommand(app, session);
+    orv::AddScanCommand(app, session);
+    //    orv::AddTalkCommand(app, session);
+    //    orv::AddSendCommand(app, session);
+    //    orv::AddReceiveCommand(app, session);
+
+    int exitStatus = 0;
+    orv::log::AddLogCommands(app, exitStatus);
+    try {
+        std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
+        app.parse(arguments);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : static_cast<int>(orv::ExitStatus::BadUsage);
+    } catch (const orv::Problem& problem) {
+        fflush(stdout);
+        fprintf(stderr, "orv: %s\n", problem.what());
+        return static_cast<int>(problem.status);
+    }
+    return exitStatus;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return Run(orv::terminal::Start(argc, argv));
+}

@@ -1,0 +1,90 @@
+#include <errno.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include "orv/terminal/terminal.h"
+
+namespace orv::terminal {
+
+namespace {
+
+volatile sig_atomic_t interrupted = 0;
+
+void OnSignal(int) {
+    interrupted = 1;
+}
+
+termios before;
+bool isRaw = false;
+
+}  // namespace
+
+std::vector<std::string> Start(int argc, char** argv) {
+    return {argv + (argc > 0 ? 1 : 0), argv + argc};
+}
+
+bool IsOutput() {
+    const char* kind = getenv("TERM");
+    return isatty(STDOUT_FILENO) && kind && *kind && strcmp(kind, "dumb") != 0;
+}
+
+bool IsInput() {
+    return isatty(STDIN_FILENO);
+}
+
+Size SizeOf() {
+    winsize size = {};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0) {
+        return {80, 24};
+    }
+    return {size.ws_col, size.ws_row};
+}
+
+void CatchInterrupts() {
+    struct sigaction action = {};
+    action.sa_handler = OnSignal;
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        sigaction(number, &action, nullptr);
+    }
+}
+
+bool IsInterrupted() {
+    return interrupted != 0;
+}
+
+RawInput::RawInput() {
+    isRaw = IsInput() && tcgetattr(STDIN_FILENO, &before) == 0;
+    if (isRaw) {
+        termios raw = before;
+        raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+        raw.c_cc[VMIN] = 1;
+        raw.c_cc[VTIME] = 0;
+        tcsetattr(STDIN_FILENO, TCSANOW, &raw);
+    }
+}
+
+RawInput::~RawInput() {
+    if (isRaw) {
+        tcsetattr(STDIN_FILENO, TCSANOW, &before);
+        isRaw = false;
+    }
+}
+
+std::optional<std::string> ReadInput() {
+    char bytes[4096];
+    for (;;) {
+        const ssize_t count = read(STDIN_FILENO, bytes, sizeof bytes);
+        if (count > 0) {
+            return std::string(bytes, static_cast<std::size_t>(count));
+        }
+        if (count == 0 || errno != EINTR) {
+            return std::nullopt;
+        }
+    }
+}
+
+}  // namespace orv::terminal
