@@ -90,16 +90,23 @@ std::string_view StepName(Function function, int step) {
 }
 
 std::string StepWords(Function function, Steps steps) {
+    const int count = FactsOf(function).waits;
+    const auto from = [count](int first) { return (1 << count) - (1 << first); };
+    if (count > 2 && steps == from(0)) {
+        return "in any of its steps";
+    }
     std::string words;
-    for (int step = 0; step < 8; ++step) {
+    for (int step = 0; step < count; ++step) {
         if ((steps >> step & 1) == 0) {
             continue;
         }
-        const bool last = steps >> (step + 1) == 0;
-        if (!words.empty()) {
-            words += last ? " or " : ", ";
+        const std::string name(StepName(function, step));
+        if (steps == from(step) && count - step > 2) {
+            return words + "while " + name + " or in a later step";
         }
-        words += StepName(function, step);
+        const bool last = steps >> (step + 1) == 0;
+        words += words.empty() ? "while " : last ? " or " : ", ";
+        words += name;
     }
     return words;
 }

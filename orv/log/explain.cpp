@@ -19,16 +19,18 @@ struct Collector {
     const Call& call;
     Suspects suspects;
 
-    void Add(Cause cause) { suspects.push_back({cause}); }
-    void AddSteps(Cause cause, Steps steps) {
+    void Add(Cause cause, Steps steps = 0) {
         for (Suspect& known : suspects) {
             if (known.cause == cause) {
                 known.steps = static_cast<Steps>(known.steps | steps);
                 return;
             }
         }
+        suspects.push_back({cause, steps});
+    }
+    void AddSteps(Cause cause, Steps steps) {
         if (steps != 0) {
-            suspects.push_back({cause, steps});
+            Add(cause, steps);
         }
     }
 
@@ -79,7 +81,7 @@ void AddSilentConnect(Collector& found, const WaitTimes& times, Steps among) {
     const Steps answered = times.Answered(5) & among;
     found.AddSteps(Cause::LimitPassed, times.Missed(5) & among);
     if (answered & 1) {
-        found.AddSteps(Cause::UnknownDevice, 1);
+        found.Add(Cause::UnknownDevice);
     }
     found.AddSteps(Cause::Refused, answered & WithService);
     found.AddSteps(Cause::Ended, answered);

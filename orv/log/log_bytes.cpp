@@ -1,13 +1,16 @@
 #include "orv/log/log_bytes.h"
 
-#include <filesystem>
 #include <fstream>
 #include <system_error>
 
 namespace orv::log {
 
+std::filesystem::path PathOf(const std::string& path) {
+    return std::u8string(path.begin(), path.end());
+}
+
 std::optional<std::string> ReadBytes(const std::string& path, std::uint64_t offset) {
-    const std::filesystem::path place(std::u8string(path.begin(), path.end()));
+    const std::filesystem::path place = PathOf(path);
     std::error_code problem;
     const std::uintmax_t size = std::filesystem::file_size(place, problem);
     std::ifstream file(place, std::ios::binary);

@@ -45,7 +45,7 @@ bool AreAlike(const Call& one, const Call& other) {
 std::string SuspectWords(const Call& call, const Suspect& suspect) {
     std::string words(TextsOf(suspect.cause).what);
     if (suspect.steps != 0) {
-        words += ", while " + StepWords(call.subject.function, suspect.steps);
+        words += ", " + StepWords(call.subject.function, suspect.steps);
     }
     return words;
 }

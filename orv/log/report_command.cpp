@@ -1,0 +1,49 @@
+#include "orv/log/report_command.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+
+#include "orv/log/log_bytes.h"
+#include "orv/log/report_json.h"
+#include "orv/log/report_page.h"
+#include "orv/terminal/printable.h"
+
+namespace orv::log {
+
+namespace {
+
+std::string PageOf(const std::string& path, std::string_view bytes, Threads threads) {
+    ReportCollector collected;
+    const bool hasResults = HasResults(bytes);
+    Analysis analysis(collected, hasResults, threads);
+    analysis.Feed(bytes);
+    analysis.End();
+    std::string page(PageBeforeData);
+    page += ReportJson({path, hasResults, threads, analysis.Sums()}, collected);
+    page += PageAfterData;
+    return page;
+}
+
+}  // namespace
+
+int WriteReport(const std::string& path, Threads threads, const std::string& output) {
+    const std::optional<std::string> bytes = ReadBytes(path);
+    if (!bytes) {
+        std::fprintf(stderr, "%s cannot be read\n", Printable(path).c_str());
+        return 1;
+    }
+    const std::string page = PageOf(path, *bytes, threads);
+    std::ofstream file(PathOf(output), std::ios::binary);
+    file.write(page.data(), static_cast<std::streamsize>(page.size()));
+    file.close();
+    if (!file) {
+        std::fprintf(stderr, "%s cannot be written\n", Printable(output).c_str());
+        return 1;
+    }
+    std::printf("%s\n", Printable(output).c_str());
+    return 0;
+}
+
+}  // namespace orv::log

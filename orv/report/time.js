@@ -1,0 +1,34 @@
+// Times of the log: milliseconds since its first line, shown as the time of day that it carries.
+
+const two = (number) => String(number).padStart(2, "0");
+
+// `parts` of the time below the second: "", or three digits.
+function timeOfDay(ms, withMs) {
+    const day = 24 * 3600 * 1000;
+    const time = (((Math.round(ms) + data.firstStamp) % day) + day) % day;
+    const seconds = Math.floor(time / 1000);
+    const text =
+        two(Math.floor(seconds / 3600)) + ":" + two(Math.floor(seconds / 60) % 60) + ":" + two(seconds % 60);
+    return withMs ? text + "." + String(time % 1000).padStart(3, "0") : text;
+}
+
+// "2.5 s", "3 min 20 s".
+function lengthOfTime(ms) {
+    if (ms < 1000) return ms + " ms";
+    if (ms < 60000) return (ms / 1000).toFixed(1) + " s";
+    const minutes = Math.floor(ms / 60000);
+    return minutes < 60
+        ? minutes + " min " + Math.floor((ms / 1000) % 60) + " s"
+        : Math.floor(minutes / 60) + " h " + (minutes % 60) + " min";
+}
+
+// Labels of a time axis; with milliseconds where its marks stand closer than a second.
+function timeLabels(chart, marks, axis, space, step) {
+    return marks.map((mark) => timeOfDay(mark, step < 1000));
+}
+
+// Distances that a clock's divisions suggest, in ms.
+const timeSteps = [1, 2, 5, 10, 20, 50, 100, 200, 500].concat(
+    [1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600, 7200, 14400, 28800, 86400].map((s) => s * 1000),
+    [2, 5, 10, 20, 50, 100].map((days) => days * 86400000),
+);

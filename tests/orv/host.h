@@ -1,0 +1,47 @@
+// A host that writes result lines, and what the reader makes of its log.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "orv/log/explain.h"
+#include "orv/log/findings.h"
+#include "support/world.h"
+
+namespace orv {
+
+// Calls, and adds the result line where `results` says so. Logs until here are kept.
+template <typename Export>
+ResultCode CallLogged(bool results, Export&& call) {
+    const std::int64_t start = OrvWorld_Now();
+    const std::size_t before = LogLines().size();
+    const ResultCode result = call();
+    if (results) {
+        const std::string line = "Returned " + std::to_string(result) + " after " +
+                                 std::to_string(OrvWorld_Now() - start) +
+                                 " ms: " + LogLines()[before];
+        Logging_AppendLine(line.data(), static_cast<std::int32_t>(line.size()));
+    }
+    return result;
+}
+
+inline log::Findings ReadLog() {
+    return log::FindAll(LogBytes(), log::Threads::One);
+}
+
+// Fails the test unless the causes of `call` hold `cause`, at the wait `step` where the cause is
+// about one of several.
+inline void ExpectNamed(const log::Call& call, log::Cause cause, int step = -1) {
+    std::string named;
+    for (const log::Suspect& suspect : log::Explain(call)) {
+        named += std::string(log::TextsOf(suspect.cause).id) + ' ';
+        if (suspect.cause == cause &&
+            (step < 0 || suspect.steps == 0 || suspect.steps >> step & 1)) {
+            return;
+        }
+    }
+    ADD_FAILURE() << log::TextsOf(cause).id << ' ' << step << " is not among: " << named;
+}
+
+}  // namespace orv
