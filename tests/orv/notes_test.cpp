@@ -1,0 +1,179 @@
+// What the reader finds in logs beside single calls: radios that go away, bytes that are dropped,
+// callbacks that fail, threads that wait for each other, and a log that is still being written.
+#include <fstream>
+#include <thread>
+
+#include "host.h"
+#include "orv/log/follower.h"
+
+namespace orv {
+namespace {
+
+using log::Cause;
+using log::NoteKind;
+
+class LogNotes : public WorldTest {};
+
+struct Situation {
+    const char* name;
+    NoteKind kind;
+    void (*happen)();
+};
+
+void Scan() {
+    OrvScanner_Initialize();
+    OrvScanner_Start(0);
+}
+
+const Situation Situations[] = {
+    {"RadioGoesAway", NoteKind::AdvertisementsStopped,
+     [] {
+         Scan();
+         for (int count = 0; count < 3; ++count) {
+             OrvWorld_PassTime(200);
+             Advertise(Address);
+         }
+         OrvWorld_PassTime(4000);
+         OrvScanner_GetDeviceCount(0);
+     }},
+    {"NothingIsNear", NoteKind::NothingHeard,
+     [] {
+         Scan();
+         OrvWorld_PassTime(4000);
+         OrvScanner_Stop(0);
+     }},
+    {"ScanIsNeverStopped", NoteKind::HeardWithoutScan,
+     [] {
+         Scan();
+         OrvScanner_Deinitialize(0);
+         OrvWorld_PassTime(1500);
+         Advertise(Address, OrvPacket_Advertisement, 0);
+     }},
+    {"CallbackFails", NoteKind::CallbackFailed,
+     [] {
+         CallLogged(true, [] { return OrvScanner_Initialize(); });
+         CallLogged(true, [] { return OrvScanner_Start(0); });
+         FailMember("BluetoothLEAdvertisementReceivedEventArgs.get_RawSignalStrengthInDBm");
+         Advertise(Address);
+     }},
+    {"NameIsHostile", NoteKind::HostileNames,
+     [] {
+         const std::u16string name = u"ORV\n\x1B[2J";
+         OrvWorld_SetName(Address, OrvPacket_Advertisement,
+                          reinterpret_cast<const std::uint16_t*>(name.data()),
+                          static_cast<std::int32_t>(name.size()));
+         Scan();
+         Advertise(Address);
+     }},
+    {"LinkIsGone", NoteKind::DroppedWithoutLink,
+     [] {
+         CallLogged(true, [] { return OrvDevice_Connect(Address); });
+         CallLogged(true, [] { return OrvDevice_Disconnect(Address); });
+         Notify(Address, Sequence(5), 0);
+     }},
+    {"DeviceSpeaksTooEarly", NoteKind::DroppedWhileConnecting,
+     [] {
+         OrvWorld_Answer(Address, OrvOperation_WriteDescriptor, OrvManner_After, 500);
+         OrvWorld_HoldTime();
+         std::thread host([] { CallLogged(true, [] { return OrvDevice_Connect(Address); }); });
+         OrvWorld_AwaitCalls(WriteDescriptor, 1);
+         OrvWorld_AwaitWaits(1);
+         Notify(Address, Sequence(5));
+         OrvWorld_PassTime(500);
+         host.join();
+     }},
+};
+
+TEST_F(LogNotes, NameWhatHappened) {
+    for (const Situation& situation : Situations) {
+        SCOPED_TRACE(situation.name);
+        WorldTest::TearDown();
+        WorldTest::SetUp();
+        situation.happen();
+        std::vector<NoteKind> kinds;
+        for (const log::Note& note : ReadLog().notes) {
+            kinds.push_back(note.kind);
+        }
+        EXPECT_EQ(kinds, std::vector{situation.kind});
+    }
+}
+
+TEST_F(LogNotes, QuietUseHasNone) {
+    CallLogged(true, [] { return OrvDevice_Connect(Address); });
+    Notify(Address, Sequence(5));
+    CallLogged(true, [] { return OrvDevice_Disconnect(Address); });
+    EXPECT_TRUE(ReadLog().notes.empty());
+}
+
+// Two threads send at once. The second takes 1500 ms, all of which it waits for the first: the
+// reader must know that its own write may have ended at once.
+TEST_F(LogNotes, SendThatWaitedForAnotherNeedNotHaveMissedItsLimit) {
+    OrvDevice_Connect(Address);
+    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_After, 1500);
+    OrvWorld_HoldTime();
+    const auto send = [] { OrvDevice_Send(Address, 1, Sequence(1).data()); };
+    std::thread first(send);
+    OrvWorld_AwaitWaits(1);
+    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_EndsAs, 3);
+    std::thread second([] { OrvDevice_Send(Address, 2, Sequence(2).data()); });
+    AwaitLog("OrvDevice_Send 176685338322165 2");
+    OrvWorld_PassTime(1500);
+    first.join();
+    OrvWorld_ReleaseTime();
+    second.join();
+    for (const char* line : {"Returned 1 after 1500 ms: OrvDevice_Send 176685338322165 1",
+                             "Returned -1 after 2010 ms: OrvDevice_Send 176685338322165 2"}) {
+        Logging_AppendLine(line, static_cast<std::int32_t>(std::string_view(line).size()));
+    }
+    const log::Call call = ReadLog().calls.back();
+    ExpectNamed(call, Cause::Ended);
+    ExpectNamed(call, Cause::WaitedForOthers);
+}
+
+TEST_F(LogNotes, HangingStartIsSeenWhileItHangsAndAfterwards) {
+    OrvScanner_Initialize();
+    OrvWorld_Hang("BluetoothLEAdvertisementWatcher.Start");
+    std::thread host([] { CallLogged(true, [] { return OrvScanner_Start(0); }); });
+    OrvWorld_AwaitCalls("BluetoothLEAdvertisementWatcher.Start", 1);
+    OrvWorld_PassTime(5000);
+    ExpectNamed(ReadLog().calls.back(), Cause::StillRunning);
+    OrvWorld_Release("BluetoothLEAdvertisementWatcher.Start");
+    host.join();
+    const log::Call call = ReadLog().calls.back();
+    EXPECT_EQ(call.result, 0);
+    ExpectNamed(call, Cause::SystemSlow);
+}
+
+struct Counting : log::Listener {
+    void OnCall(const log::Call&) override { ++calls; }
+    int calls = 0;
+};
+
+TEST_F(LogNotes, FollowerSeesLinesAsTheyComeAndTheLogEmptied) {
+    using Found = log::Follower::Found;
+    Counting counting;
+    log::Follower follower(LogPath(), log::Threads::One, counting);
+    EXPECT_EQ(follower.Poll(), Found::Nothing);
+    CallLogged(true, [] { return OrvDevice_Flush(Address); });
+    EXPECT_EQ(follower.Poll(), Found::Lines);
+    EXPECT_EQ(counting.calls, 1);
+
+    std::ofstream(LogPath(), std::ios::app | std::ios::binary) << "12:00:00.000\tBluetooth";
+    EXPECT_EQ(follower.Poll(), Found::Nothing);
+    std::ofstream(LogPath(), std::ios::app | std::ios::binary) << "Available\r\n";
+    EXPECT_EQ(follower.Poll(), Found::Lines);
+
+    // The new log is as long as the old one was.
+    const std::size_t length = LogBytes().size();
+    Logging_Enable();
+    Logging_AppendLine(std::string(length - 15, 'x').data(),
+                       static_cast<std::int32_t>(length - 15));
+    EXPECT_EQ(follower.Poll(), Found::Emptied);
+    EXPECT_EQ(counting.calls, 2);
+    EXPECT_EQ(follower.Poll(), Found::Lines);
+    std::remove(LogPath().c_str());
+    EXPECT_EQ(follower.Poll(), Found::NoFile);
+}
+
+}  // namespace
+}  // namespace orv

@@ -1,0 +1,138 @@
+// The reader on single lines and small texts: what each says, and what hostile or damaged ones do.
+#include <gtest/gtest.h>
+
+#include "orv/log/entry.h"
+#include "orv/log/findings.h"
+#include "orv/log/lines.h"
+#include "orv/log/timeline.h"
+
+namespace orv::log {
+namespace {
+
+struct Text {
+    const char* text;
+    Kind kind;
+    std::uint64_t handle = 0;
+    std::int64_t number = 0;  // of the entry, or of a call's subject
+};
+
+const Text Texts[] = {
+    {"BluetoothAvailable", Kind::Call},
+    {"BluetoothAvailable ", Kind::Host},
+    {"OrvScanner_Stop -1", Kind::Call, 0xFFFFFFFF},
+    {"OrvScanner_Stop 2147483648", Kind::Host},
+    {"OrvScanner_Stop 01", Kind::Host},
+    {"OrvScanner_Stop -0", Kind::Host},
+    {"OrvScanner_GetDeviceInfo 0 3", Kind::Call, 0, 3},
+    {"OrvDevice_Send 18446744073709551615 -7", Kind::Call, ~0ULL, -7},
+    {"OrvDevice_Send 1", Kind::Host},
+    {"OrvDevice_Connect 1 failed", Kind::Host},
+    {"OrvDevice_Connects 1", Kind::Host},
+    {"Exception: unknown type", Kind::Failure},
+    {"OnAdvertisementReceived 4660 <ORV-0042> -67", Kind::Advertisement, 4660, -67},
+    {"OnAdvertisementReceived 4660 <> -67", Kind::Advertisement, 4660, -67},
+    {"OnAdvertisementReceived 4660 <a> -1> -67", Kind::Advertisement, 4660, -67},
+    {"OnAdvertisementReceived 4660 <a", Kind::Host},
+    {"OnAdvertisementReceived 4660 <a> -99999", Kind::Host},
+    {"OnDataReceived 4660 244", Kind::Notification, 4660, 244},
+    {"Returned -1 after 2003 ms: OrvDevice_Connect 5", Kind::Result, 5, -1},
+    {"Returned -1 after -3 ms: OrvDevice_Connect 5", Kind::Host},
+    {"Returned -1 after 3 ms: something", Kind::Host},
+    {"", Kind::Host},
+};
+
+TEST(LogText, IsWhatTheLibraryWrites) {
+    for (const Text& row : Texts) {
+        SCOPED_TRACE(row.text);
+        const Entry entry = ReadEntry(row.text);
+        EXPECT_EQ(entry.kind, row.kind);
+        EXPECT_EQ(entry.subject.handle, row.handle);
+        EXPECT_EQ(entry.kind == Kind::Call ? entry.subject.number : entry.number, row.number);
+    }
+}
+
+struct Whole {
+    const char* name;
+    std::string_view bytes;
+    std::vector<std::string_view> texts;
+    std::uint64_t strayLines = 0;
+};
+
+const Whole Wholes[] = {
+    {"LineFeedInsideATextBelongsToIt",
+     "12:00:00.000\ta\r\nb\r\n12:00:00.001\tc\r\n",
+     {"a\r\nb", "c"}},
+    {"NameHoldsAWholeLine",
+     "12:00:00.000\tOnAdvertisementReceived 1 <x\r\n12:00:00.000\tOrvDevice_Connect 1\r\n> -3\r\n"
+     "12:00:00.001\tc\r\n",
+     {"OnAdvertisementReceived 1 <x\r\n12:00:00.000\tOrvDevice_Connect 1\r\n> -3", "c"}},
+    {"NameIsNeverClosed",
+     "12:00:00.000\tOnAdvertisementReceived 1 <x\r\n12:00:00.000\tBluetoothAvailable\r\n",
+     {"OnAdvertisementReceived 1 <x", "BluetoothAvailable"}},
+    {"GarbageBeforeAndNoStamp",
+     std::string_view("\0\xFF\x80garbage\n25:00:00.000\tx\n12:00:00.000\ta\n", 41),
+     {"a"},
+     2},
+    {"PlainLineFeedsAndNoTexts", "12:00:00.000\t\n12:00:00.000\t\n", {"", ""}},
+    {"Nothing", "", {}},
+    {"NoEnd", "12:00:00.000\ta", {"a"}},
+};
+
+TEST(LogLinesOf, AreCutWhereTheLibraryEndsThem) {
+    for (const Whole& row : Wholes) {
+        SCOPED_TRACE(row.name);
+        LineReader reader(row.bytes);
+        std::vector<std::string_view> texts;
+        while (const auto line = reader.Next()) {
+            texts.push_back(line->text);
+            EXPECT_EQ(line->complete, row.bytes.ends_with('\n'));
+        }
+        EXPECT_EQ(texts, row.texts);
+        EXPECT_EQ(reader.StrayLines(), row.strayLines);
+    }
+}
+
+TEST(LogTimeline, GoesOnOverMidnightAndOtherJumps) {
+    constexpr std::int32_t Day = 86'400'000;
+    struct Row {
+        std::vector<std::int32_t> stamps;
+        std::vector<std::int64_t> times;
+        int jumps;
+    };
+    const Row rows[] = {
+        {{5000, 4990, 5001}, {5000, 4990, 5001}, 0},  // two threads
+        {{Day - 1, 0, 1, Day - 1, 5}, {Day - 1, Day, Day + 1, 2 * Day - 1, 2 * Day + 5}, 0},
+        {{Day - 1, 1, Day - 1, 2}, {Day - 1, Day + 1, 2 * Day - 1, 2 * Day + 2}, 0},
+        {{7'200'000, 3'600'000, 3'600'100}, {7'200'000, 7'200'000, 7'200'100}, 1},  // set back
+        {{40'000'000, 9, 40'000'007}, {40'000'000, 40'000'000, 40'000'007}, 1},     // forged
+        {{100, 200, 40'000'000, 300}, {100, 200, 40'000'000, 300}, 1},              // forged
+    };
+    for (const Row& row : rows) {
+        Timeline timeline;
+        std::vector<std::int64_t> times;
+        for (const std::int32_t stamp : row.stamps) {
+            times.push_back(timeline.Place(stamp));
+        }
+        EXPECT_EQ(times, row.times);
+        EXPECT_EQ(timeline.Jumps(), row.jumps);
+    }
+}
+
+// Whatever the bytes are, every cut of a log gives calls that lie inside it.
+TEST(LogTruncation, NeverInventsACall) {
+    const std::string_view whole =
+        "12:00:00.000\tOrvDevice_Connect 176685338322165\r\n"
+        "12:00:00.010\tOnAdvertisementReceived 5 <O\x1B[2J\r\n12:00:00.010\tOrvDevice_Flush 1> "
+        "-5\r\n"
+        "12:00:02.003\tReturned -1 after 2003 ms: OrvDevice_Connect 176685338322165\r\n";
+    for (std::size_t length = 0; length <= whole.size(); ++length) {
+        const Findings findings = FindAll(whole.substr(0, length), Threads::One);
+        ASSERT_LE(findings.calls.size(), 1u) << length;
+        if (!findings.calls.empty()) {
+            EXPECT_EQ(findings.calls[0].subject.handle, 176685338322165u);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace orv::log
