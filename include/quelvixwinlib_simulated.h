@@ -70,6 +70,20 @@ ORV_WORLD_API int32_t OrvWorld_Reset(int32_t simulatedTime);
 ORV_WORLD_API int32_t OrvWorld_Default(void);
 
 /*
+ * A world from a file in JSON, as docs/simulated_world.md describes it. The file is read and checked
+ * as a whole; then the world begins anew as after OrvWorld_Reset, and is what the file says. Time
+ * begins at 0, and the file's events are due by it.
+ * Returns 0, or 1 when simulated time was asked for but only real time is to be had. -1: the file is
+ * at fault or cannot be read; nothing has changed, and `error` holds, zero-terminated and cut to
+ * `size` bytes, "FILE:LINE: FIELD: what is wrong, what would be right". `error` may be null.
+ */
+ORV_WORLD_API int32_t OrvWorld_PlayScenario(const char* path, int32_t simulatedTime, char* error,
+                                            int32_t size);
+
+/* The version of the library that the world belongs to, such as "1.0.0". */
+ORV_WORLD_API const char* OrvWorld_Version(void);
+
+/*
  * Waits until every event and answer that is due has been delivered and its handler has returned.
  * Never call it while a handler is kept waiting by a lock that the calling thread will release.
  * Returns 0, or -1 when nothing has moved for 30 s of real time, or from inside a handler; the same
@@ -117,6 +131,9 @@ ORV_WORLD_API int32_t OrvWorld_SetAdapter(int32_t present);
 /* Adds a radio behind those there are; returns its index. */
 ORV_WORLD_API int32_t OrvWorld_AddRadio(int32_t kind, int32_t state);
 ORV_WORLD_API int32_t OrvWorld_SetRadio(int32_t index, int32_t kind, int32_t state);
+/* As a user switches a radio: when no Bluetooth radio is on any more, started scans end by themselves,
+ * and a start has no effect until one is on again. Links and their operations go on. */
+ORV_WORLD_API int32_t OrvWorld_SwitchRadio(int32_t index, int32_t state);
 
 /* --------------------------------------------------------------------------------------- devices */
 
@@ -134,6 +151,17 @@ ORV_WORLD_API int32_t OrvWorld_AddDevice(uint64_t address, const char* name);
 
 /* The system no longer knows the device (a lookup answers with no device); it still advertises. */
 ORV_WORLD_API int32_t OrvWorld_ForgetDevice(uint64_t address);
+/* The same, until a started watcher has heard the device. */
+ORV_WORLD_API int32_t OrvWorld_KnowOnceHeard(uint64_t address);
+
+/* 0: out of reach. It sends nothing by itself, no write reaches it, and what is asked of it, except
+ * FindDevice and RequestAccess, ends after 7000 ms as Unreachable. 1: there again. */
+ORV_WORLD_API int32_t OrvWorld_SetPresent(uint64_t address, int32_t present);
+/* 1: an operation, except FindDevice and RequestAccess, begins when the one before it has ended,
+ * whether the library still waits for that or not. 0: side by side, as usual. */
+ORV_WORLD_API int32_t OrvWorld_SetOneAtATime(uint64_t address, int32_t on);
+/* A longer block does not reach the device, and its write ends as ProtocolError; -1: none is. */
+ORV_WORLD_API int32_t OrvWorld_SetLargestWrite(uint64_t address, int32_t bytes);
 
 /* `length` UTF-16 units, well-formed or not; -1: no name in this packet. */
 ORV_WORLD_API int32_t OrvWorld_SetName(uint64_t address, int32_t packet, const uint16_t* name,

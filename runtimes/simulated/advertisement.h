@@ -8,6 +8,7 @@ namespace orv::simulated {
 
 // A packet as it was when it was sent. Shared by all watchers that hear it.
 struct Packet {
+    // The device's own, as it is configured now.
     Packet(const DeviceRecord& device, bool asScanResponse);
 
     UINT64 address;

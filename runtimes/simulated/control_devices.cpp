@@ -1,7 +1,6 @@
 // The control functions for devices: what they are, how they answer, what they send.
-#include <cstring>
-
 #include "runtimes/simulated/control.h"
+#include "runtimes/simulated/texts.h"
 
 using namespace orv;
 using namespace orv::simulated;
@@ -21,40 +20,6 @@ bool IsBytes(const uint8_t* data, INT32 length) {
 
 std::vector<BYTE> Bytes(const uint8_t* data, INT32 length) {
     return length == 0 ? std::vector<BYTE>() : std::vector<BYTE>(data, data + length);
-}
-
-// A name that the world's user writes, which is well-formed UTF-8.
-std::u16string FromUtf8(const char* text) {
-    std::u16string result;
-    while (*text != '\0') {
-        const auto lead = static_cast<BYTE>(*text++);
-        const int following = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;
-        UINT32 point = following == 0 ? lead : lead & (0x3FU >> following);
-        for (int i = 0; i < following && *text != '\0'; ++i) {
-            point = point << 6 | (static_cast<BYTE>(*text++) & 0x3FU);
-        }
-        if (point >= 0x10000) {
-            result.push_back(static_cast<char16_t>(0xD7C0 + (point >> 10)));
-            point = 0xDC00 | (point & 0x3FF);
-        }
-        result.push_back(static_cast<char16_t>(point));
-    }
-    return result;
-}
-
-std::optional<GUID> ParseUuid(const char* text) {
-    if (text == nullptr || std::strlen(text) != 36) {
-        return std::nullopt;
-    }
-    char copy[37];
-    std::memcpy(copy, text, sizeof(copy));
-    for (int i = 0; i < 36; ++i) {
-        const bool dash = i == 8 || i == 13 || i == 18 || i == 23;
-        if (dash ? copy[i] != '-' : std::strchr("0123456789abcdefABCDEF", copy[i]) == nullptr) {
-            return std::nullopt;
-        }
-    }
-    return Guid(copy);
 }
 
 }  // namespace
@@ -79,6 +44,41 @@ int32_t OrvWorld_AddDevice(uint64_t address, const char* name) {
 int32_t OrvWorld_ForgetDevice(uint64_t address) {
     return ControlDevice(address, [](World&, Guard&, const Device& device) {
         device->known = false;
+        return 0;
+    });
+}
+
+int32_t OrvWorld_KnowOnceHeard(uint64_t address) {
+    return ControlDevice(address, [](World&, Guard&, const Device& device) {
+        device->known = false;
+        device->knownOnceHeard = true;
+        return 0;
+    });
+}
+
+int32_t OrvWorld_SetPresent(uint64_t address, int32_t present) {
+    return ControlDevice(address, [&](World&, Guard&, const Device& device) {
+        device->present = present != 0;
+        return 0;
+    });
+}
+
+int32_t OrvWorld_SetOneAtATime(uint64_t address, int32_t on) {
+    return ControlDevice(address, [&](World&, Guard&, const Device& device) {
+        device->oneAtATime = on != 0;
+        return 0;
+    });
+}
+
+int32_t OrvWorld_SetLargestWrite(uint64_t address, int32_t bytes) {
+    return ControlDevice(address, [&](World&, Guard&, const Device& device) {
+        if (bytes < -1) {
+            return NoSuchThing;
+        }
+        device->largestWrite.reset();
+        if (bytes >= 0) {
+            device->largestWrite = static_cast<std::size_t>(bytes);
+        }
         return 0;
     });
 }
@@ -148,7 +148,7 @@ int32_t OrvWorld_RemoveServices(uint64_t address) {
 
 int32_t OrvWorld_AddService(uint64_t address, const char* uuid) {
     return ControlDevice(address, [&](World&, Guard&, const Device& device) {
-        const std::optional<GUID> parsed = ParseUuid(uuid);
+        const std::optional<GUID> parsed = ParseUuid(uuid == nullptr ? "" : uuid);
         if (!parsed) {
             return NoSuchThing;
         }
@@ -159,7 +159,7 @@ int32_t OrvWorld_AddService(uint64_t address, const char* uuid) {
 
 int32_t OrvWorld_AddCharacteristic(uint64_t address, int32_t service, const char* uuid) {
     return ControlDevice(address, [&](World&, Guard&, const Device& device) {
-        const std::optional<GUID> parsed = ParseUuid(uuid);
+        const std::optional<GUID> parsed = ParseUuid(uuid == nullptr ? "" : uuid);
         const auto index = static_cast<std::size_t>(service);
         if (!parsed || service < 0 || index >= device->services.size()) {
             return NoSuchThing;

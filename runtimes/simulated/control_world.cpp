@@ -110,6 +110,14 @@ int32_t OrvWorld_SetRadio(int32_t index, int32_t kind, int32_t state) {
     });
 }
 
+int32_t OrvWorld_SwitchRadio(int32_t index, int32_t state) {
+    return ControlLocked([&](World& world, Guard& guard) {
+        const bool isThere = index >= 0 && world.SwitchRadio(guard, static_cast<std::size_t>(index),
+                                                             static_cast<RadioState>(state));
+        return isThere ? 0 : NoSuchThing;
+    });
+}
+
 int32_t OrvWorld_SetFactoriesAgile(int32_t agile) {
     return Control([&](World& world) {
         world.factoriesAgile = agile != 0;

@@ -1,6 +1,8 @@
 // A device that the library has found.
 #include "runtimes/simulated/device.h"
 
+#include <algorithm>
+
 #include "quelvixwinlib_simulated.h"
 #include "runtimes/simulated/gatt.h"
 
@@ -32,9 +34,43 @@ void OpenMark::Close() noexcept {
     }
 }
 
+namespace {
+
+// Behind the operation that the device is busy with.
+void Queue(Answer& answer, DeviceRecord& device, Duration now) {
+    const Duration begin = std::max(now, device.busyUntil);
+    if (begin > now && answer.timing != Answer::Timing::Never) {
+        answer.delay = begin - now +
+                       (answer.timing == Answer::Timing::After ? answer.delay : Duration::zero());
+        answer.timing = Answer::Timing::After;
+    }
+    if (answer.timing == Answer::Timing::Never) {
+        device.busyUntil = Duration::max();
+    } else if (answer.timing == Answer::Timing::After) {
+        device.busyUntil = now + answer.delay;
+    }
+}
+
+}  // namespace
+
 Answer AnswerOfDevice(Guard& guard, const Device& device, INT32 operation) {
-    return device->exists ? World::Get().AnswerOf(guard, device->address, operation)
-                          : Answer::Silence();
+    World& world = World::Get();
+    if (!device->exists) {
+        return Answer::Silence();
+    }
+    Answer answer = world.AnswerOf(guard, device->address, operation);
+    if (operation == OrvOperation_RequestAccess) {
+        return answer;  // by the system itself
+    }
+    if (!device->present) {
+        answer.timing = Answer::Timing::After;
+        answer.delay = AbsenceLimit;
+        answer.status = static_cast<INT32>(GattCommunicationStatus::Unreachable);
+    }
+    if (device->oneAtATime && answer.startCode == S_OK) {
+        Queue(answer, *device, world.clock.Now(guard));
+    }
+    return answer;
 }
 
 SimulatedBluetoothLEDevice::SimulatedBluetoothLEDevice(Device device)

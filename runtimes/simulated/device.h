@@ -50,7 +50,8 @@ class SimulatedBluetoothLEDevice final
     OpenMark mark;
 };
 
-// How the device answers now. A device of a world that is gone answers nothing.
+// How the device answers an operation that starts now. A device of a world that is gone answers
+// nothing.
 Answer AnswerOfDevice(Guard& guard, const Device& device, INT32 operation);
 
 }  // namespace orv::simulated

@@ -115,10 +115,13 @@ HRESULT SimulatedGattCharacteristic::WriteValueAsync(
         }
         World& world = World::Get();
         Guard guard(world.mutex);
-        const Answer answer = AnswerOfDevice(guard, service->Record(), OrvOperation_WriteValue);
+        const Device& device = service->Record();
+        Answer answer = AnswerOfDevice(guard, device, OrvOperation_WriteValue);
         Duration duration{0};
-        if (service->Record()->exists && answer.startCode == S_OK) {
-            duration = world.Receive(guard, service->Record(), block->Bytes());
+        if (block->Bytes().size() > device->largestWrite.value_or(SIZE_MAX)) {
+            answer.status = static_cast<INT32>(GattCommunicationStatus::ProtocolError);
+        } else if (device->exists && device->present && answer.startCode == S_OK) {
+            duration = world.Receive(guard, device, block->Bytes());
         }
         guard.unlock();
         return StartWithStatus(answer, GattCommunicationStatus::Success, operation, duration);
@@ -156,10 +159,16 @@ HRESULT SimulatedGattCharacteristic::add_ValueChanged(ValueChangedHandler* handl
         }
         Registration registration{Ref<SimulatedGattCharacteristic>(this),
                                   objects::TakeHandler(handler), std::make_shared<Strand>()};
-        const Guard guard(World::Get().mutex);
-        std::vector<Registration>& all = service->Record()->registrations;
-        if (service->Record()->exists) {
+        World& world = World::Get();
+        Guard guard(world.mutex);
+        DeviceRecord& device = *service->Record();
+        std::vector<Registration>& all = device.registrations;
+        if (device.exists) {
             all.push_back(std::move(registration));
+            for (Recorded& recorded : device.recording) {
+                world.clock.After(guard, recorded.delay, std::move(recorded.action));
+            }
+            device.recording.clear();
         }
         token->value = static_cast<INT64>(all.size());
         return S_OK;

@@ -43,7 +43,9 @@ class SimulatedGattCharacteristic final
     explicit SimulatedGattCharacteristic(objects::Ref<SimulatedGattDeviceService> owner);
 
     // Needs the world's mutex.
-    bool IsNotifying(Guard&) const { return notifying && !service->IsClosed(); }
+    bool IsNotifying(Guard&) const { return notifying && IsOpen(); }
+    // Its link has not been closed.
+    bool IsOpen() const { return !service->IsClosed(); }
     // Tells one handler of a new value. On a thread of the world.
     void Raise(const objects::SharedHandler<ValueChangedHandler>& handler,
                const std::vector<BYTE>& value);

@@ -70,7 +70,7 @@ HRESULT SimulatedBluetoothLEAdvertisementWatcher::Start() {
     return Call(member, [&] {
         World& world = World::Get();
         Guard guard(world.mutex);
-        if (!started) {
+        if (!started && world.state.canScan) {
             started = true;
             world.WakeAdvertisers(guard);
         }

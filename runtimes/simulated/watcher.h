@@ -18,10 +18,12 @@ class SimulatedBluetoothLEAdvertisementWatcher final
     // The work of the default construction.
     static HRESULT Activate(IInspectable** instance);
 
-    // All three need the world's mutex.
+    // All four need the world's mutex.
     bool IsStarted(Guard&) const { return started; }
     bool Accepts(Guard&, const Packet& packet) const;
     void Deliver(Guard& guard, const SharedPacket& packet);
+    // Stops by itself.
+    void Abort(Guard&) { started = false; }
 
     // Lets go of its handlers; the mutex must not be held.
     void Forget();

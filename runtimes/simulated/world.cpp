@@ -24,6 +24,12 @@ World::State::State(State&&) noexcept = default;
 World::State& World::State::operator=(State&&) noexcept = default;
 World::State::~State() = default;
 
+bool World::State::SomeRadioOn() const {
+    return std::any_of(radios.begin(), radios.end(), [](const RadioRecord& radio) {
+        return radio.kind == RadioKind::Bluetooth && radio.state == RadioState::On;
+    });
+}
+
 World& World::Get() {
     static World* const world = new World;
     return *world;
@@ -89,11 +95,17 @@ INT32 World::Advertise(Guard& guard, DeviceRecord& device, INT32 packet, INT32 w
     if (watcher >= 0 && static_cast<std::size_t>(watcher) >= state.watchers.size()) {
         return -1;
     }
-    const auto sent = std::make_shared<const Packet>(device, packet == 1);
+    return Send(guard, device, std::make_shared<const Packet>(device, packet == 1), watcher);
+}
+
+INT32 World::Send(Guard& guard, DeviceRecord& device, const SharedPacket& sent, INT32 watcher) {
     ++device.packetsSent;
     if (watcher >= 0) {
         state.watchers[static_cast<std::size_t>(watcher)]->Deliver(guard, sent);
         return 1;
+    }
+    if (!device.present) {
+        return 0;
     }
     INT32 count = 0;
     for (const auto& candidate : state.watchers) {
@@ -102,7 +114,22 @@ INT32 World::Advertise(Guard& guard, DeviceRecord& device, INT32 packet, INT32 w
             ++count;
         }
     }
+    device.known = device.known || (device.knownOnceHeard && count > 0);
     return count;
+}
+
+bool World::SwitchRadio(Guard& guard, std::size_t index, RadioState radioState) {
+    if (index >= state.radios.size()) {
+        return false;
+    }
+    state.radios[index].state = radioState;
+    state.canScan = state.SomeRadioOn();
+    if (!state.canScan) {
+        for (const auto& watcher : state.watchers) {
+            watcher->Abort(guard);
+        }
+    }
+    return true;
 }
 
 bool World::SomeWatcherStarted(Guard& guard) const {
@@ -162,13 +189,19 @@ INT32 World::Notify(Guard& guard, DeviceRecord& device, const std::vector<BYTE>&
     return static_cast<INT32>(all.size());
 }
 
-void World::NotifyEcho(Guard& guard, DeviceRecord& device, const std::vector<BYTE>& value) {
+template <typename Condition>
+void World::NotifySome(Guard& guard, DeviceRecord& device, const std::vector<BYTE>& value,
+                       Condition condition) {
     const auto shared = std::make_shared<const std::vector<BYTE>>(value);
     for (const Registration& each : device.registrations) {
-        if (each.sender->IsNotifying(guard)) {
+        if (device.present && condition(each)) {
             Post(guard, each, shared);
         }
     }
+}
+
+void World::NotifyOpenLinks(Guard& guard, DeviceRecord& device, const std::vector<BYTE>& value) {
+    NotifySome(guard, device, value, [](const auto& each) { return each.sender->IsOpen(); });
 }
 
 Duration World::Receive(Guard& guard, const Device& device, const std::vector<BYTE>& block) {
@@ -188,7 +221,8 @@ Duration World::Receive(Guard& guard, const Device& device, const std::vector<BY
         moment += echo.interval;
         clock.After(guard, moment - now, [this, device, part = std::move(part)](Guard& held) {
             if (device->exists) {
-                NotifyEcho(held, *device, part);
+                NotifySome(held, *device, part,
+                           [&](const auto& each) { return each.sender->IsNotifying(held); });
             }
         });
     }

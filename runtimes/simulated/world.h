@@ -40,6 +40,12 @@ struct ServiceRecord {
     std::vector<GUID> characteristics;
 };
 
+// Something that will happen to a device, `delay` after its first link begins to open.
+struct Recorded {
+    Duration delay;
+    Clock::Action action;
+};
+
 struct Echo {
     bool on = false;
     Duration interval{0};
@@ -52,7 +58,12 @@ struct DeviceRecord {
     ~DeviceRecord();
 
     const UINT64 address;
-    bool known = true;   // the system finds it by its address
+    bool known = true;            // the system finds it by its address
+    bool knownOnceHeard = false;  // it will be, once a watcher has heard it
+    bool present = true;  // what asks an absent device ends after AbsenceLimit; it sends nothing
+    bool oneAtATime = false;  // an operation begins when the one before it has ended
+    Duration busyUntil{0};    // the end of the last one that has begun then
+    std::optional<std::size_t> largestWrite;
     bool exists = true;  // false once the world has begun anew: nothing happens to it any more
     INT16 signal = -60;
     INT16 signalSpread = 0;  // the signal varies by this much to either side
@@ -64,6 +75,7 @@ struct DeviceRecord {
     bool advertises = false;      // its next packets are due some time
     UINT32 advertisingRound = 0;  // of the timer that counts; earlier ones do nothing any more
     std::vector<Registration> registrations;
+    std::vector<Recorded> recording;  // empty once its first link has begun to open
     std::vector<std::vector<BYTE>> writes;
     std::atomic<INT32> openObjects{0};  // devices and services; needs no lock
 };
@@ -84,10 +96,13 @@ class World {
 
         bool adapter = false;
         std::vector<RadioRecord> radios;
+        bool canScan = true;
         std::map<UINT64, Device> devices;
         std::map<std::pair<UINT64, INT32>, Answer> answers;
         std::vector<objects::Ref<SimulatedBluetoothLEAdvertisementWatcher>> watchers;
         std::string activationLibrary;
+
+        bool SomeRadioOn() const;
         INT32 refusedWaits = 0;
         HRESULT waitRefusal = S_OK;
     };
@@ -105,6 +120,14 @@ class World {
     INT32 Advertise(Guard& guard, DeviceRecord& device, INT32 packet, INT32 watcher);
     INT32 Notify(Guard& guard, DeviceRecord& device, const std::vector<BYTE>& value,
                  INT32 registration);
+    // The same for a packet that is not the device's own, and for the handlers of open links.
+    INT32 Send(Guard& guard, DeviceRecord& device, const std::shared_ptr<const Packet>& packet,
+               INT32 watcher);
+    void NotifyOpenLinks(Guard& guard, DeviceRecord& device, const std::vector<BYTE>& value);
+
+    // False: there is no such radio. Scans stop when it was the last Bluetooth radio that was on,
+    // and can be started again when one is on again.
+    bool SwitchRadio(Guard& guard, std::size_t index, RadioState radioState);
 
     // Begins to send on the device's new interval, if it has one and a watcher is started.
     void StartAdvertising(Guard& guard, const Device& device);
@@ -123,10 +146,15 @@ class World {
     World();
 
     bool SomeWatcherStarted(Guard& guard) const;
-    void NotifyEcho(Guard& guard, DeviceRecord& device, const std::vector<BYTE>& value);
+    template <typename Condition>
+    void NotifySome(Guard& guard, DeviceRecord& device, const std::vector<BYTE>& value,
+                    Condition condition);
     void Post(Guard& guard, const Registration& registration,
               const std::shared_ptr<const std::vector<BYTE>>& value);
 };
+
+// How long the system tries to reach a device that is not there.
+constexpr Duration AbsenceLimit = std::chrono::seconds(7);
 
 // The service and the characteristic of the family's devices.
 constexpr GUID LinkServiceUuid = Guid("4880c12c-fdcb-4077-8920-a450d7f9b907");

@@ -1,0 +1,185 @@
+// The JSON text of a scenario as a tree with line numbers.
+#include "runtimes/simulated/scenario_text.h"
+
+#include <algorithm>
+#include <iterator>
+#include <nlohmann/json.hpp>
+
+namespace orv::simulated {
+
+namespace {
+
+using Json = nlohmann::json;
+
+// Deeper than any scenario; an object's destructor goes as deep as the object.
+constexpr std::size_t DeepestNesting = 16;
+
+// Reads the text and knows the line of the last character that is not blank. The parser is one
+// character ahead only behind a number, and that one is a blank or stands on the same line.
+struct Reading {
+    int line = 1;
+    int lineOfToken = 1;
+
+    void Read(char c) {
+        if (c == '\n') {
+            ++line;
+        } else if (c != ' ' && c != '\t' && c != '\r') {
+            lineOfToken = line;
+        }
+    }
+};
+
+class CountingIterator {
+  public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = char;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const char*;
+    using reference = const char&;
+
+    CountingIterator(const char* place, Reading& readingOfText)
+        : position(place), reading(&readingOfText) {}
+
+    reference operator*() const { return *position; }
+    CountingIterator& operator++() {
+        reading->Read(*position++);
+        return *this;
+    }
+    bool operator==(const CountingIterator& other) const { return position == other.position; }
+    bool operator!=(const CountingIterator& other) const { return position != other.position; }
+
+  private:
+    const char* position;
+    Reading* reading;
+};
+
+// Receives the parser's events. Its names and parameters are the parser's.
+class TreeBuilder {
+  public:
+    explicit TreeBuilder(const Reading& readingOfText) : reading(readingOfText) {}
+
+    ScenarioValue TakeRoot() { return std::move(root); }
+
+    bool null() { return Add(Value(ScenarioValue::Kind::Null)); }
+    bool boolean(bool value) {
+        ScenarioValue added = Value(ScenarioValue::Kind::Boolean);
+        added.boolean = value;
+        return Add(std::move(added));
+    }
+    bool number_integer(Json::number_integer_t value) {
+        ScenarioValue added = Value(ScenarioValue::Kind::Number);
+        added.number = value;
+        return Add(std::move(added));
+    }
+    bool number_unsigned(Json::number_unsigned_t value) {
+        if (value > INT64_MAX) {
+            Refuse("is too large, a number of at most 18 digits would be right");
+        }
+        return number_integer(static_cast<Json::number_integer_t>(value));
+    }
+    bool number_float(Json::number_float_t, const std::string& text) {
+        Refuse(text + " is no whole number, a whole number would be right");
+    }
+    bool string(std::string& value) {
+        ScenarioValue added = Value(ScenarioValue::Kind::Text);
+        added.text = std::move(value);
+        return Add(std::move(added));
+    }
+    [[noreturn]] bool binary(Json::binary_t&) { Refuse("is binary"); }
+
+    bool start_object(std::size_t) { return Open(ScenarioValue::Kind::Object); }
+    bool start_array(std::size_t) { return Open(ScenarioValue::Kind::List); }
+    bool end_object() { return Close(); }
+    bool end_array() { return Close(); }
+
+    bool key(std::string& name) {
+        std::vector<std::string>& keys = open.back()->keys;
+        if (std::find(keys.begin(), keys.end(), name) != keys.end()) {
+            keys.push_back(name);
+            Refuse("stands here a second time, once would be right");
+        }
+        keys.push_back(std::move(name));
+        return true;
+    }
+
+    [[noreturn]] bool parse_error(std::size_t, const std::string&, const Json::exception& error) {
+        // "[name] parse error at line 3, column 5: what": the line is told apart.
+        const std::string text = error.what();
+        const std::size_t column = text.find("column");
+        const std::size_t start = column == std::string::npos ? column : text.find(": ", column);
+        Refuse(start == std::string::npos ? text : text.substr(start + 2));
+    }
+
+  private:
+    ScenarioValue Value(ScenarioValue::Kind kind) const {
+        ScenarioValue value;
+        value.kind = kind;
+        value.line = reading.lineOfToken;
+        return value;
+    }
+
+    bool Add(ScenarioValue value) {
+        if (open.empty()) {
+            root = std::move(value);
+        } else {
+            open.back()->items.push_back(std::move(value));
+        }
+        return true;
+    }
+
+    bool Open(ScenarioValue::Kind kind) {
+        if (open.size() == DeepestNesting) {
+            Refuse("is nested too deeply, a depth of " + std::to_string(DeepestNesting) +
+                   " at most would be right");
+        }
+        Add(Value(kind));
+        open.push_back(open.empty() ? &root : &open.back()->items.back());
+        return true;
+    }
+
+    bool Close() {
+        open.pop_back();
+        return true;
+    }
+
+    // The field that is being read. Throws.
+    [[noreturn]] void Refuse(const std::string& text) const {
+        std::string field;
+        for (const ScenarioValue* value : open) {
+            if (value->kind == ScenarioValue::Kind::List) {
+                const bool entered = value != open.back() && !value->items.empty();
+                field = ItemOf(field, value->items.size() - (entered ? 1 : 0));
+            } else if (!value->keys.empty()) {
+                field = FieldIn(field, value->keys.back());
+            }
+        }
+        throw ScenarioFault{reading.lineOfToken, field.empty() ? "scenario" : field, text};
+    }
+
+    const Reading& reading;
+    ScenarioValue root;
+    // From the root to the object or list being read. Only the last one's items grow, so the others
+    // stay where they are.
+    std::vector<ScenarioValue*> open;
+};
+
+}  // namespace
+
+ScenarioValue ParseScenarioText(const std::string& text) {
+    Reading reading;
+    TreeBuilder builder(reading);
+    const char* const begin = text.data();
+    Json::sax_parse(CountingIterator(begin, reading),
+                    CountingIterator(begin + text.size(), reading), &builder);
+    return builder.TakeRoot();
+}
+
+std::string FieldIn(const std::string& owner, const std::string& key) {
+    return owner.empty() ? key : owner + "." + key;
+}
+
+std::string ItemOf(const std::string& list, std::size_t index) {
+    return list + "[" + std::to_string(index) + "]";
+}
+
+}  // namespace orv::simulated
