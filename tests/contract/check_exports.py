@@ -16,7 +16,7 @@ def listed(path):
 def declared(path):
     with open(path, encoding="utf-8") as file:
         code = re.sub(r"/\*.*?\*/", "", file.read(), flags=re.DOTALL)
-    return set(re.findall(r"^\w+_API [\w ]+?[ *](\w+)\(", code, flags=re.MULTILINE))
+    return set(re.findall(r"^\w+_API [\w *]+[ *](\w+)\(", code, flags=re.MULTILINE))
 
 
 def exported(path):
