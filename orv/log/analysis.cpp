@@ -4,23 +4,36 @@
 
 namespace orv::log {
 
-bool HasResults(std::string_view bytes) {
-    constexpr std::string_view Sign = "\tReturned ";
-    for (std::size_t place = bytes.find(Sign); place != bytes.npos;
-         place = bytes.find(Sign, place + 1)) {
-        const std::string_view text = bytes.substr(place + 1, 128);
-        if (ReadEntry(text.substr(0, text.find_first_of("\r\n"))).kind == Kind::Result) {
-            return true;
-        }
+namespace {
+
+// A function that was called so often without a result line is one for which the host writes none.
+constexpr std::uint64_t SilentCalls = 3;
+
+}  // namespace
+
+ResultUse FindResults(std::string_view bytes) {
+    std::uint64_t calls[FunctionCount] = {}, results[FunctionCount] = {};
+    bool any = false;
+    LineReader reader(bytes);
+    while (const std::optional<Line> line = reader.Next()) {
+        const Entry entry = ReadEntry(line->text);
+        const auto function = static_cast<std::size_t>(entry.subject.function);
+        calls[function] += entry.kind == Kind::Call ? 1 : 0;
+        results[function] += entry.kind == Kind::Result ? 1 : 0;
+        any = any || entry.kind == Kind::Result;
     }
-    return false;
+    ResultUse use;
+    for (std::size_t function = 0; any && function < FunctionCount; ++function) {
+        use.set(function, results[function] > 0 || calls[function] < SilentCalls);
+    }
+    return use;
 }
 
-Analysis::Analysis(Listener& to, bool hasResults, Threads threads)
+Analysis::Analysis(Listener& to, ResultUse results, Threads threads)
     : listener(to),
       observer([this](const Note& note) { listener.OnNote(note); }),
       history(
-          hasResults, threads,
+          results, threads,
           [this](const Call& call) {
               observer.AddCall(call);
               listener.OnCall(call);

@@ -29,12 +29,12 @@ struct Totals {
     std::int64_t lastTime = 0;
 };
 
-// True when some line of the log is a host's result line.
-bool HasResults(std::string_view bytes);
+// For which functions the log has the host's result lines.
+ResultUse FindResults(std::string_view bytes);
 
 class Analysis {
   public:
-    Analysis(Listener& listener, bool hasResults, Threads threads);
+    Analysis(Listener& listener, ResultUse results, Threads threads);
 
     // The next lines of the log. What follows the last line end is a line that was cut.
     void Feed(std::string_view bytes);

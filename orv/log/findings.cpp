@@ -16,9 +16,10 @@ struct Collector : Listener {
 }  // namespace
 
 Findings FindAll(std::string_view bytes, Threads threads) {
-    Findings findings{HasResults(bytes), threads, {}, {}, {}};
+    const ResultUse results = FindResults(bytes);
+    Findings findings{results.any(), threads, {}, {}, {}};
     Collector collector(findings);
-    Analysis analysis(collector, findings.hasResults, threads);
+    Analysis analysis(collector, results, threads);
     analysis.Feed(bytes);
     analysis.End();
     findings.totals = analysis.Sums();

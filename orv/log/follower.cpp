@@ -56,7 +56,7 @@ Follower::Found Follower::Poll() {
     const std::string lines = unfinished.substr(0, end + 1);
     unfinished.erase(0, end + 1);
     if (!analysis) {
-        analysis = std::make_unique<Analysis>(listener, HasResults(lines), threads);
+        analysis = std::make_unique<Analysis>(listener, FindResults(lines), threads);
     }
     analysis->Feed(lines);
     return Found::Lines;

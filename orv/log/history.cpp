@@ -26,9 +26,10 @@ bool IsOfAddress(const Call& call, std::uint64_t address) {
 
 }  // namespace
 
-History::History(bool withResults, Threads hostThreads, std::function<void(const Call&)> callSink,
+History::History(ResultUse resultUse, Threads hostThreads,
+                 std::function<void(const Call&)> callSink,
                  std::function<void(const Entry&)> foreignSink)
-    : hasResults(withResults),
+    : results(resultUse),
       threads(hostThreads),
       onCall(std::move(callSink)),
       onForeign(std::move(foreignSink)) {}
@@ -74,8 +75,12 @@ void History::AddCall(const Entry& entry) {
 
 // Where no result line will come, the next call is the first sign that one has ended.
 void History::EndWhatMustHaveEnded(std::int64_t time) {
-    for (std::size_t index = 0; !hasResults && index < open.size();) {
+    for (std::size_t index = 0; index < open.size();) {
         Call& call = open[index].call;
+        if (WritesResults(call.subject.function)) {
+            ++index;
+            continue;
+        }
         const std::int64_t passed = std::max<std::int64_t>(time - call.start, 0);
         if (threads == Threads::One) {
             call.duration.atMost = passed;
@@ -88,7 +93,7 @@ void History::EndWhatMustHaveEnded(std::int64_t time) {
 }
 
 void History::AddResult(const Entry& entry) {
-    hasResults = true;  // known late where the log is still being written
+    results.set(static_cast<std::size_t>(entry.subject.function));  // late in a log that grows
     std::size_t best = open.size();
     std::int64_t bestGap = std::numeric_limits<std::int64_t>::max();
     for (std::size_t index = 0; index < open.size(); ++index) {
@@ -128,7 +133,6 @@ void History::AddFailure(const Entry& entry) {
         } else if (call.failures.owner == Owner::ThisCall && CallbackMayFail(call, entry.time)) {
             call.failures.owner = Owner::ThisOrCallback;
         }
-        call.duration.atLeast = std::max(call.duration.atLeast, call.failures.first);
     }
 }
 
@@ -138,7 +142,7 @@ bool History::CallbackMayFail(const Call& call, std::int64_t time) const {
     const Function function = call.subject.function;
     const bool starts = function == Function::Start || function == Function::Connect;
     // Without a result line the failure may have come long after what this call has started.
-    const std::uint64_t own = starts && hasResults ? 1 : 0;
+    const std::uint64_t own = starts && WritesResults(function) ? 1 : 0;
     return time - latestCallback <= CallbackReach || scansStarted + linksStarted > own ||
            call.failures.count > (function == Function::Connect ? 3 : 1);
 }
@@ -190,6 +194,9 @@ void History::Finish(std::size_t index, std::int64_t end) {
     OpenCall finished = std::move(open[index]);
     open.erase(open.begin() + static_cast<std::ptrdiff_t>(index));
     Call& call = finished.call;
+    if (call.failures.count > 0 && call.failures.owner == Owner::ThisCall) {
+        call.duration.atLeast = std::max(call.duration.atLeast, call.failures.first);
+    }
     call.lockWait = LockWaitOf(call, end);
     Conclude(call);
     book.End(call, finished.begin);
@@ -205,13 +212,17 @@ void History::Finish(std::size_t index, std::int64_t end) {
     onCall(call);
 }
 
+bool History::WritesResults(Function function) const {
+    return results.test(static_cast<std::size_t>(function));
+}
+
 void History::End() {
     while (!open.empty()) {
         Call& call = open.front().call;
-        call.logEnded = true;
-        if (hasResults) {
-            call.duration.atLeast =
-                std::max(call.duration.atLeast, std::max<std::int64_t>(latest - call.start, 0));
+        const bool resultMissing = WritesResults(call.subject.function);
+        call.logEnded = resultMissing || threads == Threads::One;
+        if (resultMissing) {
+            call.duration.atLeast = std::max<std::int64_t>(latest - call.start, 0);
         }
         Finish(0, latest);
     }

@@ -1,6 +1,7 @@
 // The entries of a log put together: each call with its result, its failures and its time.
 #pragma once
 
+#include <bitset>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -17,13 +18,16 @@ enum class Threads : std::uint8_t {
     Many,  // calls may overlap
 };
 
+// The functions for whose calls the host writes result lines.
+using ResultUse = std::bitset<FunctionCount>;
+
 class History {
   public:
-    // `hasResults`: the host writes result lines, so a call has ended only when its own is there.
-    // Without them the log cannot tell threads apart, and `threads` says what to assume. `onCall`
-    // is called for each call when it has ended, `onForeign` for a failure line that was written
-    // while no call ran, by a callback.
-    History(bool hasResults, Threads threads, std::function<void(const Call&)> onCall,
+    // A call of a function in `results` has ended only when its result line is there. Of others the
+    // log does not tell which thread made them, and `threads` says what to assume. `onCall` is
+    // called for each call when it has ended, `onForeign` for a failure line that was written while
+    // no call ran, by a callback.
+    History(ResultUse results, Threads threads, std::function<void(const Call&)> onCall,
             std::function<void(const Entry&)> onForeign);
 
     void Add(const Entry& entry);
@@ -50,10 +54,11 @@ class History {
     void EndWhatMustHaveEnded(std::int64_t time);
     void Finish(std::size_t index, std::int64_t end);
     std::int64_t LockWaitOf(const Call& call, std::int64_t end) const;
+    bool WritesResults(Function function) const;
     bool CallbackMayFail(const Call& call, std::int64_t time) const;
     void Conclude(Call& call) const;
 
-    bool hasResults;
+    ResultUse results;
     Threads threads;
     std::function<void(const Call&)> onCall;
     std::function<void(const Entry&)> onForeign;

@@ -57,9 +57,9 @@ std::string FactsOf(const Note& note) {
         case NoteKind::CallbackFailed:
             return "a callback failed";
         case NoteKind::DroppedWhileConnecting:
-            return notifications + " arrived before connect had returned and were dropped";
+            return notifications + " arrived before connect had returned: dropped";
         case NoteKind::DroppedWithoutLink:
-            return notifications + " arrived without a link and were dropped";
+            return notifications + " arrived without a link: dropped";
         case NoteKind::NothingHeard:
             return "a scan heard nothing for " + seconds;
         case NoteKind::AdvertisementsStopped:
@@ -71,7 +71,7 @@ std::string FactsOf(const Note& note) {
         case NoteKind::StrayLines:
             return Count(note.count, "line") + " passed over";
         case NoteKind::LastLineCut:
-            return "the last line is not complete and was passed over";
+            return "the last line is not complete: passed over";
         case NoteKind::ResultsWithoutCall:
             return Count(note.count, "result line") + " without a call";
         case NoteKind::HostileNames:

@@ -19,6 +19,19 @@ bool HasControl(std::string_view name) {
     });
 }
 
+void PlaceAt(Note& note, const Entry& entry) {
+    note.stamp = entry.stamp;
+    note.time = entry.time;
+    note.line = entry.line;
+}
+
+// A note that stands for many entries is placed at the first.
+void CountAt(Note& note, const Entry& entry) {
+    if (note.count++ == 0) {
+        PlaceAt(note, entry);
+    }
+}
+
 }  // namespace
 
 Observer::Observer(std::function<void(const Note&)> noteSink) : onNote(std::move(noteSink)) {}
@@ -70,18 +83,15 @@ void Observer::StopScan(std::uint64_t scanner, std::int64_t time) {
 
 void Observer::AddAdvertisement(const Entry& entry) {
     if (HasControl(entry.words)) {
-        hostile.line = hostile.count++ == 0 ? entry.line : hostile.line;
-        hostile.stamp = entry.stamp;
+        CountAt(hostile, entry);
     }
     if (!scans.empty()) {
         ReportSilence(entry.time);
         heard = entry;
         heard.words = {};
         ++heardCount;
-    } else if (anyScan && entry.time > scanEnded + Trailing && unasked.count++ == 0) {
-        unasked.line = entry.line;
-        unasked.stamp = entry.stamp;
-        unasked.time = entry.time;
+    } else if (anyScan && entry.time > scanEnded + Trailing) {
+        CountAt(unasked, entry);
     }
 }
 
@@ -92,9 +102,7 @@ void Observer::ReportSilence(std::int64_t until) {
         return;
     }
     Note note{heardCount > 0 ? NoteKind::AdvertisementsStopped : NoteKind::NothingHeard};
-    note.stamp = heard.stamp;
-    note.time = heard.time;
-    note.line = heard.line;
+    PlaceAt(note, heard);
     note.number = silent;
     onNote(note);
 }
@@ -104,13 +112,8 @@ void Observer::AddNotification(const Entry& entry) {
     if (found == unlinked.end()) {
         return;
     }
-    Note& note = found->second;
-    if (note.count++ == 0) {
-        note.stamp = entry.stamp;
-        note.time = entry.time;
-        note.line = entry.line;
-    }
-    note.number += entry.number;
+    CountAt(found->second, entry);
+    found->second.number += entry.number;
 }
 
 void Observer::ReportDropped(std::uint64_t address) {
@@ -125,7 +128,8 @@ void Observer::AddCall(const Call& call) {
     if (call.subject.function == Function::Start && call.result == -1) {
         scans.erase(handle);
     }
-    if (call.subject.function == Function::Connect && call.notifications > 0 &&
+    // Without a result line they may have come after it had returned.
+    if (call.subject.function == Function::Connect && call.notifications > 0 && call.resultLogged &&
         call.presence != Presence::Present) {
         Note note{NoteKind::DroppedWhileConnecting};
         note.stamp = call.stamp;

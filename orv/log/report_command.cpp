@@ -1,5 +1,6 @@
 #include "orv/log/report_command.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -16,13 +17,15 @@ namespace {
 
 std::string PageOf(const std::string& path, std::string_view bytes, Threads threads) {
     ReportCollector collected;
-    const bool hasResults = HasResults(bytes);
-    Analysis analysis(collected, hasResults, threads);
+    const ResultUse results = FindResults(bytes);
+    Analysis analysis(collected, results, threads);
     analysis.Feed(bytes);
     analysis.End();
-    std::string page(PageBeforeData);
-    page += ReportJson({path, hasResults, threads, analysis.Sums()}, collected);
-    page += PageAfterData;
+    std::string page;
+    const auto append = [&page](std::string_view piece) { page += piece; };
+    std::for_each(PageBeforeData.begin(), PageBeforeData.end(), append);
+    page += ReportJson({path, results.any(), threads, analysis.Sums()}, collected);
+    std::for_each(PageAfterData.begin(), PageAfterData.end(), append);
     return page;
 }
 

@@ -1,11 +1,12 @@
-// The page around a report's data, as the build made it from orv/report.
+// The page around a report's data, in pieces, as the build made it from orv/report.
 #pragma once
 
+#include <span>
 #include <string_view>
 
 namespace orv::log {
 
-extern const std::string_view PageBeforeData;
-extern const std::string_view PageAfterData;
+extern const std::span<const std::string_view> PageBeforeData;
+extern const std::span<const std::string_view> PageAfterData;
 
 }  // namespace orv::log

@@ -33,9 +33,11 @@ std::string OutcomeWords(const Call& call) {
 
 // Without a result there is something to explain only where the log shows a sign of failure.
 bool HasSign(const Call& call) {
+    const FunctionFacts& facts = FactsOf(call.subject.function);
     const std::int64_t longest = call.duration.atMost.value_or(0);
-    return call.result || call.failures.count > 0 || call.logEnded ||
-           (FactsOf(call.subject.function).waits > 0 && longest >= WaitLimit - Early);
+    return call.result || call.failures.count > 0 ||
+           (call.logEnded && (facts.waits > 0 || facts.holdsLock)) ||
+           (facts.waits > 0 && longest >= WaitLimit - Early);
 }
 
 bool AreAlike(const Call& one, const Call& other) {

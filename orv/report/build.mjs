@@ -29,13 +29,14 @@ const page = read(source, "page.html")
     .replace("{{script}}", () => script);
 const [before, after] = page.split("{{data}}");
 
-// Pieces that every compiler takes, none of which cuts a character.
-const literal = (text) => {
-    const pieces = [];
-    for (let rest = Array.from(text); rest.length > 0; ) {
-        pieces.push('R"page(' + rest.splice(0, 4000).join("") + ')page"');
+// Pieces of a length that every compiler takes, none of which cuts a character.
+const pieces = (text) => {
+    const characters = Array.from(text);
+    const made = [];
+    for (let start = 0; start < characters.length; start += 8000) {
+        made.push('    R"page(' + characters.slice(start, start + 8000).join("") + ')page",');
     }
-    return pieces.join("\n");
+    return made.join("\n");
 };
 writeFileSync(
     output,
@@ -43,8 +44,19 @@ writeFileSync(
 
 namespace orv::log {
 
-const std::string_view PageBeforeData = ${literal(before)};
-const std::string_view PageAfterData = ${literal(after)};
+namespace {
+
+constexpr std::string_view Before[] = {
+${pieces(before)}
+};
+constexpr std::string_view After[] = {
+${pieces(after)}
+};
+
+}  // namespace
+
+const std::span<const std::string_view> PageBeforeData(Before);
+const std::span<const std::string_view> PageAfterData(After);
 
 }  // namespace orv::log
 `,

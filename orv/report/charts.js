@@ -42,6 +42,7 @@ function makeLines(place, height, series, values, unit) {
     return new uPlot(
         {
             width: place.clientWidth - 8,
+            padding: [8, 26, 0, 0],
             height,
             cursor: { drag: { x: true, y: false }, sync: { key: "time" }, points: { size: 6 } },
             scales: { x: { time: false, range: (chart, min, max) => [min, max] } },
@@ -77,9 +78,11 @@ function binTimes(width, count) {
 }
 const padded = (values) => [null, ...values, null];
 
+const short = (name) => (name.length > 24 ? name.slice(0, 23) + "\u2026" : name);
+
 function makeSignal(place) {
     const series = data.signals.map((device, index) => ({
-        label: (device.name || "no name") + " " + device.address,
+        label: short(device.name || "no name") + " " + device.address,
         stroke: palette[index % palette.length],
         width: 1.5,
         spanGaps: true,

@@ -83,6 +83,7 @@ function makeLanes(place) {
     return new uPlot(
         {
             width: place.clientWidth - 8,
+            padding: [8, 26, 0, 0],
             height: laneHeight * names.length + 40,
             legend: { show: false },
             cursor: { y: false, points: { show: false }, drag: { x: true, y: false }, sync: { key: "time" } },

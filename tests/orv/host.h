@@ -26,8 +26,8 @@ ResultCode CallLogged(bool results, Export&& call) {
     return result;
 }
 
-inline log::Findings ReadLog() {
-    return log::FindAll(LogBytes(), log::Threads::One);
+inline log::Findings ReadLog(log::Threads threads = log::Threads::One) {
+    return log::FindAll(LogBytes(), threads);
 }
 
 // Fails the test unless the causes of `call` hold `cause`, at the wait `step` where the cause is

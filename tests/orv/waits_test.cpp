@@ -43,9 +43,17 @@ Cause CauseOf(std::int32_t operation, const WaitEnding& ending) {
     }
 }
 
-class EveryEnding : public WorldTest, public testing::WithParamInterface<bool> {
+// How the host logs, and what the reader is told of it.
+struct Logging {
+    const char* name;
+    bool results;
+    log::Threads threads;
+};
+
+class EveryEnding : public WorldTest, public testing::WithParamInterface<Logging> {
   protected:
-    bool results = GetParam();
+    bool results = GetParam().results;
+    log::Call FirstCall() const { return ReadLog(GetParam().threads).calls.front(); }
 
     // `lateBefore`: every earlier wait of the export takes so long.
     void Check(const Export& row, int step, const WaitEnding& ending, std::int32_t lateBefore) {
@@ -66,7 +74,7 @@ class EveryEnding : public WorldTest, public testing::WithParamInterface<bool> {
         OrvWorld_PassTime(4000);
         OrvScanner_GetDeviceCount(0);  // the next call, which bounds the one before
 
-        const log::Call call = ReadLog().calls.front();
+        const log::Call call = FirstCall();
         EXPECT_TRUE(call.result.value_or(result) == result);
         EXPECT_EQ(call.resultLogged, results);
         if (result == -1) {
@@ -99,7 +107,11 @@ TEST_P(EveryEnding, IsNamed) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(ResultLines, EveryEnding, testing::Bool());
+INSTANTIATE_TEST_SUITE_P(Logging, EveryEnding,
+                         testing::Values(Logging{"ResultLines", true, log::Threads::One},
+                                         Logging{"OneThread", false, log::Threads::One},
+                                         Logging{"ManyThreads", false, log::Threads::Many}),
+                         RowName);
 
 // The n-th call into the system fails, for each n.
 TEST_P(EveryEnding, HasItsFailingCallNamed) {
@@ -109,7 +121,7 @@ TEST_P(EveryEnding, HasItsFailingCallNamed) {
         OrvWorld_FailCall(n, Fails);
         result = CallLogged(results, [] { return OrvDevice_Connect(Address); });
         OrvWorld_FailCall(0, 0);
-        const log::Call call = ReadLog().calls.front();
+        const log::Call call = FirstCall();
         EXPECT_EQ(call.result.value_or(result), result);
         if (result == -1) {
             ExpectNamed(call, Cause::SystemFailure);
