@@ -1,0 +1,38 @@
+#!/usr/bin/env python3
+"""check_truths.py finds each kind of gap.
+
+Usage: check_truths_test.py SOURCE FOLDER
+"""
+import pathlib
+import shutil
+import sys
+
+import check_truths
+
+DOCUMENT, TESTS = "docs/windows_truths.md", "tests/scenarios/truths_test.cpp"
+GAPS = [
+    (DOCUMENT, "`flood`", "`flod`", ["truth without a scenario: Notifications that nobody takes",
+                                     "scenario without a truth: flood"]),
+    (DOCUMENT, "**The host.** Has a heartbeat", "Has a heartbeat",
+     ["truth without **The host.**: A device that goes without a word"]),
+    (TESTS, '{"cut_name",', '{"cut",', ["scenario without a test: cut_name"]),
+]
+
+
+def main():
+    source, folder = (pathlib.Path(argument) for argument in sys.argv[1:])
+    for file, old, new, expected in GAPS:
+        shutil.rmtree(folder, ignore_errors=True)
+        for part in ("docs", "scenarios", "tests/scenarios"):
+            shutil.copytree(source / part, folder / part)
+        text = (folder / file).read_text(encoding="utf-8")
+        (folder / file).write_text(text.replace(old, new), encoding="utf-8")
+        found = list(check_truths.faults(folder))
+        if found != expected:
+            print("%s: found %s instead of %s" % (new, found, expected))
+            return 1
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
