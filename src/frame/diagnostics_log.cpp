@@ -86,9 +86,6 @@ ResultCode RunLogExport(Body&& body) noexcept {
 }  // namespace
 
 void AppendLogLine(std::string_view text) noexcept {
-    if (!diagnosticsLog.IsEnabled()) {
-        return;
-    }
     RunLogExport([text] { return WriteLine(text) ? 0 : ORV_FAILED; });
 }
 

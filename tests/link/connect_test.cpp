@@ -108,36 +108,6 @@ TEST_F(ConnectTest, DevicesWithoutTheServiceOrCharacteristicAreRefused) {
     EXPECT_EQ(OrvDevice_Flush(Address), 0) << "the link was lost";
 }
 
-// Each with the closes that are tried: a failing request for another interface fails again for the
-// one that closes, and leaves a second line.
-TEST_F(ConnectTest, FailingMembersLeaveNoLinkAndCloseWhatTheyCan) {
-    const std::pair<const char*, Lines> rows[] = {
-        {"BluetoothLEDevice.FromBluetoothAddressAsync", {}},
-        {"BluetoothLEDevice.QueryInterface", {}},
-        {"GattDeviceServicesResult.get_Status", {CloseDevice}},
-        {"GattDeviceServicesResult.get_Services", {CloseDevice}},
-        {"IVectorView.GetAt", {CloseDevice}},
-        {"GattDeviceService.QueryInterface", {CloseDevice}},
-        {"GattCharacteristicsResult.get_Status", {CloseService, CloseDevice}},
-        {"GattCharacteristicsResult.get_Characteristics", {CloseService, CloseDevice}},
-        {"GattCharacteristic.add_ValueChanged", {CloseService, CloseDevice}},
-    };
-    for (const auto& [member, closed] : rows) {
-        SCOPED_TRACE(member);
-        OrvWorld_Reset(1);
-        ASSERT_EQ(OrvWorld_AddDevice(Address, "ORV"), 0);
-        FailMember(member);
-        const bool twice = std::string(member).find("QueryInterface") != std::string::npos;
-        ExpectCall(
-            Connect, -1,
-            twice ? Lines{Trace, PlatformFailure, PlatformFailure} : Lines{Trace, PlatformFailure});
-        EXPECT_EQ(Closes(), closed);
-        EXPECT_EQ(OrvDevice_Flush(Address), -1);
-        EXPECT_EQ(OrvWorld_HeldObjects(), 0);
-        FailMember(member, 0);
-    }
-}
-
 // A close that fails during the cleanup is logged, and the rest of the cleanup still runs.
 TEST_F(ConnectTest, FailingCloseIsLoggedAndTheRestStillClosed) {
     const std::tuple<Lines, std::int32_t, Lines> rows[] = {

@@ -60,20 +60,6 @@ TEST_P(DisconnectWait, IsNotExaminedUnlessItIsRaised) {
 INSTANTIATE_TEST_SUITE_P(Endings, DisconnectWait,
                          testing::ValuesIn(Endings({OrvOperation_WriteDescriptor})), EndingName);
 
-TEST_F(DisconnectTest, FailureKeepsTheLinkWithItsBytesAndCanBeRepeated) {
-    for (const char* member : {CloseService, CloseDevice, "GattDeviceService.QueryInterface",
-                               "BluetoothLEDevice.QueryInterface"}) {
-        SCOPED_TRACE(member);
-        FailMember(member);
-        ExpectCall(Disconnect, -1, {Trace, PlatformFailure});
-        FailMember(member, 0);
-        ExpectKept();
-        ExpectCall(Disconnect, 0, {Trace});
-        ExpectGone();
-        Notify(Address, {7, 8, 9});
-    }
-}
-
 TEST_F(DisconnectTest, LateNotificationsAreTracedAndDropped) {
     OrvDevice_Disconnect(Address);
     ASSERT_EQ(OrvDevice_Connect(Address), 0);

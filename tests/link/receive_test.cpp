@@ -79,45 +79,5 @@ TEST_F(ReceiveTest, NullBufferLosesNothing) {
     EXPECT_EQ(OrvDevice_Flush(Address), 7);
 }
 
-TEST_F(ReceiveTest, FailureInTheHandlerDropsTheNotificationOnly) {
-    const char* const members[] = {
-        "GattValueChangedEventArgs.get_CharacteristicValue", "IBuffer.get_Length",
-        "GattCharacteristic.QueryInterface", "GattCharacteristic.get_Service",
-        "GattDeviceService.QueryInterface", "GattDeviceService.get_Device",
-        "BluetoothLEDevice.get_BluetoothAddress",
-        // From here on the line has been written.
-        "DataReader.FromBuffer", "DataReader.get_UnconsumedBufferLength", "DataReader.ReadByte"};
-    bool traced = false;
-    for (const std::string member : members) {
-        SCOPED_TRACE(member);
-        traced = traced || member.find("DataReader") == 0;
-        Notify(Address, {1, 2});
-        FailMember(member, traced ? Fails : NoMemory);
-        EXPECT_EQ(LinesOf([] {
-                      Notify(Address, {3, 4, 5});
-                  }),
-                  (traced ? Lines{TraceOf(3), PlatformFailure} : Lines{OutOfMemory}));
-        FailMember(member, 0);
-        Notify(Address, {6});
-        std::uint8_t bytes[8] = {};
-        EXPECT_EQ(OrvDevice_Receive(Address, 8, bytes), 3);
-        EXPECT_EQ(bytes[2], 6);
-    }
-}
-
-TEST_F(ReceiveTest, BytesReadBeforeAFailureStay) {
-    Notify(Address, {0});  // the first in a process makes more calls: it looks the factory up
-    const std::int32_t before = OrvWorld_CallCount(nullptr);
-    Notify(Address, {1, 2, 3, 4});
-    EXPECT_EQ(OrvDevice_Flush(Address), 5);
-    OrvWorld_FailCall(CallsUntil("DataReader.ReadByte", 3, before), Fails);
-    EXPECT_EQ(LinesOf([] { Notify(Address, {1, 2, 3, 4}); }), (Lines{TraceOf(4), PlatformFailure}));
-    EXPECT_EQ(OrvWorld_FailCall(0, 0), 0);
-    Notify(Address, {5});
-    std::uint8_t bytes[8] = {};
-    EXPECT_EQ(OrvDevice_Receive(Address, 8, bytes), 3);
-    EXPECT_EQ(Bytes(bytes, bytes + 3), (Bytes{1, 2, 5}));
-}
-
 }  // namespace
 }  // namespace orv

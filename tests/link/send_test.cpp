@@ -67,24 +67,6 @@ TEST_P(SendWait, DecidesAloneAndItsResultIsNotRead) {
 INSTANTIATE_TEST_SUITE_P(Endings, SendWait, testing::ValuesIn(Endings({OrvOperation_WriteValue})),
                          EndingName);
 
-TEST_F(SendTest, FailingMembersAreLoggedAndLeaveTheLinkAlone) {
-    Notify(Address, {1, 2, 3});
-    for (const char* member : {"DataWriter.ActivateInstance", "DataWriter.QueryInterface",
-                               "DataWriter.WriteBytes", "DataWriter.DetachBuffer"}) {
-        SCOPED_TRACE(member);
-        const std::int32_t held = OrvWorld_HeldObjects();
-        FailMember(member);
-        ExpectCall([] { return OrvDevice_Send(Address, 1, &OneByte); }, -1,
-                   {Trace, PlatformFailure});
-        FailMember(member, NoMemory);
-        ExpectCall([] { return OrvDevice_Send(Address, 1, &OneByte); }, -1, {Trace, OutOfMemory});
-        FailMember(member, 0);
-        EXPECT_EQ(OrvWorld_HeldObjects(), held);
-    }
-    EXPECT_EQ(OrvDevice_Send(Address, 1, &OneByte), 1);
-    EXPECT_EQ(OrvDevice_Flush(Address), 3);
-}
-
 // Until the send's limit passes, the other exports of links wait for it and all others answer.
 TEST_F(SendTest, HoldsTheLinksAndNothingElseWhileItWaits) {
     AddDevice(OtherAddress, "ORV-0043");

@@ -72,6 +72,23 @@ TEST_F(ActivationTest, JoinsTheApartmentForAThreadWithoutOneAndAsksAgain) {
     EXPECT_LE(OrvWorld_CallCount(Apartment), 1) << "one use for the whole process";
 }
 
+// In a process of its own, which has not joined yet.
+TEST(ApartmentDeathTest, ThatCannotBeJoinedIsTriedAgainAndNothingIsKept) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            SharedFactory shared{nullptr};
+            OrvWorld_Reset(1);
+            OrvWorld_FailMember(Apartment, E_FAIL);
+            for (int i = 0; i < 2; ++i) {
+                FindFactory(shared, BluetoothAdapter::Name, IidOf<IBluetoothAdapterStatics>);
+            }
+            const bool kept = shared.load() != nullptr;
+            std::exit(OrvWorld_CallCount(Apartment) + (kept ? 100 : 40));
+        },
+        testing::ExitedWithCode(42), "");
+}
+
 TEST_F(ActivationTest, TriesTheNamespacesLibrariesLast) {
     OrvWorld_FailMember(Runtime, REGDB_E_CLASSNOTREG);
     EXPECT_EQ(Find(), REGDB_E_CLASSNOTREG);

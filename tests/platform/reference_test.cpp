@@ -31,6 +31,20 @@ struct Counted : IClosable {
     HRESULT Close() override { return answer; }
 };
 
+TEST(Reference, ToNothingHasNoInterface) {
+    EXPECT_THROW(Reference<IClosable>().As<IUnknown>(), PlatformFailure);
+}
+
+TEST(Guid, DiffersInEveryPart) {
+    const GUID own = IidOf<IClosable>;
+    EXPECT_EQ(own, IidOf<IClosable>);
+    for (std::size_t byte = 0; byte < sizeof own; ++byte) {
+        GUID other = own;
+        reinterpret_cast<std::uint8_t*>(&other)[byte] ^= 1;
+        EXPECT_FALSE(other == own) << byte;
+    }
+}
+
 TEST(Reference, CountsOncePerHolder) {
     Counted a;
     Counted b;

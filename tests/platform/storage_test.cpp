@@ -2,11 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <limits>
 #include <random>
 #include <vector>
 
+#include "frame/export_frame.h"
 #include "link/receive_queue.h"
 #include "scanner/discovered_devices.h"
+#include "scanner/scanner_session.h"
 
 namespace orv {
 namespace {
@@ -57,6 +60,24 @@ TEST(DiscoveredDevices, KeepOrderAndPlace) {
         }
         EXPECT_EQ(kept, &devices.At(64)) << "records do not move";
         devices.Clear();
+    }
+}
+
+TEST(ScannerSessions, EndWithTheLargestId) {
+    {
+        const Lock lock(ScannerLock);
+        scannerSessions.sessions.push_back({std::numeric_limits<std::int32_t>::max() - 1, {}, {}});
+    }
+    EXPECT_EQ(OrvScanner_Initialize(), std::numeric_limits<std::int32_t>::max());
+    EXPECT_EQ(OrvScanner_Initialize(), -1);
+    const Lock lock(ScannerLock);
+    scannerSessions.sessions.clear();
+}
+
+TEST(CountResult, NeverLooksLikeAFailure) {
+    EXPECT_EQ(CountResult(7), 7);
+    for (const std::size_t count : {std::size_t{INT32_MAX}, std::size_t{INT32_MAX} + 1, SIZE_MAX}) {
+        EXPECT_EQ(CountResult(count), INT32_MAX);
     }
 }
 

@@ -72,8 +72,9 @@ TEST(RuntimeString, BecomesWellFormedUtf8) {
 }
 
 struct Own : std::exception {
+    explicit Own(const char* own) : text(own) {}
     const char* what() const noexcept override { return text; }
-    const char* text = "a text of one's own";
+    const char* text;
 };
 
 struct Thrown {
@@ -92,7 +93,8 @@ const Thrown Failures[] = {
      "Exception: deque<T> too long"},
     {"Cast", [] { throw std::bad_cast(); }, "Exception: bad cast"},
     {"Plain", [] { throw std::exception(); }, "Exception: Unknown exception"},
-    {"OwnText", [] { throw Own(); }, "Exception: a text of one's own"},
+    {"OwnText", [] { throw Own("a text of one's own"); }, "Exception: a text of one's own"},
+    {"NoText", [] { throw Own(nullptr); }, "Exception: error retrieving exception"},
     {"Runtime", [] { RaiseFailure(E_FAIL); }, "Exception: unknown type"},
     {"Number", [] { throw 5; }, "Exception: unknown type"},
 };

@@ -58,6 +58,7 @@ class Faults : public WorldTest, public testing::WithParamInterface<Step> {
         step.arrange();
         const std::string before = State();
         const std::int32_t held = OrvWorld_HeldReferences();
+        const std::int32_t open = OrvWorld_OpenObjects(Address);
         Logging_Enable();
         arm();
         const ResultCode result = step.run();
@@ -74,6 +75,7 @@ class Faults : public WorldTest, public testing::WithParamInterface<Step> {
             EXPECT_TRUE(othersFail || State() == before) << "the failure left something behind";
             OrvWorld_Settle();
             EXPECT_LE(OrvWorld_HeldReferences(), held) << "a reference leaked";
+            EXPECT_LE(OrvWorld_OpenObjects(Address), open) << "something was not closed";
         }
         EXPECT_EQ(failed ? step.run() : result, step.success) << "the next call must succeed";
         step.undo();
@@ -99,6 +101,8 @@ class Faults : public WorldTest, public testing::WithParamInterface<Step> {
         }
     }
 };
+
+using FaultsOfTheLog = WorldTest;
 
 TEST_P(Faults, EveryPlatformCallCanFail) {
     GetParam().arrange();  // looks the factories up, which happens once in a process
@@ -126,6 +130,34 @@ TEST_P(Faults, EveryPlatformCallCanFail) {
     std::printf("%s: %d platform calls failed\n", GetParam().name, points);
 }
 
+// The call answers success and does nothing: no object, no value, no handler that will be called.
+TEST_P(Faults, EveryPlatformCallCanGiveNothing) {
+    const Step& step = GetParam();
+    constexpr std::int32_t SuccessWithoutEffect = 1;
+    for (int n = 1;; ++n) {
+        SCOPED_TRACE("platform call " + std::to_string(n));
+        step.arrange();
+        const std::int32_t held = OrvWorld_HeldReferences();
+        Logging_Enable();
+        OrvWorld_FailCall(n, SuccessWithoutEffect);
+        const ResultCode result = step.run();
+        if (OrvWorld_FailCall(0, 0) != 0) {
+            EXPECT_EQ(result, step.success);
+            step.undo();
+            break;
+        }
+        EXPECT_TRUE(step.leaves.empty() ? result == -1 || result == step.success
+                                        : result <= step.success);
+        OrvWorld_PassTime(4000);
+        if (result == -1) {
+            EXPECT_LE(OrvWorld_HeldReferences(), held) << "a reference leaked";
+        }
+        WorldTest::TearDown();
+        WorldTest::SetUp();
+        ASSERT_FALSE(HasFailure());
+    }
+}
+
 TEST_P(Faults, EveryAllocationCanFail) {
 #ifdef ORV_SANITIZED
     GTEST_SKIP() << "a sanitizer's allocations cannot be made to fail";
@@ -145,6 +177,21 @@ TEST_P(Faults, EveryAllocationCanFail) {
     }
     othersFail = false;
     std::printf("%s: %d allocations failed\n", GetParam().name, points);
+}
+
+TEST_F(FaultsOfTheLog, LongLineIsLostWithoutMemory) {
+#ifdef ORV_SANITIZED
+    GTEST_SKIP() << "a sanitizer's allocations cannot be made to fail";
+#endif
+    const std::string text(100000, 'x');
+    const auto append = [&text] { return Logging_AppendLine(text.data(), 100000); };
+    isTester = true;
+    othersFail = false;
+    allocationsLeft = 1;
+    EXPECT_EQ(append(), -1);
+    EXPECT_EQ(allocationsLeft.exchange(0), 0) << "a long line needs memory";
+    EXPECT_EQ(append(), 100014);
+    EXPECT_EQ(LogLines(), Lines{text});
 }
 
 INSTANTIATE_TEST_SUITE_P(Exports, Faults, testing::ValuesIn(Steps), RowName);

@@ -235,52 +235,6 @@ TEST_F(HearingTest, NameFollowsWhereScanResponsesCannotBeTold) {
     ExpectRecord(Record("ORV-2"));
 }
 
-TEST_F(HearingTest, FailureInTheHandlerIsLoggedAndKeepsWhatWasDone) {
-    const char* const members[] = {
-        "BluetoothLEAdvertisementReceivedEventArgs.get_BluetoothAddress",
-        "BluetoothLEAdvertisementReceivedEventArgs.get_Advertisement",
-        "BluetoothLEAdvertisement.get_LocalName",
-        "BluetoothLEAdvertisementReceivedEventArgs.get_RawSignalStrengthInDBm",
-        // From here on the line has been written and the signal stored.
-        "BluetoothLEAdvertisementReceivedEventArgs.get_IsScanResponse",
-        "BluetoothLEAdvertisement.get_DataSections", "IVector.get_Size", "IVector.GetAt",
-        "BluetoothLEAdvertisementDataSection.get_Data", "IBuffer.get_Length",
-        "IBuffer.QueryInterface", "IBuffer.Buffer"};
-    AddSection(Response, {0x00, 0x05, 0x2A});
-    bool traced = false;
-    for (const std::string member : members) {
-        SCOPED_TRACE(member);
-        traced = traced || member.find("IsScanResponse") != std::string::npos;
-        OrvScanner_Start(0);
-        OrvWorld_SetSignal(Heard, -60);
-        Advertise(Heard);
-        OrvWorld_SetSignal(Heard, -33);
-        FailMember(member, traced ? Fails : NoMemory);
-        EXPECT_EQ(Hear(Response),
-                  (traced ? Lines{TraceOf("", "-33"), PlatformFailure} : Lines{OutOfMemory}));
-        FailMember(member, 0);
-        ExpectRecord(Record("ORV-1", traced ? -33 : -60));
-        EXPECT_EQ(Hear(Response), Lines{TraceOf("", "-33")});
-        ExpectRecord(Record("ORV-1", -33, 0x2A));
-    }
-}
-
-TEST_F(HearingTest, FailureBetweenSectionsKeepsTheEarlierValues) {
-    AddSection(Response, {0x00, 0x05, 0x2A});
-    AddSection(Response, {0x30, 0x11, 0x07});
-    Advertise(Heard);
-    const std::int32_t before = OrvWorld_CallCount(nullptr);
-    Advertise(Heard, Response);
-    const std::int32_t second =
-        CallsUntil("BluetoothLEAdvertisementDataSection.get_Data", 2, before);
-    OrvScanner_Start(0);
-    Advertise(Heard);
-    OrvWorld_FailCall(second, Fails);
-    EXPECT_EQ(Hear(Response), (Lines{TraceOf(""), PlatformFailure}));
-    EXPECT_EQ(OrvWorld_FailCall(0, 0), 0);
-    ExpectRecord(Record("ORV-1", -60, 0x2A));
-}
-
 TEST_F(HearingTest, RecordsOutOfRangeOrWithoutRoomAreRefused) {
     Advertise(Heard);
     DiscoveredDevice untouched;

@@ -81,34 +81,6 @@ TEST_F(ScannerTest, EachCallAsksTheWatcherForNoMore) {
     EXPECT_EQ(OrvWorld_HeldObjects(), 0);
 }
 
-TEST_F(ScannerTest, FailuresOfTheWatcherLeaveNoSessionAndNoLock) {
-    for (const char* member : {"ActivateInstance", "QueryInterface", "put_ScanningMode",
-                               "add_Received", "Start", "Stop"}) {
-        SCOPED_TRACE(member);
-        const std::string name = std::string("BluetoothLEAdvertisementWatcher.") + member;
-        const bool starts = name == Start;
-        const bool stops = name == Stop;
-        ResultCode (*const call)() = starts  ? +StartFirst
-                                     : stops ? +StopFirst
-                                             : OrvScanner_Initialize;
-        const char* const trace = starts  ? "OrvScanner_Start 0"
-                                  : stops ? "OrvScanner_Stop 0"
-                                          : "OrvScanner_Initialize";
-        StartFirst();
-        Advertise(Address);
-        const std::int32_t held = OrvWorld_HeldObjects();
-        FailMember(name);
-        ExpectCall(call, -1, {trace, PlatformFailure});
-        FailMember(name, NoMemory);
-        ExpectCall(call, -1, {trace, OutOfMemory});
-        FailMember(name, 0);
-        EXPECT_EQ(OrvWorld_HeldObjects(), held);
-        EXPECT_EQ(OrvScanner_GetDeviceCount(0), starts ? 0 : 1);
-        EXPECT_EQ(call(), starts || stops ? 0 : 1);
-        OrvScanner_Deinitialize(1);
-    }
-}
-
 // A start or stop that hangs keeps the scanner waiting, and nothing else.
 TEST_F(ScannerTest, HangingStartOrStopLeavesLogAndLinksUsable) {
     AddDevice(OtherAddress, "Lamp");

@@ -85,19 +85,6 @@ Lines Calls(std::int32_t from) {
     return calls;
 }
 
-std::int32_t CallsUntil(const std::string& member, std::int32_t nth, std::int32_t from) {
-    std::int32_t index = from;
-    for (std::int32_t seen = 0; seen < nth; ++index) {
-        const std::string call = TextAt(OrvWorld_CallAt, index);
-        if (call.empty()) {
-            ADD_FAILURE() << member << " was not called " << nth << " times";
-            return 0;
-        }
-        seen += call.substr(0, call.find(' ')) == member;
-    }
-    return index - from;
-}
-
 bool AwaitLog(const std::string& text) {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     while (LogBytes().find(text) == std::string::npos) {

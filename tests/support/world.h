@@ -44,8 +44,6 @@ Bytes Sequence(std::size_t count, std::size_t first = 0);
 // The library's calls into the world's objects since the one of number `from`, except requests for
 // other interfaces.
 Lines Calls(std::int32_t from = 0);
-// How many calls after that of number `from` the call of `member` for the `nth` time comes.
-std::int32_t CallsUntil(const std::string& member, std::int32_t nth, std::int32_t from);
 
 // Expects what `call` returns, and the lines that it writes into an emptied log.
 template <typename Call>

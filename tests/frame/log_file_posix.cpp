@@ -1,0 +1,52 @@
+// The log's file where the system gets in the way: a full disk, and a library file that is gone.
+#include <dlfcn.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <filesystem>
+
+#include "support/world.h"
+
+namespace orv {
+namespace {
+
+using LogFileTest = WorldTest;
+
+TEST_F(LogFileTest, FullDiskIsNotReported) {
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit before = {};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit full = {20, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full);
+    EXPECT_EQ(Logging_AppendLine("0123456789", 10), 24);
+    EXPECT_EQ(Logging_AppendLine("0123456789", 10), 24);
+    EXPECT_EQ(BluetoothAvailable(), 0);
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(LogBytes().size(), 20u);
+    std::filesystem::remove(LogPath());
+    EXPECT_EQ(Logging_AppendLine("x", 1), 15);
+    EXPECT_EQ(LogLines(), Lines{"x"});
+}
+
+TEST_F(LogFileTest, LiesWhereADeletedLibraryWas) {
+    const std::string copy = LibraryFile() + ".copy";
+    for (const char* name : {"", " (deleted)"}) {
+        const std::string file = copy + name;
+        std::filesystem::copy_file(LibraryFile(), file,
+                                   std::filesystem::copy_options::overwrite_existing);
+        void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(library, nullptr) << dlerror();
+        const auto enable = reinterpret_cast<ResultCode (*)()>(dlsym(library, "Logging_Enable"));
+        // A file whose own name ends like the mark of a deleted one is still there.
+        const bool isGone = *name == '\0';
+        if (isGone) {
+            std::filesystem::remove(file);
+        }
+        EXPECT_EQ(enable(), 0);
+        EXPECT_TRUE(std::filesystem::remove(file + ".log")) << file;
+        std::filesystem::remove(file);
+    }
+}
+
+}  // namespace
+}  // namespace orv
