@@ -39,8 +39,6 @@ class Text {
         }
     }
 
-    const char* Data() const { return bytes; }
-    std::size_t Size() const { return used; }
     std::string_view View() const { return {bytes, used}; }
 
   private:

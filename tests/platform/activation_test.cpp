@@ -80,13 +80,17 @@ TEST(ApartmentDeathTest, ThatCannotBeJoinedIsTriedAgainAndNothingIsKept) {
             SharedFactory shared{nullptr};
             OrvWorld_Reset(1);
             OrvWorld_FailMember(Apartment, E_FAIL);
-            for (int i = 0; i < 2; ++i) {
-                FindFactory(shared, BluetoothAdapter::Name, IidOf<IBluetoothAdapterStatics>);
-            }
+            OrvWorld_FailCall(1, CO_E_NOTINITIALIZED);
+            for (int i = 0; i < 3; ++i) try {
+                    FindFactory(shared, BluetoothAdapter::Name, IidOf<IBluetoothAdapterStatics>);
+                } catch (const PlatformFailure& failure) {
+                    if (i > 0 || failure.code != CO_E_NOTINITIALIZED)
+                        std::exit(1);
+                }
             const bool kept = shared.load() != nullptr;
             std::exit(OrvWorld_CallCount(Apartment) + (kept ? 100 : 40));
         },
-        testing::ExitedWithCode(42), "");
+        testing::ExitedWithCode(43), "");
 }
 
 TEST_F(ActivationTest, TriesTheNamespacesLibrariesLast) {

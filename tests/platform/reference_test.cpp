@@ -155,6 +155,8 @@ TEST(Handler, AnswersForItselfAndForAnyThread) {
     }
     EXPECT_EQ(handler.Get()->AddRef(), 2u);
     handler.Get()->Release();
+    void* object = nullptr;
+    EXPECT_EQ(handler.Get()->QueryInterface(nullptr, &object), E_POINTER);
     EXPECT_EQ(handler.Get()->QueryInterface(nullptr, nullptr), E_POINTER);
 }
 

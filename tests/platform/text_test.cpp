@@ -94,6 +94,7 @@ const Thrown Failures[] = {
     {"Cast", [] { throw std::bad_cast(); }, "Exception: bad cast"},
     {"Plain", [] { throw std::exception(); }, "Exception: Unknown exception"},
     {"OwnText", [] { throw Own("a text of one's own"); }, "Exception: a text of one's own"},
+    {"OtherLength", [] { throw std::length_error("of one's own"); }, "Exception: of one's own"},
     {"NoText", [] { throw Own(nullptr); }, "Exception: error retrieving exception"},
     {"Runtime", [] { RaiseFailure(E_FAIL); }, "Exception: unknown type"},
     {"Number", [] { throw 5; }, "Exception: unknown type"},
