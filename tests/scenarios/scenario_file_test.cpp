@@ -86,6 +86,44 @@ TEST_F(ScenarioFileTest, AFaultNamesLineAndFieldAndChangesNothing) {
     EXPECT_EQ(OrvWorld_PlayScenario(nullptr, 1, nullptr, 0), -1);
 }
 
+// The functions that arrange what a scenario's fields do.
+TEST_F(ScenarioFileTest, FunctionsArrangeTheSame) {
+    OrvWorld_KnowOnceHeard(Address);
+    EXPECT_EQ(OrvDevice_Connect(Address), -1);
+    const ResultCode scanner = OrvScanner_Initialize();
+    OrvScanner_Start(scanner);
+    Advertise(Address);
+    EXPECT_EQ(OrvDevice_Connect(Address), 0);
+    OrvWorld_SwitchRadio(0, OrvRadioState_Off);
+    EXPECT_EQ(OrvWorld_Advertise(Address, OrvPacket_Advertisement, -1), 0);
+    OrvWorld_SwitchRadio(0, OrvRadioState_On);
+    EXPECT_EQ(OrvWorld_Advertise(Address, OrvPacket_Advertisement, -1), 0);
+    OrvScanner_Start(scanner);
+    EXPECT_EQ(OrvWorld_Advertise(Address, OrvPacket_Advertisement, -1), 1);
+
+    OrvWorld_SetLargestWrite(Address, 3);
+    OrvDevice_Send(Address, 4, Sequence(4).data());
+    EXPECT_EQ(OrvWorld_WriteCount(Address), 0);
+    OrvWorld_SetLargestWrite(Address, -1);
+    OrvWorld_SetOneAtATime(Address, 1);
+    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_After, 1500);
+    EXPECT_EQ(OrvDevice_Send(Address, 4, Sequence(4).data()), 4);
+    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_After, 3000);
+    EXPECT_EQ(OrvDevice_Send(Address, 4, Sequence(4).data()), -1);
+    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_Standard, 0);
+    ExpectTakes(1000, [] { EXPECT_EQ(OrvDevice_Send(Address, 1, Sequence(1).data()), 1); });
+    OrvWorld_SetPresent(Address, 0);
+    EXPECT_EQ(OrvDevice_Connect(Address), -1);
+
+    for (const std::int32_t refused :
+         {OrvWorld_SetPresent(1, 0), OrvWorld_KnowOnceHeard(1), OrvWorld_SetOneAtATime(1, 1),
+          OrvWorld_SetLargestWrite(1, 1), OrvWorld_SetLargestWrite(Address, -2),
+          OrvWorld_SwitchRadio(1, OrvRadioState_On)}) {
+        EXPECT_EQ(refused, -1);
+    }
+    EXPECT_STREQ(OrvWorld_Version(), QUELVIXWINLIB_VERSION);
+}
+
 // What a host sees of a world: the beginning of what each device sends, its record, and its link.
 struct View {
     std::map<std::string, Lines> heard;
