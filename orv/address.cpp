@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <cstdio>
-#include <optional>
 
 #include "orv/problem.h"
 #include "orv/terminal/printable.h"
@@ -42,14 +41,19 @@ std::string WithoutColons(std::string_view text) {
 
 }  // namespace
 
-BluetoothAddress AddressOf(std::string_view text) {
+std::optional<BluetoothAddress> FindAddress(std::string_view text) {
     const std::string digits = WithoutColons(text);
     const auto number = Number(digits, digits.size() == HexDigits ? 16 : 10);
-    if (!number || *number == 0 || *number > Largest) {
+    return number && *number != 0 && *number <= Largest ? number : std::nullopt;
+}
+
+BluetoothAddress AddressOf(std::string_view text) {
+    const auto address = FindAddress(text);
+    if (!address) {
         throw Problem(ExitStatus::BadUsage,
                       "\"" + Printable(text) + "\" is no address: write it " + AddressForms);
     }
-    return *number;
+    return *address;
 }
 
 std::string AddressText(BluetoothAddress address) {

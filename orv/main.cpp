@@ -2,11 +2,23 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "orv/address.h"
 #include "orv/commands/commands.h"
 #include "orv/log/commands.h"
+#include "orv/terminal/printable.h"
 #include "orv/terminal/terminal.h"
 
 namespace {
+
+// An address behind --simulated is not its scenario, but the device of the command. In front of the
+// command the option takes nothing, because a command's name follows it.
+void SeparateScenario(std::vector<std::string>& arguments) {
+    for (auto at = arguments.begin(); arguments.end() - at > 1; ++at) {
+        if (*at == "--simulated" && orv::FindAddress(at[1])) {
+            std::rotate(arguments.begin(), at, at + 1);
+        }
+    }
+}
 
 int Run(std::vector<std::string> arguments) {
     CLI::App app("Bluetooth Low Energy devices whose names begin with \"ORV\", on a command line.",
@@ -19,12 +31,13 @@ int Run(std::vector<std::string> arguments) {
     orv::AddSessionOptions(app, session);
     orv::AddCheckCommand(app, session);
     orv::AddScanCommand(app, session);
-    //    orv::AddTalkCommand(app, session);
-    //    orv::AddSendCommand(app, session);
-    //    orv::AddReceiveCommand(app, session);
+    orv::AddTalkCommand(app, session);
+    orv::AddSendCommand(app, session);
+    orv::AddReceiveCommand(app, session);
 
     int exitStatus = 0;
     orv::log::AddLogCommands(app, exitStatus);
+    SeparateScenario(arguments);
     try {
         std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
         app.parse(arguments);
@@ -34,6 +47,9 @@ int Run(std::vector<std::string> arguments) {
         fflush(stdout);
         fprintf(stderr, "orv: %s\n", problem.what());
         return static_cast<int>(problem.status);
+    } catch (const std::exception& failure) {
+        fprintf(stderr, "orv: %s\n", orv::Printable(failure.what()).c_str());
+        return static_cast<int>(orv::ExitStatus::FileFailed);
     }
     return exitStatus;
 }

@@ -5,6 +5,10 @@
 
 namespace orv {
 
+// How many bytes are sent at once, unless told otherwise.
+constexpr std::size_t UsualBlock = 244;
+void AddBlockOption(CLI::App& command, std::size_t& block);
+
 void AddCheckCommand(CLI::App& app, SessionOptions& session);
 void AddScanCommand(CLI::App& app, SessionOptions& session);
 void AddTalkCommand(CLI::App& app, SessionOptions& session);

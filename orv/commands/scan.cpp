@@ -6,6 +6,7 @@
 
 #include "orv/address.h"
 #include "orv/commands/commands.h"
+#include "orv/recording/recording.h"
 #include "orv/scan/device_text.h"
 #include "orv/scan/scanner.h"
 #include "orv/scan/table.h"
@@ -28,12 +29,11 @@ struct ScanOptions {
     bool watch = false;
     bool json = false;
     bool csv = false;
+    std::string record;
 };
 
 std::string Found(std::size_t count) {
-    return count == 0   ? "no device heard"
-           : count == 1 ? "1 device"
-                        : std::to_string(count) + " devices";
+    return count == 0 ? "no device heard" : Counted(count, "device");
 }
 
 std::string Joined(const std::vector<std::string>& lines) {
@@ -159,6 +159,10 @@ std::unique_ptr<View> MakeView(const ScanOptions& options) {
 
 void Scan(const SessionOptions& session, const ScanOptions& options) {
     using namespace std::chrono;
+    std::optional<RecordingFile> file;
+    if (!options.record.empty()) {
+        file.emplace(options.record);
+    }
     Library library = OpenLibrary(session);
     RequireBluetooth(library);
     terminal::CatchInterrupts();
@@ -166,13 +170,19 @@ void Scan(const SessionOptions& session, const ScanOptions& options) {
     const auto second = [&] { return duration<double>(steady_clock::now() - begin).count(); };
     const double last = options.seconds.value_or(options.watch ? 1e9 : SecondsOnce);
 
+    ScanRecording recording;
     Scanner scanner(library);
     const std::unique_ptr<View> view = MakeView(options);
     while (second() < last && terminal::Pause(PollMs)) {
-        view->Show(scanner.Heard(), second());
+        const Devices devices = scanner.Heard();
+        recording.Add(devices);
+        view->Show(devices, second());
     }
     scanner.Stop();
     view->End(scanner.Heard());
+    if (file) {
+        file->Write(recording.Scenario());
+    }
 }
 
 }  // namespace
@@ -193,6 +203,10 @@ void AddScanCommand(CLI::App& app, SessionOptions& session) {
     CLI::Option* csv = command->add_flag("--csv", options->csv, "The list as CSV");
     json->excludes(csv)->excludes(watch);
     csv->excludes(watch);
+    command
+        ->add_option("--record", options->record,
+                     "Writes what was heard as a scenario, to be played by --simulated")
+        ->type_name("FILE");
     AddSessionOptions(*command, session);
     command->footer(HelpFooter("orv --simulated scan --watch",
                                {ExitStatus::Done, ExitStatus::NoBluetooth, ExitStatus::BadUsage,

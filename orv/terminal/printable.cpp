@@ -1,7 +1,6 @@
 #include "orv/terminal/printable.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdio>
 #include <iterator>
 
@@ -144,6 +143,10 @@ std::string Fitted(std::string_view printable, std::size_t columns) {
         ++used;
     }
     return result.append(columns - used, ' ');
+}
+
+std::string Counted(std::uint64_t count, const char* noun) {
+    return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
 }
 
 std::size_t UnfinishedBytes(std::string_view text) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -27,6 +28,9 @@ std::size_t ColumnsOf(std::string_view printable);
 
 // Cut or filled with spaces to exactly `columns`; where something was cut, the last is "…".
 std::string Fitted(std::string_view printable, std::size_t columns);
+
+// "1 byte", "2 bytes".
+std::string Counted(std::uint64_t count, const char* noun);
 
 // How many bytes at the end are the beginning of a UTF-8 character whose rest may still come.
 std::size_t UnfinishedBytes(std::string_view text);
