@@ -75,7 +75,8 @@ ORV_WORLD_API int32_t OrvWorld_Default(void);
  * begins at 0, and the file's events are due by it.
  * Returns 0, or 1 when simulated time was asked for but only real time is to be had. -1: the file is
  * at fault or cannot be read; nothing has changed, and `error` holds, zero-terminated and cut to
- * `size` bytes, "FILE:LINE: FIELD: what is wrong, what would be right". `error` may be null.
+ * `size` bytes, "FILE:LINE: FIELD: what is wrong, what would be right"; LINE is 0 where no line is
+ * meant. `error` may be null. On Windows `path` is in the process's ANSI code page.
  */
 ORV_WORLD_API int32_t OrvWorld_PlayScenario(const char* path, int32_t simulatedTime, char* error,
                                             int32_t size);
