@@ -21,7 +21,8 @@ constexpr std::size_t MostDevices = 200;
 constexpr std::size_t MostFailures = 200;
 constexpr std::size_t MostNotes = 8;  // of a kind
 
-constexpr std::int64_t NarrowestRate = 100;  // ms; below, bytes per second are mere spikes
+constexpr std::size_t MostRates = 300;       // narrower ones are mere spikes
+constexpr std::int64_t NarrowestRate = 200;  // ms
 
 std::string ScriptText(const Json& json) {
     std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
@@ -183,7 +184,7 @@ std::string ReportJson(const ReportHead& head, const ReportCollector& collected)
     const Totals& totals = head.totals;
     const std::int64_t start = totals.firstTime;
     const Bins bins = Bins::Cover(start, totals.lastTime, MostBins, 1);
-    const Bins rates = Bins::Cover(start, totals.lastTime, MostBins, NarrowestRate);
+    const Bins rates = Bins::Cover(start, totals.lastTime, MostRates, NarrowestRate);
     Json json{{"file", Printable(head.name)},
               {"lines", totals.lines},
               {"firstStamp", totals.firstStamp},

@@ -120,9 +120,9 @@ void TextPrinter::PrintFailures(const Call& call) {
 
 void TextPrinter::PrintSuspects(const Call& call, const Suspects& suspects) {
     if (suspects.size() > 1 || !call.result) {
-        Detail(call.result == -1 ? "One of:"
-               : call.result     ? "Slow because of one of:"
-                                 : "If it failed, one of:");
+        Detail(call.result == -1 ? "One of, likelier first:"
+               : call.result     ? "Slow because of one of, likelier first:"
+                                 : "If it failed, one of, likelier first:");
     }
     for (const Suspect& suspect : suspects) {
         Detail(Coloured(Yellow, "* " + SuspectWords(call, suspect)));

@@ -13,6 +13,7 @@ function timeAxis() {
         grid: { stroke: () => colour("--line"), width: 1 },
         ticks: { stroke: () => colour("--line"), width: 1 },
         incrs: timeSteps,
+        splits: timeMarks,
         space: 100,
         size: 34,
         values: timeLabels,
@@ -80,12 +81,20 @@ const padded = (values) => [null, ...values, null];
 
 const short = (name) => (name.length > 24 ? name.slice(0, 23) + "\u2026" : name);
 
+// A line goes on over the time between two advertisements, and breaks where a device fell silent.
+function longGaps(chart, device, gaps) {
+    const heard = device.values.filter((value) => value !== null).length;
+    const silence = Math.max(3000, (10 * data.span) / Math.max(heard, 1));
+    const { min, max } = chart.scales.x;
+    return gaps.filter(([from, to]) => ((to - from) / chart.bbox.width) * (max - min) > silence);
+}
+
 function makeSignal(place) {
     const series = data.signals.map((device, index) => ({
         label: short(device.name || "no name") + " " + device.address,
         stroke: palette[index % palette.length],
         width: 1.5,
-        spanGaps: true,
+        gaps: (chart, index, from, to, gaps) => longGaps(chart, device, gaps),
         points: { show: device.values.filter((value) => value !== null).length < 60, size: 4, fill: palette[index % palette.length] },
     }));
     const count = data.signals[0].values.length;

@@ -92,7 +92,7 @@ function failureCard(failure) {
     for (const [time, words] of failure.times) times.append(timeLink(time, words), " ");
     const causes = element("ul");
     for (const cause of failure.causes) causes.append(causeItem(cause));
-    const intro = failure.known ? (failure.causes.length > 1 ? "One of:" : "") : "If it failed, one of:";
+    const intro = failure.known ? (failure.causes.length > 1 ? "One of, likelier first:" : "") : "If it failed, one of, likelier first:";
     card.append(title, times, element("p", intro), causes);
     return card;
 }

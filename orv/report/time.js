@@ -2,7 +2,6 @@
 
 const two = (number) => String(number).padStart(2, "0");
 
-// `parts` of the time below the second: "", or three digits.
 function timeOfDay(ms, withMs) {
     const day = 24 * 3600 * 1000;
     const time = (((Math.round(ms) + data.firstStamp) % day) + day) % day;
@@ -25,6 +24,14 @@ function lengthOfTime(ms) {
 // Labels of a time axis; with milliseconds where its marks stand closer than a second.
 function timeLabels(chart, marks, axis, space, step) {
     return marks.map((mark) => timeOfDay(mark, step < 1000));
+}
+
+// Marks at round times of day, though 0 is the log's first line.
+function timeMarks(chart, axis, min, max, step) {
+    const marks = [];
+    const first = Math.ceil((min + data.firstStamp) / step) * step - data.firstStamp;
+    for (let mark = first; mark <= max; mark += step) marks.push(mark);
+    return marks;
 }
 
 // Distances that a clock's divisions suggest, in ms.
