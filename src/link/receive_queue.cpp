@@ -31,7 +31,6 @@ std::size_t ReceiveQueue::Clear() {
         DropFirstBlock();
     }
     last = nullptr;
-    lastEnd = 0;
     return std::exchange(size, 0);
 }
 

@@ -86,7 +86,7 @@ class ReceiveQueue {
     Block* first = nullptr;
     Block* last = nullptr;
     std::size_t firstBegin = 0;  // of the bytes in `first`
-    std::size_t lastEnd = 0;     // of the bytes in `last`
+    std::size_t lastEnd = 0;     // of the bytes in `last`; means nothing while there is none
     std::size_t size = 0;
 };
 

@@ -102,7 +102,7 @@ class Faults : public WorldTest, public testing::WithParamInterface<Step> {
     }
 };
 
-using FaultsOfTheLog = WorldTest;
+using FaultsOfMemory = WorldTest;
 
 TEST_P(Faults, EveryPlatformCallCanFail) {
     GetParam().arrange();  // looks the factories up, which happens once in a process
@@ -179,7 +179,7 @@ TEST_P(Faults, EveryAllocationCanFail) {
     std::printf("%s: %d allocations failed\n", GetParam().name, points);
 }
 
-TEST_F(FaultsOfTheLog, LongLineIsLostWithoutMemory) {
+TEST_F(FaultsOfMemory, LongLineIsLostWithoutMemory) {
 #ifdef ORV_SANITIZED
     GTEST_SKIP() << "a sanitizer's allocations cannot be made to fail";
 #endif
@@ -192,6 +192,32 @@ TEST_F(FaultsOfTheLog, LongLineIsLostWithoutMemory) {
     EXPECT_EQ(allocationsLeft.exchange(0), 0) << "a long line needs memory";
     EXPECT_EQ(append(), 100014);
     EXPECT_EQ(LogLines(), Lines{text});
+}
+
+// Where a notification needs a further block of the queue.
+TEST_F(FaultsOfMemory, BytesBeforeMemoryRanOutStay) {
+#ifdef ORV_SANITIZED
+    GTEST_SKIP() << "a sanitizer's allocations cannot be made to fail";
+#endif
+    ASSERT_EQ(OrvDevice_Connect(Address), 0);
+    isTester = othersFail = true;
+    std::vector<std::size_t> seen(5);
+    for (int n = 1; seen[4] == 0; ++n) {
+        const Bytes stream = Sequence(4082);
+        Notify(Address, Bytes(stream.begin(), stream.end() - 3));  // all but one of a block's bytes
+        allocationsLeft = n;
+        Notify(Address, Bytes(stream.end() - 3, stream.end()));
+        const bool failed = allocationsLeft.exchange(0) == 0;
+        Notify(Address, {0xEE});
+        Bytes taken(5000);
+        const ResultCode count = OrvDevice_Receive(Address, 5000, taken.data());
+        ASSERT_TRUE(count >= 4080 && count <= 4083) << count;
+        EXPECT_TRUE(std::equal(stream.begin(), stream.begin() + count - 1, taken.begin()));
+        EXPECT_EQ(taken[static_cast<std::size_t>(count) - 1], 0xEE);
+        ++seen[failed ? static_cast<std::size_t>(count - 4080) : 4];
+    }
+    EXPECT_GE(seen[1], 1u) << "the failure between the blocks was not met";
+    othersFail = false;
 }
 
 INSTANTIATE_TEST_SUITE_P(Exports, Faults, testing::ValuesIn(Steps), RowName);

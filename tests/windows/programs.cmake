@@ -31,7 +31,7 @@ set_tests_properties(wine.stop PROPERTIES FIXTURES_CLEANUP prefix)
 set_tests_properties(wine.prepare wine.register wine.stop PROPERTIES ENVIRONMENT WINEPREFIX=${prefix})
 
 # A DLL has an allocator of its own, which a program cannot make fail.
-set(excluded *.EveryAllocationCanFail/*)
+set(excluded *.EveryAllocationCanFail/*:FaultsOfMemory.*)
 
 # orv_wine_test(<name> <shards> <way> <program> <files...>): `way` is simulated, lookup or registered.
 function(orv_wine_test name shards way program)
