@@ -1,4 +1,4 @@
-// Text on its way into the log: growth, numbers, UTF-16, and the texts of failures.
+// Text on its way into the log: growth, numbers, and the texts of failures.
 #include <gtest/gtest.h>
 
 #include <deque>
@@ -10,7 +10,7 @@
 
 #include "frame/failure_log.h"
 #include "platform/failure.h"
-#include "platform/strings.h"
+#include "platform/text.h"
 #include "quelvixwinlib.h"
 #include "tests/support/log_file.h"
 
@@ -37,38 +37,6 @@ TEST(Text, WritesEveryNumberInDecimal) {
     text.Append(' ');
     text.AppendNumber(std::numeric_limits<std::int64_t>::min());
     EXPECT_EQ(text.View(), "-2147483648 18446744073709551615 -9223372036854775808");
-}
-
-struct Conversion {
-    const char* name;
-    std::u16string utf16;
-    std::string utf8;
-};
-
-const Conversion Conversions[] = {
-    {"Nothing", u"", ""},
-    {"Ascii", u"ORV-0042", "ORV-0042"},
-    {"Zero", std::u16string(u"a\0b", 3), std::string("a\0b", 3)},
-    {"LastOfOneTwoThree", u"\u007F\u0080\u07FF\u0800\uFFFF",
-     "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF"},
-    {"FirstAndLastPair", u"\U00010000\U0010FFFF", "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
-    {"LoneHigh", u"\xD83Dx", "\xEF\xBF\xBDx"},
-    {"LoneLow", u"\xDC00x", "\xEF\xBF\xBDx"},
-    {"HighAtTheEnd", u"x\xDBFF", "x\xEF\xBF\xBD"},
-    {"HighBeforePair", u"\xD83D\xD83D\xDE00", "\xEF\xBF\xBD\xF0\x9F\x98\x80"},
-    {"PairBackwards", u"\xDE00\xD83D", "\xEF\xBF\xBD\xEF\xBF\xBD"},
-};
-
-TEST(RuntimeString, BecomesWellFormedUtf8) {
-    for (const Conversion& row : Conversions) {
-        RuntimeString string;
-        ASSERT_EQ(WindowsCreateString(row.utf16.data(), static_cast<UINT32>(row.utf16.size()),
-                                      string.Put()),
-                  S_OK);
-        Text text;
-        string.AppendUtf8To(text);
-        EXPECT_EQ(text.View(), row.utf8) << row.name;
-    }
 }
 
 struct Own : std::exception {

@@ -15,27 +15,8 @@ constexpr std::array<BluetoothAddress, 3> Addresses = {0xA0B1C2D3E4F5, 0xFFFFFFF
 constexpr std::size_t Machine = 2;  // the world's address 0, where answers are arranged
 constexpr std::size_t StampSize = 13;
 
-const char* const Names[] = {"BluetoothAvailable",
-                             "SetMachine",
-                             "Initialize",
-                             "Deinitialize",
-                             "Start",
-                             "Stop",
-                             "CountDevices",
-                             "ReadDevice",
-                             "Connect",
-                             "Disconnect",
-                             "Send",
-                             "Receive",
-                             "Flush",
-                             "SwitchLog",
-                             "AppendLine",
-                             "SetName",
-                             "SetSections",
-                             "Advertise",
-                             "Notify",
-                             "Arrange",
-                             "Break"};
+#define ORV_COMMAND_NAME(name) #name,
+const char* const Names[] = {ORV_COMMANDS(ORV_COMMAND_NAME)};
 
 constexpr const char* StartWatcher = "BluetoothLEAdvertisementWatcher.Start";
 constexpr const char* StopWatcher = "BluetoothLEAdvertisementWatcher.Stop";

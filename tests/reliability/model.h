@@ -25,30 +25,13 @@ struct Command {
     Bytes bytes;
 };
 
-enum What : std::uint8_t {
-    AskAvailable,
-    SetMachine,
-    Initialize,
-    Deinitialize,
-    Start,
-    Stop,
-    CountDevices,
-    ReadDevice,
-    Connect,
-    Disconnect,
-    Send,
-    Receive,
-    Flush,
-    SwitchLog,
-    AppendLine,
-    SetName,
-    SetSections,
-    Advertise,
-    Notify,
-    Arrange,
-    Break,
-    CommandCount
-};
+#define ORV_COMMANDS(of)                                                                          \
+    of(AskAvailable) of(SetMachine) of(Initialize) of(Deinitialize) of(Start) of(Stop)            \
+        of(CountDevices) of(ReadDevice) of(Connect) of(Disconnect) of(Send) of(Receive) of(Flush) \
+            of(SwitchLog) of(AppendLine) of(SetName) of(SetSections) of(Advertise) of(Notify)     \
+                of(Arrange) of(Break)
+#define ORV_COMMAND(name) name,
+enum What : std::uint8_t { ORV_COMMANDS(ORV_COMMAND) CommandCount };
 
 std::string Text(const Command& command);
 
