@@ -40,7 +40,6 @@ void DiscoveredDevices::Append(const DiscoveredDevice& device) {
 
 void DiscoveredDevices::Clear() {
     chunks.clear();
-    chunks.shrink_to_fit();
     size = 0;
 }
 

@@ -28,6 +28,18 @@ TEST_F(LogFileTest, FullDiskIsNotReported) {
     EXPECT_EQ(LogLines(), Lines{"x"});
 }
 
+TEST_F(LogFileTest, LeavesNoFileOpen) {
+    rlimit before = {};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit few = {64, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_EQ(Logging_Enable(), 0);
+        EXPECT_EQ(Logging_AppendLine("x", 1), 15);
+    }
+    setrlimit(RLIMIT_NOFILE, &before);
+}
+
 TEST_F(LogFileTest, LiesWhereADeletedLibraryWas) {
     const std::string copy = LibraryFile() + ".copy";
     for (const char* name : {"", " (deleted)"}) {
@@ -43,6 +55,8 @@ TEST_F(LogFileTest, LiesWhereADeletedLibraryWas) {
             std::filesystem::remove(file);
         }
         EXPECT_EQ(enable(), 0);
+        dlclose(library);
+        EXPECT_EQ(enable(), 0) << "the log keeps its library loaded";
         EXPECT_TRUE(std::filesystem::remove(file + ".log")) << file;
         std::filesystem::remove(file);
     }

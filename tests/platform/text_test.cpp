@@ -1,4 +1,6 @@
 // Text on its way into the log: growth, numbers, and the texts of failures.
+#include "platform/text.h"
+
 #include <gtest/gtest.h>
 
 #include <deque>
@@ -10,7 +12,6 @@
 
 #include "frame/failure_log.h"
 #include "platform/failure.h"
-#include "platform/text.h"
 #include "quelvixwinlib.h"
 #include "tests/support/log_file.h"
 
@@ -27,6 +28,16 @@ TEST(Text, GrowsWithoutLosingAnything) {
         expected += std::string("ab\0c", 4) + std::to_string(i * 1001) + "/";
     }
     EXPECT_EQ(text.View(), expected);
+}
+
+TEST(Text, GrowsInTime) {
+    Text text;
+    std::string expected;
+    for (int i = 0; i < 2000; ++i) {  // full to the last byte again and again
+        text.Append(static_cast<char>('a' + i % 26));
+        expected += static_cast<char>('a' + i % 26);
+        ASSERT_EQ(text.View(), expected);
+    }
 }
 
 TEST(Text, WritesEveryNumberInDecimal) {
