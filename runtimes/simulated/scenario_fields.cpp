@@ -174,7 +174,7 @@ const char* ScenarioObject::OneOf(std::initializer_list<const char*> names) cons
         }
     }
     if (there == nullptr) {
-        field.Refuse("has none of them", "one of " + Joined(names));
+        field.Refuse("lacks a field", "one of " + Joined(names));
     }
     return there;
 }

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""The scenarios are what their schema says, and the schema knows the fields that the library knows.
+"""The scenarios are what their schema says, the schema knows the fields that the library knows, and
+the document's example can be played.
 
 Usage: check_schema.py SCENARIOS LIBRARY FILE
 """
@@ -37,6 +38,11 @@ def faults(folder, library, file):
         if path.name != "scenario.schema.json":
             scenario = json.loads(path.read_text(encoding="utf-8"))
             yield from ("%s: %s" % (path.name, error) for error in validator.iter_errors(scenario))
+    document = (folder.parent / "docs/simulated_world.md").read_text(encoding="utf-8")
+    example = re.search("```json\n(.*?)```", document, re.DOTALL).group(1)
+    file.write_text(example, encoding="utf-8")
+    if library.OrvWorld_PlayScenario(str(file).encode(), 1, None, 0) != 0:
+        yield "docs/simulated_world.md: its example is refused"
     for kind, probe in {"": {"no": 0}, **PROBES}.items():
         described = schema["definitions"][kind] if kind else schema
         known = set(known_fields(library, file, probe).split(", "))

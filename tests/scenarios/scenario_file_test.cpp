@@ -10,7 +10,7 @@
 namespace orv {
 namespace {
 
-const std::string File = testing::TempDir() + "scenario_file_test.json";
+const std::string File = LibraryFile() + ".json";
 
 std::string FaultOf(const std::string& text) {
     std::ofstream(File, std::ios::binary) << text;
@@ -56,12 +56,12 @@ const Fault Faults[] = {
      "1: devices[0].answers[0].status: is \"Success\", one of Unspecified, Allowed"},
     {R"({"title":"","faults":[{"member":"GattDeviceService.close","hang":true}]})",
      "1: faults[0].member: is \"GattDeviceService.close\", which the library never calls"},
-    {R"({"title":"","faults":[{"member":"Radio.get_Kind"}]})", "1: faults[0]: has none of them"},
+    {R"({"title":"","faults":[{"member":"Radio.get_Kind"}]})", "1: faults[0]: lacks a field"},
     // Events.
     {EVENT(R"("at":1,"device":"A0:B1:C2:D3:E4:F6","present":true)"),
      "2: events[0].device: names no device of this scenario"},
     {EVENT(R"("device":"A0:B1:C2:D3:E4:F5","present":true)"),
-     "2: events[0]: has none of them, one of at, after"},
+     "2: events[0]: lacks a field, one of at, after"},
     {EVENT(R"("at":1,"after":1,"device":"A0:B1:C2:D3:E4:F5","present":true)"),
      "2: events[0]: has both at and after"},
     {EVENT(R"("at":1,"device":"A0:B1:C2:D3:E4:F5","notify":"abc")"),
