@@ -31,10 +31,11 @@ enum class Cause : std::uint8_t {
     WaitedForOthers,  // the lock was held by another call
     SystemSlow,       // a call into the system that has no time limit took long
     SlowAnswers,      // within the limits
+    LineMissing,      // none of the above, so a failure line is not in the log
     StillRunning,     // the log ends inside the call
 };
 
-constexpr int CauseCount = 21;
+constexpr int CauseCount = 22;
 
 // Which of a function's waits a cause may be about: bit 0 is the first.
 using Steps = std::uint8_t;

@@ -226,6 +226,9 @@ Suspects Explain(const Call& call) {
     } else {
         ExplainFailure(found);
     }
+    if (call.result == -1 && found.suspects.empty()) {
+        found.Add(Cause::LineMissing);
+    }
     if (call.logEnded && !call.result) {
         found.Add(Cause::StillRunning);
     }

@@ -110,7 +110,9 @@ void TextPrinter::PrintFailures(const Call& call) {
     }
     std::string words = Count(failures.count, "failure line") + ", the first after " +
                         std::to_string(failures.first) + " ms: " + Printable(failures.text);
-    if (failures.owner == Owner::ThisOrCallback) {
+    if (call.result.value_or(-1) >= 0) {
+        words += " (of a callback or another call)";
+    } else if (failures.owner == Owner::ThisOrCallback) {
         words += " (or it is a callback's)";
     } else if (failures.owner == Owner::ThisOrOther) {
         words += " (or it is another call's or a callback's)";

@@ -13,3 +13,8 @@ need_packages() {
     "${root[@]}" env DEBIAN_FRONTEND=noninteractive \
         apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
+
+# What npm needs, unless it has come from elsewhere.
+npm_packages() {
+    command -v npm >/dev/null || echo nodejs npm
+}
