@@ -35,8 +35,7 @@ int Run(std::vector<std::string> arguments) {
     orv::AddSendCommand(app, session);
     orv::AddReceiveCommand(app, session);
 
-    int exitStatus = 0;
-    orv::log::AddLogCommands(app, exitStatus);
+    orv::log::AddLogCommands(app);
     SeparateScenario(arguments);
     try {
         std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
@@ -51,7 +50,7 @@ int Run(std::vector<std::string> arguments) {
         fprintf(stderr, "orv: %s\n", orv::Printable(failure.what()).c_str());
         return static_cast<int>(orv::ExitStatus::FileFailed);
     }
-    return exitStatus;
+    return static_cast<int>(orv::ExitStatus::Done);
 }
 
 }  // namespace

@@ -22,6 +22,9 @@ struct Options {
 
 CLI::App* AddCommand(CLI::App* log, const char* name, const char* description, Options& options) {
     CLI::App* command = log->add_subcommand(name, description);
+    command->footer("\nExample:\n  orv log " + std::string(name) +
+                    " quelvixwinlib.dll.log\n\nExit status:\n  0  done\n"
+                    "  2  the command line is wrong\n  6  a file cannot be read or written\n");
     command
         ->add_option("FILE", options.path, "The log: it lies beside the library, with .log added")
         ->required();
@@ -37,29 +40,25 @@ CLI::App* AddCommand(CLI::App* log, const char* name, const char* description, O
 
 }  // namespace
 
-void AddLogCommands(CLI::App& app, int& exitStatus) {
+void AddLogCommands(CLI::App& app) {
     const auto options = std::make_shared<Options>();  // lives as long as the callbacks
-    CLI::App* log = app.add_subcommand("log", "Read a diagnostics log and tell why calls failed");
+    CLI::App* log =
+        app.add_subcommand("log", "Reads a diagnostics log and tells why calls failed.");
     log->require_subcommand(1);
 
     CLI::App* explain =
-        AddCommand(log, "explain", "List the calls with their likely causes", *options);
+        AddCommand(log, "explain", "Lists the calls with their likely causes.", *options);
     explain->add_flag("--json", options->json, "Write one JSON object");
-    explain->callback([options, &exitStatus] {
-        exitStatus = ExplainLog(options->path, options->threads, options->json);
-    });
+    explain->callback([options] { ExplainLog(options->path, options->threads, options->json); });
 
-    AddCommand(log, "follow", "Explain while the log is written, until Ctrl-C", *options)
-        ->callback(
-            [options, &exitStatus] { exitStatus = FollowLog(options->path, options->threads); });
+    AddCommand(log, "follow", "Explains while the log is written, until Ctrl-C.", *options)
+        ->callback([options] { FollowLog(options->path, options->threads); });
 
     CLI::App* report =
-        AddCommand(log, "report", "Write a page with timeline, signals and causes", *options);
+        AddCommand(log, "report", "Writes a page with timeline, signals and causes.", *options);
     report->add_option("--output", options->output, "The page to write")
         ->option_text("PAGE.html [report.html]");
-    report->callback([options, &exitStatus] {
-        exitStatus = WriteReport(options->path, options->threads, options->output);
-    });
+    report->callback([options] { WriteReport(options->path, options->threads, options->output); });
 }
 
 }  // namespace orv::log

@@ -5,8 +5,7 @@
 
 namespace orv::log {
 
-// `exitStatus` is set when one of the commands has run: 0, 1 when the file cannot be read or
-// written.
-void AddLogCommands(CLI::App& app, int& exitStatus);
+// The commands raise a Problem when they cannot do what was asked.
+void AddLogCommands(CLI::App& app);
 
 }  // namespace orv::log

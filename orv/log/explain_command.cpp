@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <optional>
 
 #include "orv/log/findings.h"
 #include "orv/log/json_output.h"
@@ -52,19 +51,13 @@ void PrintText(const std::string& path, const Findings& findings) {
 
 }  // namespace
 
-int ExplainLog(const std::string& path, Threads threads, bool json) {
-    const std::optional<std::string> bytes = ReadBytes(path);
-    if (!bytes) {
-        std::fprintf(stderr, "%s cannot be read\n", Printable(path).c_str());
-        return 1;
-    }
-    const Findings findings = FindAll(*bytes, threads);
+void ExplainLog(const std::string& path, Threads threads, bool json) {
+    const Findings findings = FindAll(ReadLogFile(path), threads);
     if (json) {
         WriteJson(stdout, path, findings);
     } else {
         PrintText(path, findings);
     }
-    return 0;
 }
 
 }  // namespace orv::log

@@ -7,7 +7,7 @@
 
 namespace orv::log {
 
-// Writes to the standard output; gives the exit status.
-int ExplainLog(const std::string& path, Threads threads, bool json);
+// Writes to the standard output. Raises a Problem when the file cannot be read.
+void ExplainLog(const std::string& path, Threads threads, bool json);
 
 }  // namespace orv::log

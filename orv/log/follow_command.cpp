@@ -19,7 +19,7 @@ struct Printing : Listener {
 
 }  // namespace
 
-int FollowLog(const std::string& path, Threads threads) {
+void FollowLog(const std::string& path, Threads threads) {
     terminal::CatchInterrupts();
     TextPrinter printer(stdout, terminal::IsOutput());
     Printing printing(printer);
@@ -33,7 +33,6 @@ int FollowLog(const std::string& path, Threads threads) {
     } while (terminal::Pause(PollMs));
     follower.End();
     printer.Flush();
-    return 0;
 }
 
 }  // namespace orv::log

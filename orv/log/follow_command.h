@@ -7,8 +7,7 @@
 
 namespace orv::log {
 
-// Runs until the program is interrupted; gives the exit status. A file that is not there yet is
-// waited for.
-int FollowLog(const std::string& path, Threads threads);
+// Runs until the program is interrupted. A file that is not there yet is waited for.
+void FollowLog(const std::string& path, Threads threads);
 
 }  // namespace orv::log

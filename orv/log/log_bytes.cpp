@@ -2,6 +2,10 @@
 
 #include <fstream>
 #include <system_error>
+#include <utility>
+
+#include "orv/problem.h"
+#include "orv/terminal/printable.h"
 
 namespace orv::log {
 
@@ -22,6 +26,17 @@ std::optional<std::string> ReadBytes(const std::string& path, std::uint64_t offs
     file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     bytes.resize(static_cast<std::size_t>(file.gcount()));
     return bytes;
+}
+
+std::string ReadLogFile(const std::string& path) {
+    std::optional<std::string> bytes = ReadBytes(path);
+    if (!bytes) {
+        throw Problem(ExitStatus::FileFailed,
+                      Printable(path) +
+                          " cannot be read. The log lies beside the library, under "
+                          "its name with .log added.");
+    }
+    return *std::move(bytes);
 }
 
 }  // namespace orv::log

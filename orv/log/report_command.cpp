@@ -4,11 +4,11 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <optional>
 
 #include "orv/log/log_bytes.h"
 #include "orv/log/report_json.h"
 #include "orv/log/report_page.h"
+#include "orv/problem.h"
 #include "orv/terminal/printable.h"
 
 namespace orv::log {
@@ -31,22 +31,16 @@ std::string PageOf(const std::string& path, std::string_view bytes, Threads thre
 
 }  // namespace
 
-int WriteReport(const std::string& path, Threads threads, const std::string& output) {
-    const std::optional<std::string> bytes = ReadBytes(path);
-    if (!bytes) {
-        std::fprintf(stderr, "%s cannot be read\n", Printable(path).c_str());
-        return 1;
-    }
-    const std::string page = PageOf(path, *bytes, threads);
+void WriteReport(const std::string& path, Threads threads, const std::string& output) {
+    const std::string page = PageOf(path, ReadLogFile(path), threads);
     std::ofstream file(PathOf(output), std::ios::binary);
     file.write(page.data(), static_cast<std::streamsize>(page.size()));
     file.close();
     if (!file) {
-        std::fprintf(stderr, "%s cannot be written\n", Printable(output).c_str());
-        return 1;
+        throw Problem(ExitStatus::FileFailed,
+                      Printable(output) + " cannot be written. Is its folder there, and yours?");
     }
     std::printf("%s\n", Printable(output).c_str());
-    return 0;
 }
 
 }  // namespace orv::log

@@ -7,7 +7,7 @@
 
 namespace orv::log {
 
-// Writes the page to `output`; gives the exit status.
-int WriteReport(const std::string& path, Threads threads, const std::string& output);
+// Writes the page to `output`. Raises a Problem when a file cannot be read or written.
+void WriteReport(const std::string& path, Threads threads, const std::string& output);
 
 }  // namespace orv::log

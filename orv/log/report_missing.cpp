@@ -1,13 +1,12 @@
 // In place of the page, where it was not built.
-#include <cstdio>
-
 #include "orv/log/report_command.h"
+#include "orv/problem.h"
 
 namespace orv::log {
 
-int WriteReport(const std::string&, Threads, const std::string&) {
-    std::fputs("This orv was built without the report page (ORV_REPORT=OFF).\n", stderr);
-    return 1;
+void WriteReport(const std::string&, Threads, const std::string&) {
+    throw Problem(ExitStatus::BadUsage,
+                  "this orv was built without the report page; build it with -DORV_REPORT=ON");
 }
 
 }  // namespace orv::log

@@ -40,7 +40,19 @@ bool HasSign(const Call& call) {
            (facts.waits > 0 && longest >= WaitLimit - Early);
 }
 
+// Calls that a host repeats to look for something new.
+bool IsPoll(const Call& call) {
+    return call.subject.function == Function::GetDeviceCount ||
+           call.subject.function == Function::GetDeviceInfo ||
+           call.subject.function == Function::Receive;
+}
+
 bool AreAlike(const Call& one, const Call& other) {
+    if (IsPoll(one) && IsPoll(other)) {
+        return one.subject.handle == other.subject.handle &&
+               FactsOf(one.subject.function).family == FactsOf(other.subject.function).family &&
+               one.result.has_value() == other.result.has_value();
+    }
     return one.subject == other.subject && OutcomeWords(one) == OutcomeWords(other);
 }
 
@@ -100,7 +112,9 @@ void TextPrinter::PrintCall(const Call& call, int times) {
     const char* colour = failed ? Red : call.result ? Green : Dim;
     PrintLine(Coloured(Dim, StampWords(call.stamp)) + "  " + Padded(CallWords(call.subject), 44) +
               "  " + Coloured(colour, Padded(OutcomeWords(call), 10)) + "  " +
-              (times > 1 ? std::to_string(times) + " times" : DurationWords(call.duration)));
+              (times == 1     ? DurationWords(call.duration)
+               : IsPoll(call) ? "and " + Count(times - 1, "more poll")
+                              : std::to_string(times) + " times"));
 }
 
 void TextPrinter::PrintFailures(const Call& call) {

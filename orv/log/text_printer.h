@@ -16,8 +16,8 @@ class TextPrinter {
   public:
     TextPrinter(std::FILE* file, bool colours);
 
-    // Calls that are alike and need no explanation share one line, written when the next one
-    // differs or by Flush.
+    // Calls that are alike, or polls of one thing, and need no explanation share one line, written
+    // when the next one differs or by Flush.
     void Print(const Call& call);
     void Print(const Note& note);
     void PrintLine(const std::string& text);
