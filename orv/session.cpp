@@ -42,10 +42,11 @@ std::filesystem::path LibraryFile(const SessionOptions& options) {
                                                                    : Beside(module::LibraryName);
 }
 
-// A path, or else the name of a scenario that lies beside this program.
-std::filesystem::path ScenarioFile(const std::string& named) {
+// A path, or else the name of a scenario that lies beside the library.
+std::filesystem::path ScenarioFile(const Library& library, const std::string& named) {
+    const std::filesystem::path folder = library.File().parent_path() / "scenarios";
     const std::filesystem::path path = PathOf(named);
-    const std::filesystem::path shipped = Beside("scenarios") / PathOf(named + ".json");
+    const std::filesystem::path shipped = folder / PathOf(named + ".json");
     if (std::filesystem::is_regular_file(path)) {
         return path;
     }
@@ -54,7 +55,7 @@ std::filesystem::path ScenarioFile(const std::string& named) {
     }
     std::string names;
     std::error_code missing;
-    for (const auto& entry : std::filesystem::directory_iterator(Beside("scenarios"), missing)) {
+    for (const auto& entry : std::filesystem::directory_iterator(folder, missing)) {
         const std::filesystem::path file = entry.path().filename();
         if (file.extension() == ".json" && file.stem().extension().empty()) {
             names += (names.empty() ? "" : ", ") + orv::TextOf(file.stem());
@@ -80,7 +81,7 @@ void AddSessionOptions(CLI::App& app, SessionOptions& options) {
                options.scenario = scenario;
            },
            "A simulated Bluetooth world instead of the radio; with a scenario, the world that the "
-           "file describes (a path, or a name in scenarios/ beside orv)")
+           "file describes (a path, or a name in scenarios/ beside the library)")
         ->expected(0, 1)
         ->type_name("[SCENARIO]")
         ->group(group);
@@ -106,7 +107,7 @@ Library OpenLibrary(const SessionOptions& options) {
                           "say where it is by --library PATH");
     }
     if (!options.scenario.empty()) {
-        library.PlayScenario(ScenarioFile(options.scenario));
+        library.PlayScenario(ScenarioFile(library, options.scenario));
     }
     if (options.log) {
         library.EnableLog();

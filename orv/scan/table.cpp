@@ -58,7 +58,7 @@ const Column Columns[] = {
 };
 
 // What is shown: for each column its width, 0 for one that is left out.
-std::vector<std::size_t> Widths(std::size_t columns, bool withHistory) {
+std::vector<std::size_t> Widths(std::size_t columns, std::size_t nameColumns, bool withHistory) {
     std::vector<std::size_t> widths(std::size(Columns), 0);
     std::size_t used = 0;
     const int last = static_cast<int>(std::size(Columns));
@@ -77,7 +77,7 @@ std::vector<std::size_t> Widths(std::size_t columns, bool withHistory) {
     }
     // The name takes what is left over.
     if (widths[1] > 0) {
-        widths[1] = std::min(NameColumns, widths[1] + columns - used);
+        widths[1] = std::min(nameColumns, widths[1] + columns - used);
     }
     return widths;
 }
@@ -108,7 +108,11 @@ std::string SignalHistory::Of(BluetoothAddress address) const {
 
 std::vector<std::string> TableOf(const std::vector<DiscoveredDevice>& devices, std::size_t columns,
                                  const SignalHistory* history) {
-    const std::vector<std::size_t> widths = Widths(columns, history != nullptr);
+    std::size_t nameColumns = NameColumns;  // more where something in a name had to be escaped
+    for (const DiscoveredDevice& device : devices) {
+        nameColumns = std::max(nameColumns, ColumnsOf(Printable(NameOf(device))));
+    }
+    const std::vector<std::size_t> widths = Widths(columns, nameColumns, history != nullptr);
     const auto lineOf = [&](auto&& textOf) {
         std::string line;
         for (std::size_t i = 0; i < widths.size(); ++i) {

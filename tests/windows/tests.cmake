@@ -60,6 +60,16 @@ orv_run_host(simulated gcc ${simulatedDll})  # drops in, without another build o
 orv_run_host(lookup msvc ${shippedDll})
 set_property(TEST wine.register APPEND PROPERTY DEPENDS lookup.host_gcc lookup.host_msvc)
 
+# orv.exe as it is unpacked: it finds both libraries where they lie.
+add_test(NAME lookup.orv COMMAND Python3::Interpreter
+    ${CMAKE_CURRENT_SOURCE_DIR}/orv/host_test.py)
+set_tests_properties(lookup.orv PROPERTIES
+    TIMEOUT 300
+    RUN_SERIAL ON
+    FIXTURES_REQUIRED prefix
+    ENVIRONMENT "WINEPREFIX=${prefix};ORV=${unpacked}/orv.exe;ORV_LIBRARY=${simulatedDll};ORV_WINE=1")
+set_property(TEST wine.register APPEND PROPERTY DEPENDS lookup.orv)
+
 # The files themselves. The simulated DLL has no limit of size: it is not what hosts ship.
 set(check Python3::Interpreter ${PROJECT_SOURCE_DIR}/tools/check_dll)
 set(header ${unpacked}/include/quelvixwinlib.h)
