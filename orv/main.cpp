@@ -56,5 +56,10 @@ int Run(std::vector<std::string> arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    return Run(orv::terminal::Start(argc, argv));
+    try {
+        return Run(orv::terminal::Start(argc, argv));
+    } catch (...) {
+        fputs("orv: out of memory\n", stderr);
+        return static_cast<int>(orv::ExitStatus::FileFailed);
+    }
 }

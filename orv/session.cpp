@@ -45,8 +45,8 @@ std::filesystem::path LibraryFile(const SessionOptions& options) {
 // A path, or else the name of a scenario that lies beside the library.
 std::filesystem::path ScenarioFile(const Library& library, const std::string& named) {
     const std::filesystem::path folder = library.File().parent_path() / "scenarios";
-    const std::filesystem::path path = PathOf(named);
-    const std::filesystem::path shipped = folder / PathOf(named + ".json");
+    std::filesystem::path path = PathOf(named);
+    std::filesystem::path shipped = folder / PathOf(named + ".json");
     if (std::filesystem::is_regular_file(path)) {
         return path;
     }
