@@ -105,7 +105,7 @@ std::string StepWords(Function function, Steps steps) {
         }
         const std::string name(StepName(function, step));
         if (steps == from(step) && count - step > 2) {
-            return words + "while " + name + " or in a later step";
+            return words.append("while ").append(name).append(" or in a later step");
         }
         const bool last = steps >> (step + 1) == 0;
         words += words.empty() ? "while " : last ? " or " : ", ";

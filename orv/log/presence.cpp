@@ -57,11 +57,13 @@ PresenceBook::Snapshot PresenceBook::Begin(const Subject& call) {
     Presence presence = existence.Now();
     if (session && call.ScannerId() < 0) {
         presence = Presence::Absent;
-    } else if (presence == Presence::Absent && (session ? initializing : existence.creating) > 0) {
-        presence = Presence::Unknown;
-    } else if (presence == Presence::Present && existence.removing > 0 &&
-               !(existence.removing == 1 && IsRemoving(call.function))) {
-        presence = Presence::Unknown;
+    } else {
+        const int creating = session ? initializing : existence.creating;
+        const bool othersRemove =
+            existence.removing > 0 && !(existence.removing == 1 && IsRemoving(call.function));
+        const bool changes = (presence == Presence::Absent && creating > 0) ||
+                             (presence == Presence::Present && othersRemove);
+        presence = changes ? Presence::Unknown : presence;
     }
     return {now, presence, existence.listed};
 }

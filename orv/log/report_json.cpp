@@ -38,6 +38,7 @@ std::pair<std::vector<typename Items::const_pointer>, std::size_t> Top(const Ite
                                                                        std::size_t most,
                                                                        Weight weight) {
     std::vector<typename Items::const_pointer> top;
+    top.reserve(items.size());
     for (const auto& item : items) {
         top.push_back(&item);
     }

@@ -6,7 +6,7 @@ namespace orv::log {
 
 namespace {
 
-constexpr std::int64_t Day = 24 * 3600 * 1000;
+constexpr std::int64_t Day = 86400000;
 
 // Two threads' lines are never that far out of order.
 constexpr std::int64_t Disorder = 1000;

@@ -29,7 +29,7 @@ std::string AddressWords(std::uint64_t address) {
 }
 
 std::string StampWords(std::int64_t milliseconds) {
-    const int day = static_cast<int>(milliseconds % (24 * 3600 * 1000));
+    const int day = static_cast<int>(milliseconds % 86400000);
     return Print("%02d:%02d:%02d.%03d", day / 3600000, day / 60000 % 60, day / 1000 % 60,
                  day % 1000);
 }
