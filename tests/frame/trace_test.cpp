@@ -1,5 +1,4 @@
-// The frame around every export: its trace line comes first, whatever the arguments, and with the
-// log off everything else stays the same.
+// The frame around every export: its trace line comes first, whatever the arguments.
 #include <climits>
 #include <cstring>
 #include <string>
@@ -59,38 +58,6 @@ TEST_F(TraceTest, EveryExportWritesOneLineAndRefusesWithoutACall) {
                           std::strcmp(trace.text, "OrvDevice_Send 1 20") == 0;
         EXPECT_EQ(OrvWorld_CallCount(nullptr) > calls, asks);
     }
-}
-
-// The results of one use of all exports, failures among them.
-std::vector<ResultCode> Tour() {
-    DiscoveredDevice info = {};
-    std::uint8_t bytes[4] = {1, 2, 3, 4};
-    std::vector<ResultCode> results = {BluetoothAvailable(), OrvScanner_Initialize(),
-                                       OrvScanner_Start(0)};
-    Advertise(Address);
-    results.insert(results.end(),
-                   {OrvScanner_GetDeviceCount(0), OrvScanner_GetDeviceInfo(0, 0, &info),
-                    OrvScanner_Stop(0), OrvScanner_Deinitialize(0), OrvScanner_Stop(0),
-                    static_cast<ResultCode>(std::strlen(info.name)), OrvDevice_Connect(Address),
-                    OrvDevice_Send(Address, 4, bytes)});
-    Notify(Address, {5, 6, 7});
-    results.insert(results.end(),
-                   {OrvDevice_Receive(Address, 2, bytes), bytes[1], OrvDevice_Flush(Address)});
-    FailMember("GattDeviceService.Close");
-    results.push_back(OrvDevice_Disconnect(Address));
-    FailMember("GattDeviceService.Close", 0);
-    results.insert(results.end(), {OrvDevice_Disconnect(Address), OrvDevice_Disconnect(Address)});
-    return results;
-}
-
-TEST_F(TraceTest, WithTheLogOffEverythingElseStaysTheSame) {
-    const std::vector<ResultCode> expected = {0, 0, 0, 1, 0, 0, 0, -1, 8, 0, 4, 2, 6, 1, -1, 0, -1};
-    EXPECT_EQ(Tour(), expected);
-    const std::string log = LogBytes();
-    EXPECT_EQ(LogLines().size(), 18u);
-    Logging_Disable();
-    EXPECT_EQ(Tour(), expected);
-    EXPECT_EQ(LogBytes(), log) << "the file was touched";
 }
 
 }  // namespace

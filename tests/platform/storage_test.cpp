@@ -1,4 +1,4 @@
-// The two stores that grow with what the radio brings, against plain models of them.
+// The queue that grows with what a device sends, against a plain model; the ends of ids and counts.
 #include <gtest/gtest.h>
 
 #include <deque>
@@ -8,7 +8,6 @@
 
 #include "frame/export_frame.h"
 #include "link/receive_queue.h"
-#include "scanner/discovered_devices.h"
 #include "scanner/scanner_session.h"
 
 namespace orv {
@@ -39,27 +38,6 @@ TEST(ReceiveQueue, IsOneStreamWhateverTheSizes) {
             model.erase(model.begin(), model.begin() + static_cast<long>(count));
         }
         ASSERT_EQ(queue.Size(), model.size());
-    }
-}
-
-TEST(DiscoveredDevices, KeepOrderAndPlace) {
-    DiscoveredDevices devices;
-    for (int round = 0; round < 2; ++round) {
-        EXPECT_EQ(devices.Size(), 0u);
-        EXPECT_EQ(devices.Find(0), nullptr) << "in an empty list";
-        for (BluetoothAddress i = 0; i < 1000; ++i) {
-            ASSERT_EQ(devices.Find(7 * i), nullptr);
-            devices.Append(NewRecord(7 * i, std::to_string(i), -1));
-            ASSERT_EQ(devices.Size(), i + 1);
-        }
-        DiscoveredDevice* const kept = devices.Find(7 * 64);
-        for (BluetoothAddress i = 0; i < 1000; ++i) {
-            ASSERT_EQ(devices.At(i).address, 7 * i);
-            ASSERT_EQ(devices.Find(7 * i), &devices.At(i));
-            ASSERT_STREQ(devices.At(i).name, std::to_string(i).c_str());
-        }
-        EXPECT_EQ(kept, &devices.At(64)) << "records do not move";
-        devices.Clear();
     }
 }
 

@@ -37,10 +37,6 @@ const Machine Machines[] = {
     {"NoRadio", [] { OrvWorld_Reset(1), OrvWorld_SetAdapter(1); }, -1, "1100"},
     {"NoAdapter", [] { OrvWorld_SetAdapter(0); }, -1, "1000"},
     {"SizeFails", [] { FailMember("IVectorView.get_Size"); }, -1, "1100", PlatformFailure},
-    {"GetAtFails", [] { FailMember("IVectorView.GetAt"); }, -1, "1100", PlatformFailure},
-    {"KindFails", [] { FailMember("Radio.get_Kind"); }, -1, "1110", PlatformFailure},
-    {"StateFails", [] { FailMember("Radio.get_State"); }, -1, "1111", PlatformFailure},
-    {"StateLacksMemory", [] { FailMember("Radio.get_State", NoMemory); }, -1, "1111", OutOfMemory},
 };
 
 class AvailabilityOf : public WorldTest, public testing::WithParamInterface<Machine> {};
