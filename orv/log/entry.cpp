@@ -112,9 +112,10 @@ bool ReadNotification(std::string_view text, Entry& entry) {
 
 bool ReadResult(std::string_view text, Entry& entry) {
     std::int32_t result = 0;
-    std::int64_t duration = 0;
-    if (!Take(text, ResultName) || !TakeNumber(text, result) || !Take(text, " after ") ||
-        !TakeNumber(text, duration) || duration < 0 || !Take(text, " ms: ")) {
+    std::int32_t duration = 0;
+    if (!Take(text, ResultName) || !TakeNumber(text, result) || result < -1 ||
+        !Take(text, " after ") || !TakeNumber(text, duration) || duration < 0 ||
+        !Take(text, " ms: ")) {
         return false;
     }
     const std::optional<Subject> subject = ReadCall(text);

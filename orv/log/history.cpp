@@ -9,8 +9,8 @@ namespace orv::log {
 
 namespace {
 
-// A callback's trace line this long before a failure line makes the callback one of its suspects.
-constexpr std::int64_t CallbackReach = 1000;
+// A result line that says that its call began this long before the log belongs to no call in it.
+constexpr std::int64_t BeforeLog = 100;
 
 // A call that is not one of several waits of 2000 ms, and closing what they opened, has ended by
 // then: where calls overlap and no result line tells, this is the longest that one is kept open.
@@ -35,6 +35,7 @@ History::History(ResultUse resultUse, Threads hostThreads,
       onForeign(std::move(foreignSink)) {}
 
 void History::Add(const Entry& entry) {
+    logBegin = logBegin.value_or(entry.time);
     latest = std::max(latest, entry.time);
     switch (entry.kind) {
         case Kind::Call:
@@ -50,7 +51,7 @@ void History::Add(const Entry& entry) {
             AddNotification(entry);
             [[fallthrough]];
         case Kind::Advertisement:
-            latestCallback = entry.time;
+            callbackSeen = true;
             break;
         case Kind::Host:
             break;
@@ -94,12 +95,13 @@ void History::EndWhatMustHaveEnded(std::int64_t time) {
 
 void History::AddResult(const Entry& entry) {
     results.set(static_cast<std::size_t>(entry.subject.function));  // late in a log that grows
+    const bool inLog = entry.time - entry.duration >= *logBegin - BeforeLog;
     std::size_t best = open.size();
     std::int64_t bestGap = std::numeric_limits<std::int64_t>::max();
     for (std::size_t index = 0; index < open.size(); ++index) {
         const Call& call = open[index].call;
         const std::int64_t gap = std::abs(call.start + entry.duration - entry.time);
-        if (call.subject == entry.subject && gap < bestGap) {
+        if (inLog && call.subject == entry.subject && gap < bestGap) {
             best = index;
             bestGap = gap;
         }
@@ -130,20 +132,25 @@ void History::AddFailure(const Entry& entry) {
         }
         if (open.size() > 1) {
             call.failures.owner = Owner::ThisOrOther;
-        } else if (call.failures.owner == Owner::ThisCall && CallbackMayFail(call, entry.time)) {
+        } else if (call.failures.owner == Owner::ThisCall && CallbackMayFail(opened)) {
             call.failures.owner = Owner::ThisOrCallback;
         }
     }
 }
 
 // A callback may fail before its trace line, so one that nobody has seen is a suspect as soon as a
-// scan or a link may deliver.
-bool History::CallbackMayFail(const Call& call, std::int64_t time) const {
+// scan or a link may deliver. These may be older than the log: then a callback's line shows it, or
+// a call that uses what the log does not show to be absent.
+bool History::CallbackMayFail(const OpenCall& opened) const {
+    const Call& call = opened.call;
     const Function function = call.subject.function;
     const bool starts = function == Function::Start || function == Function::Connect;
     // Without a result line the failure may have come long after what this call has started.
     const std::uint64_t own = starts && WritesResults(function) ? 1 : 0;
-    return time - latestCallback <= CallbackReach || scansStarted + linksStarted > own ||
+    const bool mayUseOlder = function != Function::Connect &&
+                             FactsOf(function).traces != Traces::Nothing &&
+                             opened.begin.presence == Presence::Unknown;
+    return callbackSeen || mayUseOlder || scansStarted + linksStarted > own ||
            call.failures.count > (function == Function::Connect ? 3 : 1);
 }
 

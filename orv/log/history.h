@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "orv/log/call.h"
@@ -55,7 +56,7 @@ class History {
     void Finish(std::size_t index, std::int64_t end);
     std::int64_t LockWaitOf(const Call& call, std::int64_t end) const;
     bool WritesResults(Function function) const;
-    bool CallbackMayFail(const Call& call, std::int64_t time) const;
+    bool CallbackMayFail(const OpenCall& opened) const;
     void Conclude(Call& call) const;
 
     ResultUse results;
@@ -66,7 +67,8 @@ class History {
     std::deque<LockHold> holds;  // of calls that have ended
     PresenceBook book;
     std::int64_t latest = 0;
-    std::int64_t latestCallback = -1'000'000;
+    std::optional<std::int64_t> logBegin;
+    bool callbackSeen = false;
     std::uint64_t scansStarted = 0;  // Start and Connect leave handlers that may fail
     std::uint64_t linksStarted = 0;
     std::uint64_t unmatchedResults = 0;

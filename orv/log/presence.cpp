@@ -50,6 +50,7 @@ PresenceBook::Snapshot PresenceBook::Begin(const Subject& call) {
     if (call.function == Function::Start) {
         existence.listed = 0;
         existence.lastEmptied = now;
+        ++existence.emptying;
     }
     existence.creating += IsCreating(call.function) ? 1 : 0;
     existence.removing += IsRemoving(call.function) ? 1 : 0;
@@ -78,7 +79,9 @@ void PresenceBook::End(Call& call, const Snapshot& begin) {
         lastInitialized = now;
         if (Succeeded(call)) {
             Existence& created = sessions[static_cast<std::uint32_t>(*call.result)];
-            created.atLeast = 1;
+            const bool removed = created.removing > 0 || created.lastRemoved > begin.moment;
+            created.atLeast = removed ? 0 : 1;
+            created.noOther = false;
             created.listed = 0;
             created.lastEmptied = now;
         }
@@ -87,6 +90,7 @@ void PresenceBook::End(Call& call, const Snapshot& begin) {
     Existence& existence = Of(call.subject);
     existence.creating -= IsCreating(call.subject.function) ? 1 : 0;
     existence.removing -= IsRemoving(call.subject.function) ? 1 : 0;
+    existence.emptying -= call.subject.function == Function::Start ? 1 : 0;
 
     const bool session = FactsOf(call.subject.function).family == Family::Scanner;
     const bool added = session ? initializing > 0 || lastInitialized > begin.moment
@@ -97,18 +101,20 @@ void PresenceBook::End(Call& call, const Snapshot& begin) {
     call.presence = changed ? Presence::Unknown : begin.presence;
     call.indexListed = existence.lastEmptied <= begin.moment && call.subject.number >= 0 &&
                        call.subject.number < begin.listed;
+    const Overlap others{added, removed,
+                         existence.emptying > 0 || existence.lastEmptied > begin.moment};
     if (session) {
-        LearnSession(call, existence);
+        LearnSession(call, existence, others);
     } else {
-        LearnLink(call, existence);
+        LearnLink(call, existence, others);
     }
 }
 
-void PresenceBook::LearnSession(const Call& call, Existence& existence) {
+void PresenceBook::LearnSession(const Call& call, Existence& existence, const Overlap& others) {
     switch (call.subject.function) {
         case Function::Deinitialize:
             existence.atLeast = 0;
-            existence.noOther = call.result && (Succeeded(call) || Refused(call));
+            existence.noOther = !others.added && (Succeeded(call) || Refused(call));
             existence.lastRemoved = now;
             return;
         case Function::Start:
@@ -116,41 +122,47 @@ void PresenceBook::LearnSession(const Call& call, Existence& existence) {
             existence.lastEmptied = now;
             break;
         case Function::GetDeviceCount:
-            existence.listed = std::max(existence.listed, call.result.value_or(0));
+            if (!others.emptied) {
+                existence.listed = std::max(existence.listed, call.result.value_or(0));
+            }
             break;
         case Function::GetDeviceInfo:
-            if (Succeeded(call)) {
+            if (Succeeded(call) && !others.emptied) {
                 existence.listed = std::max(existence.listed, call.subject.number + 1);
+            }
+            if (Succeeded(call) && !others.removed) {
                 existence.atLeast = 1;
             }
             return;  // its -1 has further reasons
         default:
             break;
     }
-    if (Succeeded(call)) {
+    if (Succeeded(call) && !others.removed) {
         existence.atLeast = 1;
-    } else if (Refused(call)) {
+    } else if (Refused(call) && !others.added) {
         existence.atLeast = 0;
         existence.noOther = true;
     }
 }
 
-void PresenceBook::LearnLink(Call& call, Existence& existence) {
+void PresenceBook::LearnLink(Call& call, Existence& existence, const Overlap& others) {
     switch (call.subject.function) {
         case Function::Connect:
             existence.lastAdded = now;
-            if (Succeeded(call)) {
+            if (Succeeded(call) && !others.removed) {
                 ++existence.atLeast;
-            } else if (!call.result) {
+            } else if (call.result != -1) {
                 existence.noOther = false;
             }
             return;
         case Function::Disconnect:
             existence.lastRemoved = now;
-            if (Refused(call)) {
+            if (Refused(call) && !others.added) {
                 existence.atLeast = 0;
                 existence.noOther = true;
             } else if (Succeeded(call) || !call.result) {
+                // One that may have failed may have left its link.
+                existence.noOther = existence.noOther && (call.result || call.failures.count == 0);
                 existence.atLeast = std::max(existence.atLeast - 1, 0);
                 call.lastLink = existence.atLeast == 0;
             }
@@ -158,10 +170,10 @@ void PresenceBook::LearnLink(Call& call, Existence& existence) {
         default:
             break;
     }
-    if (Succeeded(call) && existence.atLeast == 0) {
+    if (Succeeded(call) && existence.atLeast == 0 && !others.removed) {
         existence.atLeast = 1;
         existence.noOther = false;
-    } else if (Refused(call) && call.subject.function == Function::Flush) {
+    } else if (Refused(call) && call.subject.function == Function::Flush && !others.added) {
         existence.atLeast = 0;
         existence.noOther = true;
     }

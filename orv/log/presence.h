@@ -17,6 +17,7 @@ struct Existence {
     bool noOther = false;  // and no more than these
     int creating = 0;      // calls under way that may add one
     int removing = 0;      // calls under way that may take one away
+    int emptying = 0;      // calls under way that empty its list
     Moment lastAdded = 0;  // when such a call last ended
     Moment lastRemoved = 0;
     std::int32_t listed = 0;  // of a session: its list is at least that long
@@ -41,8 +42,14 @@ class PresenceBook {
 
   private:
     Existence& Of(const Subject& subject);
-    void LearnSession(const Call& call, Existence& existence);
-    void LearnLink(Call& call, Existence& existence);
+    // What other calls may have done while one ran. A result tells of a moment in that time, and
+    // what it shows may have been undone before its line was written.
+    struct Overlap {
+        bool added, removed, emptied;
+    };
+
+    void LearnSession(const Call& call, Existence& existence, const Overlap& others);
+    void LearnLink(Call& call, Existence& existence, const Overlap& others);
 
     std::unordered_map<std::uint64_t, Existence> links;
     std::unordered_map<std::uint64_t, Existence> sessions;

@@ -1,7 +1,10 @@
 // The reader on single lines and small texts: what each says, and what hostile or damaged ones do.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "orv/log/entry.h"
+#include "orv/log/explain.h"
 #include "orv/log/findings.h"
 #include "orv/log/lines.h"
 #include "orv/log/timeline.h"
@@ -37,6 +40,8 @@ const Text Texts[] = {
     {"OnDataReceived 4660 244", Kind::Notification, 4660, 244},
     {"Returned -1 after 2003 ms: OrvDevice_Connect 5", Kind::Result, 5, -1},
     {"Returned -1 after -3 ms: OrvDevice_Connect 5", Kind::Host},
+    {"Returned -2 after 3 ms: OrvDevice_Connect 5", Kind::Host},
+    {"Returned -1 after 2147483648 ms: OrvDevice_Connect 5", Kind::Host},
     {"Returned -1 after 3 ms: something", Kind::Host},
     {"", Kind::Host},
 };
@@ -116,6 +121,68 @@ TEST(LogTimeline, GoesOnOverMidnightAndOtherJumps) {
         EXPECT_EQ(times, row.times);
         EXPECT_EQ(timeline.Jumps(), row.jumps);
     }
+}
+
+// Calls that overlap: each line stands for the state of a moment that its call does not tell. What
+// the last call failed of must be among its causes.
+TEST(LogOverlap, NeverRulesOutTheCause) {
+    struct Row {
+        Cause cause;
+        std::vector<const char*> texts;
+    };
+    const Row rows[] = {
+        {Cause::NoLink,
+         {"OrvDevice_Connect 5", "Returned 0 after 0 ms: OrvDevice_Connect 5", "OrvDevice_Send 5 2",
+          "OrvDevice_Disconnect 5", "Returned 0 after 0 ms: OrvDevice_Disconnect 5",
+          "Returned 2 after 0 ms: OrvDevice_Send 5 2", "OrvDevice_Receive 5",
+          "Returned -1 after 0 ms: OrvDevice_Receive 5"}},
+        {Cause::LimitPassed,
+         {"OrvDevice_Flush 5", "OrvDevice_Connect 5", "Returned 0 after 0 ms: OrvDevice_Connect 5",
+          "Returned -1 after 0 ms: OrvDevice_Flush 5", "OrvDevice_Send 5 2",
+          "Returned -1 after 2001 ms: OrvDevice_Send 5 2"}},
+        {Cause::NoLink,
+         {"OrvDevice_Connect 5", "OrvDevice_Disconnect 5",
+          "Returned 0 after 0 ms: OrvDevice_Disconnect 5",
+          "Returned 0 after 0 ms: OrvDevice_Connect 5", "OrvDevice_Receive 5",
+          "Returned -1 after 0 ms: OrvDevice_Receive 5"}},
+        {Cause::IndexOutOfRange,
+         {"OrvScanner_GetDeviceCount 0", "OrvScanner_Start 0",
+          "Returned 0 after 0 ms: OrvScanner_Start 0",
+          "Returned 5 after 0 ms: OrvScanner_GetDeviceCount 0", "OrvScanner_GetDeviceInfo 0 3",
+          "Returned -1 after 0 ms: OrvScanner_GetDeviceInfo 0 3"}},
+        {Cause::IndexOutOfRange,
+         {"OrvScanner_Initialize", "OrvScanner_Deinitialize 0",
+          "Returned 0 after 0 ms: OrvScanner_Initialize",
+          "Returned 0 after 0 ms: OrvScanner_Deinitialize 0", "OrvScanner_GetDeviceInfo 0 3",
+          "Returned -1 after 0 ms: OrvScanner_GetDeviceInfo 0 3"}},
+        // The links are older than the log, and it was a notification that failed.
+        {Cause::NoLink,
+         {"OrvDevice_Receive 5", "Exception: unknown type",
+          "Returned -1 after 0 ms: OrvDevice_Receive 5"}},
+    };
+    for (const Row& row : rows) {
+        std::string bytes;
+        for (const char* text : row.texts) {
+            // Far enough into the log for the longest duration.
+            bytes += (bytes.empty() ? "12:00:00.000\t\n12:00:03.000\t" : "12:00:03.000\t") +
+                     std::string(text) + '\n';
+        }
+        SCOPED_TRACE(bytes);
+        const Suspects named = Explain(FindAll(bytes, Threads::One).calls.back());
+        EXPECT_TRUE(std::any_of(named.begin(), named.end(), [&](const Suspect& suspect) {
+            return suspect.cause == row.cause;
+        }));
+    }
+}
+
+// The log was emptied while one thread was in a call, and another calls the same.
+TEST(LogBegin, LeavesOutTheResultOfACallBeforeIt) {
+    const Findings findings = FindAll(
+        "12:00:00.000\tOrvDevice_Receive 5\n"
+        "12:00:00.010\tReturned -1 after 1500 ms: OrvDevice_Receive 5\n"
+        "12:00:00.011\tReturned 3 after 11 ms: OrvDevice_Receive 5\n",
+        Threads::One);
+    EXPECT_EQ(findings.calls.at(0).result, 3);
 }
 
 // Whatever the bytes are, every cut of a log gives calls that lie inside it.

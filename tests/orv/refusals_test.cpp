@@ -59,7 +59,7 @@ const Refusal Refusals[] = {
      [] { return OrvDevice_Send(Address, 1, nullptr); }},
     {"SendOfNegativeLength", Cause::NegativeLength, Alone::Always, Link,
      [] { return OrvDevice_Send(Address, -1, nullptr); }},
-    {"SendWithoutWriter", Cause::SystemFailure, Alone::WithResult,
+    {"SendWithoutWriter", Cause::SystemFailure, Alone::Never,
      [](bool) { FailMember("DataWriter.WriteBytes"); },
      [] { return OrvDevice_Send(Address, 1, Sequence(1).data()); }},
     {"DisconnectCannotCloseService", Cause::SystemFailure, Alone::WithResult,
