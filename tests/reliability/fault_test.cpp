@@ -148,7 +148,7 @@ TEST_P(Faults, EveryPlatformCallCanGiveNothing) {
         }
         EXPECT_TRUE(step.leaves.empty() ? result == -1 || result == step.success
                                         : result <= step.success);
-        OrvWorld_PassTime(4000);
+        OrvWorld_Settle();
         if (result == -1) {
             EXPECT_LE(OrvWorld_HeldReferences(), held) << "a reference leaked";
         }
