@@ -37,7 +37,14 @@ struct Collector {
     bool HasFailure() const { return call.failures.count > 0; }
     // A failure line that surely is this call's own leaves no room for a silent refusal.
     bool MayBeSilent() const { return !HasFailure() || call.failures.owner != Owner::ThisCall; }
-    bool MayBeImmediate() const { return MayBeSilent() && call.OwnAtLeast() <= Immediate; }
+    bool MayBeImmediate() const { return MayBeSilent() && Told(call.OwnAtLeast()) <= Immediate; }
+    // More than all its waits take: a machine that slept, or a call into the system without limit.
+    bool IsBeyondWaits() const { return Told(call.OwnAtLeast()) < call.OwnAtLeast(); }
+    // How much of a time the waits must have taken. One beyond them all tells nothing of any.
+    std::int64_t Told(std::int64_t time) const {
+        const int waits = FactsOf(call.subject.function).waits;
+        return waits > 0 && time > waits * (WaitLimit + Late) ? 0 : time;
+    }
     Cause Raised() const {
         if (call.failures.unknownType) {
             return Cause::SystemFailure;
@@ -47,12 +54,12 @@ struct Collector {
     // The time until the operation that failed had ended.
     WaitTimes Until() const {
         if (HasFailure() && !MayBeSilent()) {
-            return {call.failures.first, call.failures.first};
+            return UntilFailure();
         }
-        return {call.OwnAtLeast(),
+        return {Told(call.OwnAtLeast()),
                 call.duration.atMost.value_or(std::numeric_limits<std::int64_t>::max())};
     }
-    WaitTimes UntilFailure() const { return {call.failures.first, call.failures.first}; }
+    WaitTimes UntilFailure() const { return {Told(call.failures.first), call.failures.first}; }
 };
 
 void ExplainAvailable(Collector& found) {
@@ -181,7 +188,8 @@ void ExplainSlowSuccess(Collector& found) {
     }
     if (facts.waits > 0) {
         found.AddSteps(Cause::SlowAnswers, found.Until().Answered(facts.waits));
-    } else {
+    }
+    if (facts.waits == 0 || found.IsBeyondWaits()) {
         found.Add(Cause::SystemSlow);
     }
     if (call.lockWait > 0 || facts.waits == 0 || call.subject.function == Function::Connect) {
@@ -212,7 +220,8 @@ void ExplainFailure(Collector& found) {
         found.Add(Cause::WaitedForOthers);
     }
     const FunctionFacts& facts = FactsOf(found.call.subject.function);
-    if (facts.waits == 0 && found.call.duration.Exact() && found.call.OwnAtLeast() > Immediate) {
+    const bool slow = facts.waits == 0 && found.call.OwnAtLeast() > Immediate;
+    if (found.call.duration.Exact() && (slow || found.IsBeyondWaits())) {
         found.Add(Cause::SystemSlow);
     }
 }

@@ -123,9 +123,9 @@ TEST(LogTimeline, GoesOnOverMidnightAndOtherJumps) {
     }
 }
 
-// Calls that overlap: each line stands for the state of a moment that its call does not tell. What
-// the last call failed of must be among its causes.
-TEST(LogOverlap, NeverRulesOutTheCause) {
+// Calls that overlap: each line stands for the state of a moment that its call does not tell. And
+// calls during which the machine slept. What the last call failed of must be among its causes.
+TEST(LogProof, NeverRulesOutTheCause) {
     struct Row {
         Cause cause;
         std::vector<const char*> texts;
@@ -159,12 +159,16 @@ TEST(LogOverlap, NeverRulesOutTheCause) {
         {Cause::NoLink,
          {"OrvDevice_Receive 5", "Exception: unknown type",
           "Returned -1 after 0 ms: OrvDevice_Receive 5"}},
+        {Cause::LimitPassed,
+         {"OrvDevice_Send 5 2", "Returned -1 after 2900 ms: OrvDevice_Send 5 2"}},
+        {Cause::Refused,
+         {"OrvDevice_Connect 5", "Returned -1 after 60000 ms: OrvDevice_Connect 5"}},
     };
     for (const Row& row : rows) {
         std::string bytes;
         for (const char* text : row.texts) {
             // Far enough into the log for the longest duration.
-            bytes += (bytes.empty() ? "12:00:00.000\t\n12:00:03.000\t" : "12:00:03.000\t") +
+            bytes += (bytes.empty() ? "12:00:00.000\t\n12:01:00.000\t" : "12:01:00.000\t") +
                      std::string(text) + '\n';
         }
         SCOPED_TRACE(bytes);
