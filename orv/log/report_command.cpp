@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <system_error>
 
 #include "orv/log/log_bytes.h"
 #include "orv/log/report_json.h"
@@ -32,6 +33,11 @@ std::string PageOf(const std::string& path, std::string_view bytes, Threads thre
 }  // namespace
 
 void WriteReport(const std::string& path, Threads threads, const std::string& output) {
+    std::error_code notBoth;  // files are there; then they are not the same
+    if (std::filesystem::equivalent(PathOf(path), PathOf(output), notBoth)) {
+        throw Problem(ExitStatus::FileFailed,
+                      Printable(output) + " is the log itself. Give the page another name.");
+    }
     const std::string page = PageOf(path, ReadLogFile(path), threads);
     std::ofstream file(PathOf(output), std::ios::binary);
     file.write(page.data(), static_cast<std::streamsize>(page.size()));

@@ -5,6 +5,8 @@
 
 #include "host.h"
 #include "orv/log/follower.h"
+#include "orv/log/report_command.h"
+#include "orv/problem.h"
 
 namespace orv {
 namespace {
@@ -142,6 +144,13 @@ TEST_F(LogNotes, HangingStartIsSeenWhileItHangsAndAfterwards) {
     const log::Call call = ReadLog().calls.back();
     EXPECT_EQ(call.result, 0);
     ExpectNamed(call, Cause::SystemSlow);
+}
+
+TEST_F(LogNotes, StayInALogThatAReportIsToReplace) {
+    OrvDevice_Flush(Address);
+    const std::string bytes = LogBytes();
+    EXPECT_THROW(log::WriteReport(LogPath(), log::Threads::One, LogPath()), Problem);
+    EXPECT_EQ(LogBytes(), bytes);
 }
 
 struct Counting : log::Listener {
