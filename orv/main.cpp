@@ -1,5 +1,6 @@
 // orv: a command-line host for devices of the ORV family.
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 
 #include "orv/address.h"
@@ -53,11 +54,24 @@ int Run(std::vector<std::string> arguments) {
     return static_cast<int>(orv::ExitStatus::Done);
 }
 
+// What was printed has to be where it was meant to go. Who closes a pipe wants no more of it, and
+// no complaint.
+int StatusWithOutput(int status) {
+    if (fflush(stdout) == 0 && !ferror(stdout)) {
+        return status;
+    }
+    if (errno != EPIPE) {
+        fputs("orv: the output cannot be written: is there room, and may you write there?\n",
+              stderr);
+    }
+    return status != 0 ? status : static_cast<int>(orv::ExitStatus::FileFailed);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     try {
-        return Run(orv::terminal::Start(argc, argv));
+        return StatusWithOutput(Run(orv::terminal::Start(argc, argv)));
     } catch (...) {
         fputs("orv: out of memory\n", stderr);
         return static_cast<int>(orv::ExitStatus::FileFailed);

@@ -47,14 +47,15 @@ std::filesystem::path ScenarioFile(const Library& library, const std::string& na
     const std::filesystem::path folder = library.File().parent_path() / "scenarios";
     std::filesystem::path path = PathOf(named);
     std::filesystem::path shipped = folder / PathOf(named + ".json");
-    if (std::filesystem::is_regular_file(path)) {
+    std::error_code missing;
+    if (std::filesystem::exists(path, missing) && !std::filesystem::is_directory(path, missing)) {
         return path;
     }
-    if (named.find_first_of("/\\") == std::string::npos && std::filesystem::exists(shipped)) {
+    if (named.find_first_of("/\\") == std::string::npos &&
+        std::filesystem::exists(shipped, missing)) {
         return shipped;
     }
     std::string names;
-    std::error_code missing;
     for (const auto& entry : std::filesystem::directory_iterator(folder, missing)) {
         const std::filesystem::path file = entry.path().filename();
         if (file.extension() == ".json" && file.stem().extension().empty()) {

@@ -103,12 +103,12 @@ void AddReceiveCommand(CLI::App& app, SessionOptions& session) {
         ->required()
         ->type_name("FILE");
     command->add_option("--seconds", options->seconds, "Ends after that long")
-        ->check(CLI::PositiveNumber)
+        ->check(CLI::Range(0.001, 1e9))
         ->type_name("N");
     command
         ->add_option("--bytes", options->bytes,
                      "Ends when so many have arrived; fewer at the end are a failure")
-        ->check(CLI::PositiveNumber)
+        ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1} << 62))
         ->type_name("N");
     AddSessionOptions(*command, session);
     command->footer(HelpFooter(

@@ -178,11 +178,13 @@ void Scan(const SessionOptions& session, const ScanOptions& options) {
         recording.Add(devices);
         view->Show(devices, second());
     }
-    scanner.Stop();
-    view->End(scanner.Heard());
+    const Devices heard = scanner.Heard();
+    recording.Add(heard);
+    view->End(heard);
     if (file) {
         file->Write(recording.Scenario());
     }
+    scanner.Stop();
 }
 
 }  // namespace
@@ -193,7 +195,7 @@ void AddScanCommand(CLI::App& app, SessionOptions& session) {
     command
         ->add_option("--seconds", options->seconds,
                      "How long to scan; otherwise 3, and with --watch until Ctrl-C")
-        ->check(CLI::PositiveNumber)
+        ->check(CLI::Range(0.001, 1e9))
         ->type_name("N");
     CLI::Option* watch = command->add_flag(
         "--watch", options->watch,

@@ -159,9 +159,14 @@ void Talk(const SessionOptions& session, const TalkOptions& options) {
     Library library = OpenLibrary(session);
     terminal::CatchInterrupts();
     TalkRecording recording(address);
-    const Counters counters = Conversation(library, address, options, recording).Run();
-    if (file) {
-        file->Write(recording.Scenario());
+    Counters counters;
+    {
+        Conversation conversation(library, address, options, recording);
+        counters = conversation.Run();
+        if (file) {
+            file->Write(
+                recording.Scenario());  // before the link is closed, which may not come back
+        }
     }
     printf("sent %s in %s, received %s\n", Counted(counters.sent, "byte").c_str(),
            Counted(counters.blocks, "block").c_str(), Counted(counters.received, "byte").c_str());
@@ -197,7 +202,7 @@ void AddTalkCommand(CLI::App& app, SessionOptions& session) {
         ->add_option("--seconds", options->seconds,
                      "How long answers are still awaited when the lines come from a pipe and have "
                      "ended; otherwise 1")
-        ->check(CLI::NonNegativeNumber)
+        ->check(CLI::Range(0.0, 1e9))
         ->type_name("N");
     AddBlockOption(*command, options->block);
     command

@@ -1,5 +1,6 @@
 #include <errno.h>
 #include <signal.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/ioctl.h>
@@ -14,12 +15,24 @@ namespace {
 
 volatile sig_atomic_t interrupted = 0;
 
-void OnSignal(int) {
+termios before;
+volatile sig_atomic_t isRaw = 0;
+
+// The second ends the program at once, with the terminal as it was: a call may not come back.
+void OnSignal(int number) {
+    if (interrupted) {
+        constexpr char Usual[] = "\033[?7h\033[?25h";
+        if (isRaw) {
+            tcsetattr(STDIN_FILENO, TCSANOW, &before);
+        }
+        if (isatty(STDOUT_FILENO) && write(STDOUT_FILENO, Usual, sizeof Usual - 1) < 0) {
+            // Then nobody sees it.
+        }
+        signal(number, SIG_DFL);
+        raise(number);
+    }
     interrupted = 1;
 }
-
-termios before;
-bool isRaw = false;
 
 }  // namespace
 
@@ -50,10 +63,11 @@ void CatchInterrupts() {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         sigaction(number, &action, nullptr);
     }
+    signal(SIGPIPE, SIG_IGN);  // the output says that nobody reads it
 }
 
 bool IsInterrupted() {
-    return interrupted != 0;
+    return interrupted || ferror(stdout);
 }
 
 RawInput::RawInput() {
@@ -70,7 +84,7 @@ RawInput::RawInput() {
 RawInput::~RawInput() {
     if (isRaw) {
         tcsetattr(STDIN_FILENO, TCSANOW, &before);
-        isRaw = false;
+        isRaw = 0;
     }
 }
 

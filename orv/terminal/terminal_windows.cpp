@@ -26,9 +26,9 @@ std::string Utf8(const wchar_t* text, int length) {
     return bytes;
 }
 
+// The second is left to the system, which ends the program at once: a call may not come back.
 BOOL WINAPI OnControl(DWORD) {
-    interrupted = true;
-    return TRUE;
+    return !interrupted.exchange(true);
 }
 
 HANDLE Input() {
@@ -80,7 +80,7 @@ void CatchInterrupts() {
 }
 
 bool IsInterrupted() {
-    return interrupted;
+    return interrupted || ferror(stdout);
 }
 
 RawInput::RawInput() {

@@ -13,6 +13,8 @@ using Json = nlohmann::json;
 
 // Deeper than any scenario; an object's destructor goes as deep as the object.
 constexpr std::size_t DeepestNesting = 16;
+// More than any object has; each is compared with all before it.
+constexpr std::size_t MostFields = 64;
 
 // Reads the text and knows the line of the last character that is not blank. The parser is one
 // character ahead only behind a number, and that one is a blank or stands on the same line.
@@ -73,11 +75,14 @@ class TreeBuilder {
     }
     bool number_unsigned(Json::number_unsigned_t value) {
         if (value > INT64_MAX) {
-            Refuse("is too large, a number of at most 18 digits would be right");
+            RefuseLarge();
         }
         return number_integer(static_cast<Json::number_integer_t>(value));
     }
     bool number_float(Json::number_float_t, const std::string& text) {
+        if (text.find_first_of(".eE") == std::string::npos) {
+            RefuseLarge();
+        }
         Refuse(text + " is no whole number, a whole number would be right");
     }
     bool string(std::string& value) {
@@ -94,6 +99,10 @@ class TreeBuilder {
 
     bool key(std::string& name) {
         std::vector<std::string>& keys = open.back()->keys;
+        if (keys.size() == MostFields) {
+            Refuse("has too many fields, " + std::to_string(MostFields) +
+                   " at most would be right");
+        }
         if (std::find(keys.begin(), keys.end(), name) != keys.end()) {
             keys.push_back(name);
             Refuse("stands here a second time, once would be right");
@@ -142,6 +151,10 @@ class TreeBuilder {
         return true;
     }
 
+    [[noreturn]] void RefuseLarge() const {
+        Refuse("is too large, a number of at most 18 digits would be right");
+    }
+
     // The field that is being read. Throws.
     [[noreturn]] void Refuse(const std::string& text) const {
         std::string field;
@@ -166,6 +179,13 @@ class TreeBuilder {
 }  // namespace
 
 ScenarioValue ParseScenarioText(const std::string& text) {
+    // The parser would take it for the end of the text.
+    const std::size_t zero = text.find('\0');
+    if (zero != std::string::npos) {
+        const auto end = text.begin() + static_cast<std::ptrdiff_t>(zero);
+        throw ScenarioFault{1 + static_cast<int>(std::count(text.begin(), end, '\n')), "scenario",
+                            "has a byte of zero, UTF-8 text would be right"};
+    }
     Reading reading;
     TreeBuilder builder(reading);
     const char* const begin = text.data();

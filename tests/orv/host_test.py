@@ -40,6 +40,8 @@ WORLDS = {
                             {"at": 350, "device": address, "advertise": "ScanResponse", "signal": -70,
                              "sections": [{"type": 22, "data": "000541"}, {"type": 22, "data": "1811FF00AA"}]})]},
     "plain": {"devices": [{"address": PLAIN}, {"address": "00:1A:00:00:00:01"}]},
+    "unstoppable": {"devices": [{"address": PLAIN, "name": "ORV-0042", "interval": 20}],
+                    "faults": [{"member": "BluetoothLEAdvertisementWatcher.Stop", "code": "0x80004005"}]},
     "stops": {"devices": [{"address": PLAIN, "echo": 20}],
               "events": [{"after": 150, "device": PLAIN, "answer": {"operation": "WriteValue", "never": True}}]},
     "sends": {"devices": [{"address": PLAIN}],
@@ -86,6 +88,18 @@ class HostTest(WorldTest):
                 ("scan --simulated --record no/such", 6, "cannot be written")]:
             with self.subTest(line):
                 self.assertIn(text, self.orv(line, status))
+
+    @unittest.skipUnless(os.path.exists("/dev/full"), "no device that is full")
+    def test_output_that_gets_lost_is_a_failure(self):
+        for line in ("check", "scan --watch", "scan --seconds 0.1 --json"):
+            with self.subTest(line), open("/dev/full", "w") as full:
+                run = subprocess.run(ORV + line.split() + ["--simulated"], stdout=full, stderr=subprocess.PIPE,
+                                     timeout=SECONDS)
+                self.assertEqual((run.returncode, b"output cannot be written" in run.stderr), (6, True))
+
+    def test_a_scan_that_cannot_be_stopped_has_told_what_it_heard(self):
+        self.orv("scan --simulated unstoppable.json --seconds 0.3 --record heard.json", 1)
+        self.assertIn("ORV-0042", (self.folder / "heard.json").read_text())
 
     def test_addresses(self):
         for text, address in [("11:22:33:44:55:66", PLAIN), ("112233445566", PLAIN), ("18838586676582", PLAIN),
@@ -212,6 +226,16 @@ class TerminalTest(WorldTest):
         self.type("\x03")
         self.end(5)
         self.assertIn("stopped by Ctrl-C", self.shown)
+
+    def test_a_second_interrupt_ends_what_does_not_come_back(self):
+        hangs = pathlib.Path(LIBRARY).parent / "scenarios" / "close_hangs.json"
+        self.start(f"talk --simulated {hangs} {ECHOING}")
+        self.await_shown("0 sent")
+        self.process.terminate()
+        while self.settings() != self.before:
+            time.sleep(0.01)
+        self.process.terminate()
+        self.end(-15)
 
     def test_an_interrupt_ends_a_conversation(self):
         self.start(f"talk --simulated {ECHOING}")

@@ -12,7 +12,7 @@ namespace {
 
 const std::string File = LibraryFile() + ".json";
 
-std::string FaultOf(const std::string& text) {
+std::string FaultOf(std::string_view text) {
     std::ofstream(File, std::ios::binary) << text;
     char error[300] = "";
     EXPECT_EQ(OrvWorld_PlayScenario(File.c_str(), 1, error, sizeof error), -1) << text;
@@ -21,7 +21,7 @@ std::string FaultOf(const std::string& text) {
 }
 
 struct Fault {
-    const char* text;
+    std::string_view text;
     const char* fault;  // behind the file's name and a colon
 };
 
@@ -36,7 +36,8 @@ const Fault Faults[] = {
     {"{\"title\":\"\",\n\"title\":\"\"}", "2: title: stands here a second time"},
     {"[[[[[[[[[[[[[[[[[[[[", "1: [0][0]"},
     {"{\"title\":\"\xFF\"}", "1: title: "},
-    {"{\"title\":\"\",\"radios\":123456789012345678901234567890}", "1: radios: "},
+    {"{\"title\":\"\",\"radios\":123456789012345678901234567890}", "1: radios: is too large"},
+    {std::string_view("{\"title\":\"\"}\n\0{}", 16), "2: scenario: has a byte of zero"},
     // Fields.
     {"{}", "1: scenario: lacks title"},
     {"{\"title\":\"\",\n\"devcies\":[]}", "2: devcies: is unknown here, one of $schema, title"},
