@@ -85,6 +85,9 @@ TEST_F(LogTest, StampIsTheLocalTime) {
 }
 
 TEST_F(LogTest, StampFollowsSimulatedTime) {
+    if (OrvWorld_TimeIsSimulated() == 0) {
+        GTEST_SKIP() << "the shipped library's time is the system's";
+    }
     const auto stamp = [](const std::string& line) {
         int hour = 0, minute = 0, second = 0, millisecond = 0;
         std::sscanf(line.c_str(), "%d:%d:%d.%d", &hour, &minute, &second, &millisecond);
