@@ -24,7 +24,7 @@ const char* MeaningOf(ExitStatus status) {
         case ExitStatus::Stopped:
             return "a transfer ended before everything had gone over";
         case ExitStatus::FileFailed:
-            return "a file cannot be read or written";
+            return "a file or the output cannot be read or written";
     }
     return "";
 }

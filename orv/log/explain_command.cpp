@@ -19,6 +19,10 @@ void PrintHead(TextPrinter& printer, const std::string& path, const Findings& fi
     const auto failed = std::count_if(findings.calls.begin(), findings.calls.end(),
                                       [](const Call& call) { return call.result == -1; });
     const Totals& totals = findings.totals;
+    if (totals.lines == 0) {
+        printer.PrintLine(Printable(path) + ": no line of a log is in it");
+        return;
+    }
     printer.PrintLine(Printable(path) + ": " +
                       Count(static_cast<std::int64_t>(totals.lines), "line") + " from " +
                       StampWords(totals.firstStamp) + " to " + StampWords(totals.lastStamp) + ", " +

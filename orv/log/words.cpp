@@ -3,6 +3,8 @@
 #include <cinttypes>
 #include <cstdio>
 
+#include "orv/terminal/printable.h"
+
 namespace orv::log {
 
 namespace {
@@ -68,7 +70,7 @@ std::string CallWords(const Subject& subject) {
 }
 
 std::string Count(std::int64_t count, const char* noun) {
-    return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
+    return Counted(static_cast<std::uint64_t>(count), noun);
 }
 
 }  // namespace orv::log
