@@ -1,0 +1,10 @@
+// Reads type names, one per line, from the standard input, and writes the facts of each from the
+// metadata files in the directory args[0].
+using PlatformMetadata;
+
+using var output = new StreamWriter(Console.OpenStandardOutput());
+var facts = new Facts(new Library(args[0]), output);
+while (Console.ReadLine() is { } name)
+{
+    facts.Write(name);
+}
