@@ -1,0 +1,81 @@
+// Connection to the system's D-Bus message bus. Only the loop's thread may use it. sd-bus is used,
+// because sdbus-c++ would add a thread and throw an exception for each failed call.
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <list>
+#include <string>
+
+#include "runtimes/bluez/bus/loop.h"
+
+namespace orv::bluez {
+
+// Failure of a call. `name` is the D-Bus error name, or empty if the call succeeded.
+struct Failure {
+    std::string name;
+    std::string message;
+
+    explicit operator bool() const { return !name.empty(); }
+};
+
+// Handles the result of a call. `reply` is null if the call failed. The bus owns `reply`.
+using Reply = std::function<void(const Failure& failure, sd_bus_message* reply)>;
+// Appends the arguments of a call. Returns a negative error code if that fails.
+using Arguments = std::function<int(sd_bus_message* call)>;
+
+class Bus final : private Pollable {
+  public:
+    class Listener {
+      public:
+        virtual void Signalled(sd_bus_message* signal) = 0;
+        // The daemon has started (`isThere` is true) or ended.
+        virtual void DaemonChanged(bool isThere) = 0;
+        // The connection is lost. All pending calls have failed before this is called.
+        virtual void Lost() = 0;
+
+      protected:
+        ~Listener() = default;
+    };
+
+    Bus(Loop& loopOfBus, Listener& listenerOfBus) : loop(loopOfBus), listener(listenerOfBus) {}
+
+    // Connects if the bus is not connected yet. Returns an empty failure if this succeeds.
+    Failure Open();
+
+    // Calls a method of the Bluetooth daemon. `reply` is always called after Call has returned. The
+    // call fails if no reply arrives within `limit`.
+    void Call(const std::string& path, const char* interface, const char* member,
+              const Arguments& arguments, Reply reply, milliseconds limit = milliseconds(25000));
+
+  private:
+    struct Pending {
+        Bus* bus;
+        Reply reply;
+        sd_bus_slot* slot;
+        std::list<Pending>::iterator self;
+    };
+
+    static int OnReply(sd_bus_message* message, void* pending, sd_bus_error* error);
+    static int OnSignal(sd_bus_message* message, void* bus, sd_bus_error* error);
+    static int OnOwner(sd_bus_message* message, void* bus, sd_bus_error* error);
+
+    int Descriptor() override;
+    short Events() override;
+    Clock::time_point Deadline() override;
+    void Ready() override;
+
+    int AddMatches();
+    int Send(const std::string& path, const char* interface, const char* member,
+             const Arguments& arguments, milliseconds limit, Pending& pending);
+    void Finish(std::list<Pending>::iterator pending, const Failure& failure,
+                sd_bus_message* reply);
+    void Close();
+
+    Loop& loop;
+    Listener& listener;
+    sd_bus* connection = nullptr;
+    std::list<Pending> calls;
+};
+
+}  // namespace orv::bluez

@@ -1,0 +1,112 @@
+#include "runtimes/bluez/bus/loop.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <new>
+
+#include "runtimes/objects/module.h"
+
+namespace orv::bluez {
+
+int Checked(int descriptor) {
+    if (descriptor < 0) {
+        throw std::bad_alloc();  // no file descriptor is free
+    }
+    return descriptor;
+}
+
+Loop::Loop() : wake(Checked(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {}
+
+void Loop::Start() {
+    objects::KeepModuleLoaded();
+    std::thread([this] { Run(); }).detach();
+}
+
+void Loop::Post(Task task) {
+    bool first = false;
+    {
+        const Lock lock(mutex);
+        first = posted.empty();
+        posted.push_back(std::move(task));
+    }
+    if (first) {
+        const std::uint64_t one = 1;
+        static_cast<void>(!write(wake, &one, sizeof one));  // fails only if `wake` is set already
+    }
+}
+
+void Loop::After(milliseconds delay, Task task) {
+    timers.emplace(Clock::now() + delay, std::move(task));
+}
+
+void Loop::Remove(Pollable& pollable) {
+    pollables.erase(std::remove(pollables.begin(), pollables.end(), &pollable), pollables.end());
+}
+
+void Loop::Run() {
+    thread = std::this_thread::get_id();
+    for (;;) {
+        Contained([this] {
+            RunPosted();
+            RunDueTimers();
+            Poll();
+        });
+    }
+}
+
+void Loop::RunPosted() {
+    std::vector<Task> tasks;
+    {
+        const Lock lock(mutex);
+        tasks.swap(posted);
+    }
+    for (Task& task : tasks) {
+        Contained(task);
+        // Destroys the task, and what it refers to, before the next task runs.
+        task = nullptr;
+    }
+}
+
+void Loop::RunDueTimers() {
+    while (!timers.empty() && timers.begin()->first <= Clock::now()) {
+        const Task task = std::move(timers.begin()->second);
+        timers.erase(timers.begin());
+        Contained(task);
+    }
+}
+
+void Loop::Poll() {
+    std::vector<pollfd> descriptors{{wake, POLLIN, 0}};
+    std::vector<Pollable*> polled;
+    Clock::time_point deadline = timers.empty() ? Clock::time_point::max() : timers.begin()->first;
+    for (Pollable* pollable : pollables) {
+        if (const short events = pollable->Events()) {
+            descriptors.push_back({pollable->Descriptor(), events, 0});
+            polled.push_back(pollable);
+            deadline = std::min(deadline, pollable->Deadline());
+        }
+    }
+    int timeout = -1;
+    if (deadline != Clock::time_point::max()) {
+        const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now()).count();
+        timeout = static_cast<int>(std::clamp<milliseconds::rep>(left, 0, 60000));
+    }
+    poll(descriptors.data(), descriptors.size(), timeout);
+    if (descriptors[0].revents != 0) {
+        std::uint64_t count = 0;
+        static_cast<void>(!read(wake, &count, sizeof count));
+    }
+    for (std::size_t i = 0; i < polled.size(); ++i) {
+        // A call of Ready below may have removed other pollables.
+        const bool present =
+            std::find(pollables.begin(), pollables.end(), polled[i]) != pollables.end();
+        if (present && (descriptors[i + 1].revents != 0 || polled[i]->Deadline() <= Clock::now())) {
+            Contained([&] { polled[i]->Ready(); });
+        }
+    }
+}
+
+}  // namespace orv::bluez

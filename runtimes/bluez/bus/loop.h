@@ -1,0 +1,83 @@
+// The runtime's event loop. Its only thread runs the tasks that other threads post, runs timers,
+// and polls descriptors.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <map>
+#include <thread>
+#include <vector>
+
+#include "runtimes/objects/mutex.h"
+
+namespace orv::bluez {
+
+using objects::Lock;
+using objects::Mutex;
+using Task = std::function<void()>;
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+// A descriptor that the loop polls. The loop's thread calls its functions.
+class Pollable {
+  public:
+    virtual int Descriptor() = 0;  // negative if there is none
+    virtual short Events() = 0;    // events to poll for, or 0 to skip polling
+    virtual Clock::time_point Deadline() { return Clock::time_point::max(); }
+    virtual void Ready() = 0;  // called when the descriptor is ready or the deadline has passed
+
+  protected:
+    ~Pollable() = default;
+};
+
+class Loop {
+  public:
+    // Throws if no descriptor is available to wake the loop.
+    Loop();
+
+    // Starts the thread. Call this once, after everything that tasks use is constructed. The loop
+    // runs until the process ends.
+    void Start();
+
+    bool IsOwnThread() const { return std::this_thread::get_id() == thread.load(); }
+
+    // Runs the task on the loop's thread, after those posted before. Any thread may call this.
+    void Post(Task task);
+
+    // Only the loop's thread may call the functions below; they need no lock. After runs the task
+    // once, after the delay. A timer cannot be cancelled, so the task must check whether it is
+    // still needed.
+    void After(milliseconds delay, Task task);
+    void Add(Pollable& pollable) { pollables.push_back(&pollable); }
+    void Remove(Pollable& pollable);
+
+  private:
+    [[noreturn]] void Run();
+    void RunPosted();
+    void RunDueTimers();
+    void Poll();
+
+    const int wake;
+    std::atomic<std::thread::id> thread;
+    Mutex mutex;
+    std::vector<Task> posted GUARDED_BY(mutex);
+    // Only the loop's thread uses these members.
+    std::multimap<Clock::time_point, Task> timers;
+    std::vector<Pollable*> pollables;
+};
+
+// Returns `descriptor`. Throws if it is negative, because none was free.
+int Checked(int descriptor);
+
+// Runs the body and ignores exceptions, because the loop cannot report them. An event is lost if
+// memory is exhausted.
+template <typename Body>
+void Contained(Body&& body) noexcept {
+    try {
+        body();
+    } catch (...) {
+    }
+}
+
+}  // namespace orv::bluez

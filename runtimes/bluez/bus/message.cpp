@@ -1,0 +1,78 @@
+#include "runtimes/bluez/bus/message.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace orv::bluez {
+
+void ReadVariant(sd_bus_message* message, bool& value) {
+    int read = 0;
+    if (sd_bus_message_read(message, "v", "b", &read) >= 0) {
+        value = read != 0;
+    }
+}
+
+void ReadVariant(sd_bus_message* message, INT16& value) {
+    sd_bus_message_read(message, "v", "n", &value);
+}
+
+void ReadVariant(sd_bus_message* message, std::string& value) {
+    const char* type = nullptr;
+    const char* read = nullptr;
+    // Accepts an object path as well as a string.
+    if (sd_bus_message_peek_type(message, nullptr, &type) > 0 &&
+        (strcmp(type, "s") == 0 || strcmp(type, "o") == 0) &&
+        sd_bus_message_read(message, "v", type, &read) >= 0) {
+        value = read;
+    }
+}
+
+void ReadVariant(sd_bus_message* message, Bytes& value) {
+    const void* bytes = nullptr;
+    std::size_t size = 0;
+    if (sd_bus_message_enter_container(message, 'v', "ay") > 0) {
+        if (sd_bus_message_read_array(message, 'y', &bytes, &size) >= 0) {
+            value.assign(static_cast<const BYTE*>(bytes), static_cast<const BYTE*>(bytes) + size);
+        }
+        sd_bus_message_exit_container(message);
+    }
+}
+
+void ReadVariant(sd_bus_message* message, std::vector<std::string>& value) {
+    if (sd_bus_message_enter_container(message, 'v', "as") <= 0) {
+        return;
+    }
+    value.clear();
+    if (sd_bus_message_enter_container(message, 'a', "s") > 0) {
+        const char* item = nullptr;
+        while (sd_bus_message_read_basic(message, 's', &item) > 0) {
+            value.emplace_back(item);
+        }
+        sd_bus_message_exit_container(message);
+    }
+    sd_bus_message_exit_container(message);
+}
+
+std::optional<GUID> ParseUuid(const std::string& text) {
+    char copy[37];
+    if (text.size() != 36 || text.find_first_not_of("0123456789abcdefABCDEF-") != text.npos) {
+        return std::nullopt;
+    }
+    memcpy(copy, text.c_str(), sizeof copy);
+    return Guid(copy);
+}
+
+std::optional<UINT64> ParseAddress(const std::string& text) {
+    unsigned parts[6];
+    if (text.size() != 17 || sscanf(text.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x", &parts[0], &parts[1],
+                                    &parts[2], &parts[3], &parts[4], &parts[5]) != 6) {
+        return std::nullopt;
+    }
+    UINT64 address = 0;
+    for (const unsigned part : parts) {
+        address = address << 8 | part;
+    }
+    return address;
+}
+
+}  // namespace orv::bluez

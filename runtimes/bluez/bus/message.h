@@ -1,0 +1,49 @@
+// Functions that read D-Bus messages.
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/abi/base.h"
+
+namespace orv::bluez {
+
+using Bytes = std::vector<BYTE>;
+
+// Calls visit(key) for each entry of a dictionary with keys of the basic type `key` and values of
+// the type `value`. `visit` must read the whole value or nothing; an unread value is skipped.
+template <typename Key, typename Visit>
+void ForEachEntry(sd_bus_message* message, char key, const char* value, Visit&& visit) {
+    const std::string entry = std::string(1, key) + value;
+    if (sd_bus_message_enter_container(message, 'a', ("{" + entry + "}").c_str()) < 0) {
+        return;
+    }
+    while (sd_bus_message_enter_container(message, 'e', entry.c_str()) > 0) {
+        Key found{};
+        if (sd_bus_message_read_basic(message, key, &found) < 0) {
+            break;
+        }
+        visit(found);
+        if (sd_bus_message_at_end(message, 0) == 0) {
+            sd_bus_message_skip(message, value);
+        }
+        sd_bus_message_exit_container(message);
+    }
+    sd_bus_message_exit_container(message);
+}
+
+// Reads the next variant. Leaves `value` unchanged if the variant has another type.
+void ReadVariant(sd_bus_message* message, bool& value);
+void ReadVariant(sd_bus_message* message, INT16& value);
+void ReadVariant(sd_bus_message* message, std::string& value);
+void ReadVariant(sd_bus_message* message, Bytes& value);
+void ReadVariant(sd_bus_message* message, std::vector<std::string>& value);
+
+// Parse a text of the daemon. Return nullopt if the text is malformed.
+std::optional<GUID> ParseUuid(const std::string& text);
+std::optional<UINT64> ParseAddress(const std::string& text);
+
+}  // namespace orv::bluez

@@ -1,0 +1,69 @@
+#include "runtimes/bluez/daemon/connection.h"
+
+#include <utility>
+
+namespace orv::bluez {
+
+namespace {
+
+// The timeout of Ask. It ends before the library's 2000 ms for an operation, so that the library's
+// next operation asks again.
+constexpr milliseconds AskLimit{1800};
+
+}  // namespace
+
+void Connection::WhenKnown(Task task) {
+    if (knowledge == Knowledge::Known) {
+        task();
+        return;
+    }
+    waiting.push_back(std::move(task));
+    if (knowledge == Knowledge::None) {
+        Ask();
+    }
+}
+
+// Requests the daemon's objects. The call starts the daemon if D-Bus activation is configured.
+void Connection::Ask() {
+    knowledge = Knowledge::Asked;
+    bus.Open();
+    bus.Call(
+        "/", "org.freedesktop.DBus.ObjectManager", "GetManagedObjects", nullptr,
+        [this](const Failure& failure, sd_bus_message* reply) {
+            knowledge = failure ? Knowledge::None : Knowledge::Known;
+            if (!failure) {
+                tree.Load(reply);
+            }
+            for (const Task& task : std::exchange(waiting, {})) {
+                Contained(task);
+            }
+            Changed();
+        },
+        AskLimit);
+}
+
+void Connection::Signalled(sd_bus_message* signal) {
+    const Path path = sd_bus_message_get_path(signal);
+    Told(tree.Apply(signal, path));
+    Changed();
+}
+
+void Connection::DaemonChanged(bool isThere) {
+    Lost();
+    if (isThere) {
+        Came();
+    }
+}
+
+void Connection::Lost() {
+    // Asked does not change: the pending request fails, or the restarted daemon answers it.
+    if (knowledge == Knowledge::Known) {
+        knowledge = Knowledge::None;
+    }
+    ++run;
+    tree.Clear();
+    Gone();
+    Changed();
+}
+
+}  // namespace orv::bluez

@@ -1,0 +1,50 @@
+// Connection to the Bluetooth daemon, with a copy of the daemon's objects and the loop whose thread
+// uses both.
+#pragma once
+
+#include "runtimes/bluez/bus/bus.h"
+#include "runtimes/bluez/daemon/tree.h"
+
+namespace orv::bluez {
+
+class Connection : private Bus::Listener {
+  public:
+    // Any thread may call this. Only the loop's thread may use the other members.
+    void Post(Task task) { loop.Post(std::move(task)); }
+
+    // Runs the task when the daemon's objects are loaded. If the daemon is not available, runs the
+    // task with an empty tree; the next call then requests the objects again.
+    void WhenKnown(Task task);
+    // Returns a number that changes each time the daemon ends.
+    int Run() const { return run; }
+    // Continues pending requests. Called after each change of the daemon's objects.
+    virtual void Changed() = 0;
+
+    Loop loop;
+    Bus bus{loop, *this};
+    Tree tree;
+
+  protected:
+    ~Connection() = default;
+
+    // Handles the events that a signal reports.
+    virtual void Told(const News& news) = 0;
+    // The daemon has started (Came) or ended (Gone). The tree is empty in both cases.
+    virtual void Came() = 0;
+    virtual void Gone() = 0;
+
+  private:
+    enum class Knowledge { None, Asked, Known };
+
+    void Signalled(sd_bus_message* signal) override;
+    void DaemonChanged(bool isThere) override;
+    void Lost() override;
+
+    void Ask();
+
+    Knowledge knowledge = Knowledge::None;
+    std::vector<Task> waiting;
+    int run = 0;
+};
+
+}  // namespace orv::bluez

@@ -1,0 +1,43 @@
+#include "runtimes/bluez/daemon/daemon.h"
+
+namespace orv::bluez {
+
+Daemon& Daemon::Get() {
+    // The object is never destroyed, because its threads run until the process ends.
+    static Daemon* const daemon = new Daemon;
+    return *daemon;
+}
+
+Daemon::Daemon() {
+    notifications.Start();
+    loop.Start();
+}
+
+void Daemon::Changed() {
+    discovery.Step();
+    links.Step();
+    notifications.Step();
+}
+
+void Daemon::Told(const News& news) {
+    if (news.heard != nullptr) {
+        discovery.Heard(*news.heard, news.heardData);
+    }
+    if (news.characteristic != nullptr) {
+        notifications.Value(*news.characteristic, news.value);
+    }
+}
+
+void Daemon::Came() {
+    if (discovery.IsWanted()) {
+        WhenKnown([] {});  // then, Changed starts the scan
+    }
+}
+
+void Daemon::Gone() {
+    discovery.Forget();
+    links.Forget();
+    notifications.Forget();
+}
+
+}  // namespace orv::bluez

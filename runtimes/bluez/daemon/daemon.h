@@ -1,0 +1,30 @@
+// The object through which the process uses the Bluetooth daemon: scans, links, notifications.
+#pragma once
+
+#include "runtimes/bluez/daemon/discovery.h"
+#include "runtimes/bluez/daemon/links.h"
+#include "runtimes/bluez/daemon/notifications.h"
+
+namespace orv::bluez {
+
+class Daemon final : public Connection {
+  public:
+    // Returns the only instance. The first call starts its threads and throws if that fails.
+    static Daemon& Get();
+
+    void Changed() override;
+
+    // Only the loop's thread may use these members.
+    Discovery discovery{*this};
+    Links links{*this, discovery};
+    Notifications notifications{*this};
+
+  private:
+    Daemon();
+
+    void Told(const News& news) override;
+    void Came() override;
+    void Gone() override;
+};
+
+}  // namespace orv::bluez

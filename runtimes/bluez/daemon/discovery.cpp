@@ -1,0 +1,187 @@
+#include "runtimes/bluez/daemon/discovery.h"
+
+namespace orv::bluez {
+
+namespace {
+
+constexpr const char* AdapterInterface = "org.bluez.Adapter1";
+constexpr milliseconds PauseAfterFailure{500};
+constexpr milliseconds CallLimit{2000};
+constexpr std::size_t MostRemembered = 4096;
+
+// HCI's value for an unknown signal strength, for reports without one.
+constexpr INT16 NoSignal = 127;
+
+// Requests a report of each advertisement, not only of a device's first one. The kernel may still
+// omit some.
+int AppendFilter(sd_bus_message* call) {
+    return sd_bus_message_append(call, "a{sv}", 2, "Transport", "s", "le", "DuplicateData", "b", 1);
+}
+
+// Returns a UUID as an advertisement contains it: last byte first, and only its own 16 or 32 bits
+// if it is derived from the Bluetooth base UUID.
+Bytes KeyOf(const std::string& uuid) {
+    constexpr std::string_view Base = "-0000-1000-8000-00805f9b34fb";
+    Bytes key;
+    for (std::size_t at = uuid.size(); at >= 2; at -= 2) {
+        at -= uuid[at - 1] == '-' ? 1 : 0;
+        key.push_back(static_cast<BYTE>(HexValue(&uuid[at - 2], 2)));
+    }
+    if (key.size() == 16 && uuid.compare(8, Base.size(), Base) == 0) {
+        key.erase(key.begin(), key.begin() + 12);
+        key.resize(key[2] == 0 && key[3] == 0 ? 2 : 4);
+    }
+    return key;
+}
+
+Bytes Section(Bytes key, const Bytes& payload) {
+    key.insert(key.end(), payload.begin(), payload.end());
+    return key;
+}
+
+// Returns the data sections as the device sends them. Each starts with its key, low byte first.
+std::vector<Bytes> SectionsOf(const Device& device) {
+    std::vector<Bytes> sections;
+    for (const auto& [key, payload] : device.manufacturerData) {
+        sections.push_back(Section({static_cast<BYTE>(key), static_cast<BYTE>(key >> 8)}, payload));
+    }
+    for (const auto& [uuid, payload] : device.serviceData) {
+        sections.push_back(Section(KeyOf(uuid), payload));
+    }
+    return sections;
+}
+
+}  // namespace
+
+void Discovery::Add(Watcher& watcher) {
+    watchers.insert(&watcher);
+    connection.WhenKnown([this] { Step(); });
+}
+
+void Discovery::Remove(Watcher& watcher) {
+    watchers.erase(&watcher);
+    Step();
+}
+
+void Discovery::Hold() {
+    ++holds;
+    Step();
+}
+
+void Discovery::Release() {
+    --holds;
+    Step();
+}
+
+void Discovery::Remember(UINT64 address) {
+    if (remembered.size() >= MostRemembered) {
+        remembered.clear();  // limits the memory for devices that change their address often
+    }
+    remembered.insert(address);
+}
+
+// Reports an advertisement with the name and, if the daemon sent data, a scan response with the
+// data. The daemon merges both and does not report which of them contained a value.
+void Discovery::Heard(const Device& device, bool withData) {
+    if (!IsWanted()) {
+        return;
+    }
+    Remember(device.address);
+    if (watchers.empty()) {
+        return;
+    }
+    const INT16 signal = device.signal.value_or(NoSignal);
+    std::vector<SharedReport> reports{std::make_shared<Report>(
+        Report{device.address, signal, device.name, /*isScanResponse=*/false, {}})};
+    if (withData) {
+        reports.push_back(std::make_shared<Report>(
+            Report{device.address, signal, {}, /*isScanResponse=*/true, SectionsOf(device)}));
+    }
+    for (const SharedReport& report : reports) {
+        for (Watcher* watcher : watchers) {
+            watcher->Hear(report);
+        }
+    }
+}
+
+void Discovery::Step() {
+    const auto& adapters = connection.tree.Adapters();
+    for (Path* const adapter : {&scanning, &leftOn}) {
+        const auto current = adapters.find(*adapter);
+        if (!pending && (current == adapters.end() || !current->second.powered)) {
+            adapter->clear();  // the adapter is off or gone, so its scan has ended
+        }
+    }
+    if (pending || paused) {
+        return;
+    }
+    if (!IsWanted()) {
+        const Path adapter = scanning.empty() ? leftOn : scanning;
+        if (!adapter.empty()) {
+            Stop(adapter);
+        }
+    } else if (const Path* adapter = connection.tree.ScanningAdapter();
+               adapter != nullptr && scanning.empty()) {
+        StartOn(Path(*adapter));
+    }
+}
+
+void Discovery::StartOn(const Path& adapter) {
+    pending = true;
+    connection.bus.Call(adapter, AdapterInterface, "SetDiscoveryFilter", AppendFilter,
+                        [](const Failure&, sd_bus_message*) {});
+    connection.bus.Call(
+        adapter, AdapterInterface, "StartDiscovery", nullptr,
+        [this, adapter](const Failure& failure, sd_bus_message*) { Started(adapter, failure); },
+        CallLimit);
+}
+
+void Discovery::Started(const Path& adapter, const Failure& failure) {
+    pending = false;
+    if (!failure) {
+        scanning = adapter;
+    } else {
+        Pause();
+        // Without a reply, the scan may have started. The daemon reports InProgress if this process
+        // scans already, because the reply to an earlier start was lost, and also if the kernel
+        // rejects the scan. After a stop, the next start is valid in each case.
+        if (failure.name == SD_BUS_ERROR_NO_REPLY || failure.name == "org.bluez.Error.InProgress") {
+            Stop(adapter);
+        }
+    }
+    Step();
+}
+
+void Discovery::Pause() {
+    paused = true;
+    connection.loop.After(PauseAfterFailure, [this] {
+        paused = false;
+        Step();
+    });
+}
+
+void Discovery::Stop(const Path& adapter) {
+    pending = true;
+    scanning.clear();
+    leftOn.clear();
+    connection.bus.Call(
+        adapter, AdapterInterface, "StopDiscovery", nullptr,
+        [this, adapter, run = connection.Run()](const Failure& failure, sd_bus_message*) {
+            pending = false;
+            // Tries again later: another stop may be in progress, or the reply was lost. No other
+            // process can end this scan.
+            if (failure && failure.message != "No discovery started" && run == connection.Run()) {
+                leftOn = adapter;
+                Pause();
+            }
+            Step();
+        },
+        CallLimit);
+}
+
+void Discovery::Forget() {
+    scanning.clear();
+    leftOn.clear();
+}
+
+}  // namespace orv::bluez

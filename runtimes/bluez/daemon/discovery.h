@@ -1,0 +1,68 @@
+// The scan that all watchers share. Only the loop's thread may use it.
+#pragma once
+
+#include <memory>
+#include <set>
+
+#include "runtimes/bluez/daemon/connection.h"
+
+namespace orv::bluez {
+
+// An advertisement of a device.
+struct Report {
+    UINT64 address;
+    INT16 signal;
+    std::string name;  // UTF-8
+    bool isScanResponse;
+    std::vector<Bytes> sections;  // each is a key and its payload
+};
+using SharedReport = std::shared_ptr<const Report>;
+
+class Watcher {
+  public:
+    virtual void Hear(const SharedReport& report) = 0;
+
+  protected:
+    ~Watcher() = default;
+};
+
+// Scans while an adapter is on and a watcher or a hold exists. Restarts the scan after the adapter
+// or the daemon was off.
+class Discovery {
+  public:
+    explicit Discovery(Connection& connectionOfDiscovery) : connection(connectionOfDiscovery) {}
+
+    void Add(Watcher& watcher);
+    void Remove(Watcher& watcher);
+    // Hold keeps the scan running until Release, even without a watcher.
+    void Hold();
+    void Release();
+
+    bool IsWanted() const { return !watchers.empty() || holds > 0; }
+    // Stores that a device was found, even for the time after the daemon removes it.
+    void Remember(UINT64 address);
+    bool IsRemembered(UINT64 address) const { return remembered.count(address) != 0; }
+
+    void Heard(const Device& device, bool withData);
+    // Starts or stops the scan if necessary.
+    void Step();
+    // Call this after the daemon's end, which also ends its scans.
+    void Forget();
+
+  private:
+    void StartOn(const Path& adapter);
+    void Started(const Path& adapter, const Failure& failure);
+    void Pause();
+    void Stop(const Path& adapter);
+
+    Connection& connection;
+    std::set<Watcher*> watchers;
+    std::set<UINT64> remembered;
+    int holds = 0;
+    Path scanning;         // the adapter whose scan this process started, or empty
+    Path leftOn;           // the adapter whose scan could not be stopped, or empty
+    bool pending = false;  // a start or stop is pending
+    bool paused = false;   // a start or stop failed recently
+};
+
+}  // namespace orv::bluez

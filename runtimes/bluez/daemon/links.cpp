@@ -1,0 +1,246 @@
+#include "runtimes/bluez/daemon/links.h"
+
+#include <utility>
+
+namespace orv::bluez {
+
+namespace {
+
+constexpr const char* DeviceInterface = "org.bluez.Device1";
+
+// Each of these times leaves time for an answer within the library's 2000 ms for an operation.
+constexpr milliseconds RecallLimit{1500};
+constexpr milliseconds LookupLingers{1000};
+constexpr milliseconds EndOfLinkLimit{1800};
+constexpr milliseconds SettlingTime{300};
+constexpr milliseconds PauseAfterConnect{100};
+
+// The daemon needs 2 s for a disconnect, and longer when it is busy.
+constexpr milliseconds DisconnectLimit{4000};
+
+constexpr int MostAttempts = 5;
+
+bool Contains(const Failure& failure, const char* text) {
+    return failure.message.find(text) != std::string::npos;
+}
+
+// Returns true if this machine aborted the connect. That sometimes happens although the device is
+// in range; a second connect then succeeds.
+bool IsBrokenOffLocally(const Failure& failure) {
+    return Contains(failure, "abort-by-local") || Contains(failure, "connection abort");
+}
+
+bool IsInProgress(const Failure& failure) {
+    return failure.name == "org.bluez.Error.InProgress" || Contains(failure, "in progress");
+}
+
+}  // namespace
+
+void Links::Find(UINT64 address, Found done) {
+    connection.WhenKnown([this, address, done = std::move(done)] {
+        Add({++lastId, address, /*connect=*/false, nullptr, done});
+        // Waits until an old link has ended. The daemon closes a link 2 s after the request, and
+        // with it a new link that was opened in these 2 s. A connect has no time for this wait.
+        Later(lastId, EndOfLinkLimit, [](Request& request) { request.waitedForEnd = true; });
+        Step();
+    });
+}
+
+void Links::Open(UINT64 address, IsThere isThere, Found done) {
+    connection.WhenKnown([this, address, isThere = std::move(isThere), done = std::move(done)] {
+        Add({++lastId, address, /*connect=*/true, isThere, done});
+        Step();
+    });
+}
+
+void Links::Add(Request request) {
+    requests.push_back(std::move(request));
+}
+
+void Links::RemoveUser(UINT64 address) {
+    Session& session = sessions[address];
+    if (--session.users > 0) {
+        return;
+    }
+    for (Request& request : requests) {
+        request.failed |= request.address == address && request.connect;
+    }
+    const auto* const device = connection.tree.FindDevice(address);
+    if (session.opened && device != nullptr && (device->second.connected || session.connecting)) {
+        Disconnect(address, device->first);
+    }
+    session.opened = false;
+    Step();
+}
+
+// A finished request's handler may call Step again; the loop then runs once more.
+void Links::Step() {
+    changed = true;
+    if (stepping) {
+        return;
+    }
+    stepping = true;
+    while (std::exchange(changed, false)) {
+        for (auto place = requests.begin(); place != requests.end();) {
+            const auto current = place++;
+            Path device;
+            if (IsDone(*current, device)) {
+                Drop(current, device);
+                changed = true;
+                break;
+            }
+        }
+    }
+    stepping = false;
+    for (auto place = sessions.begin(); place != sessions.end();) {
+        const Session& session = place->second;
+        const bool isIdle = session.users == 0 && !session.connecting && !session.disconnecting;
+        place = isIdle ? sessions.erase(place) : std::next(place);
+    }
+}
+
+void Links::Drop(std::list<Request>::iterator place, const Path& device) {
+    std::list<Request> finished;
+    finished.splice(finished.end(), requests, place);
+    if (finished.front().recalling) {
+        // Scans a little longer after a lookup, because the caller connects next and some daemons
+        // remove the device as soon as the scan ends.
+        connection.loop.After(finished.front().connect ? milliseconds(0) : LookupLingers,
+                              [this] { discovery.Release(); });
+    }
+    Contained([&] { finished.front().done(device); });
+}
+
+bool Links::IsDone(Request& request, Path& device) {
+    Session& session = sessions[request.address];
+    const auto* const found = connection.tree.FindDevice(request.address);
+    if (request.failed || (session.disconnecting && !request.waitedForEnd)) {
+        return request.failed;
+    }
+    if (found == nullptr) {
+        session.connecting = 0;  // a connect ends with its device, even without a reply
+        Recall(request);
+        return !request.recalling;
+    }
+    if (request.connect && !IsOpen(request, *found)) {
+        return request.failed;
+    }
+    discovery.Remember(request.address);
+    device = found->first;
+    return true;
+}
+
+// The daemon removes a device about 30 s after a scan, and connects only to listed devices. This
+// scans again for a device that was found before. Any other request fails at once.
+void Links::Recall(Request& request) {
+    if (request.recalling || request.recalled || !discovery.IsRemembered(request.address) ||
+        connection.tree.ScanningAdapter() == nullptr) {
+        if (connection.tree.ScanningAdapter() == nullptr) {
+            EndRecall(request);
+        }
+        return;
+    }
+    request.recalling = true;
+    discovery.Hold();
+    Later(request.id, RecallLimit, [this](Request& late) {
+        late.recalled = true;
+        if (connection.tree.FindDevice(late.address) == nullptr) {
+            EndRecall(late);
+        }
+    });
+}
+
+void Links::EndRecall(Request& request) {
+    if (std::exchange(request.recalling, false)) {
+        discovery.Release();
+    }
+}
+
+bool Links::IsOpen(Request& request, const std::pair<const Path, Device>& device) {
+    const Session& session = sessions[request.address];
+    if (!device.second.connected) {
+        request.settling = request.settled = false;
+        if (!session.connecting) {
+            request.failed = ++request.attempts > MostAttempts;
+            if (!request.failed) {
+                Connect(request.address, device.first);
+            }
+        }
+        return false;
+    }
+    if (!device.second.resolved) {
+        return false;
+    }
+    if (request.settled || request.isThere(device.first)) {
+        return true;
+    }
+    // The daemon sometimes reports services as resolved before their objects exist.
+    if (!std::exchange(request.settling, true)) {
+        Later(request.id, SettlingTime, [](Request& late) { late.settled = true; });
+    }
+    return false;
+}
+
+void Links::Connect(UINT64 address, const Path& device) {
+    Session& session = sessions[address];
+    session.connecting = ++lastId;
+    session.opened = true;
+    connection.bus.Call(device, DeviceInterface, "Connect", nullptr,
+                        [this, address, id = lastId](const Failure& failure, sd_bus_message*) {
+                            if (failure && !IsInProgress(failure)) {
+                                Connected(address, id, failure);
+                            } else {
+                                // Waits, because the signal of the new link may follow the reply,
+                                // and a connect of another program may take longer.
+                                connection.loop.After(PauseAfterConnect, [this, address, id] {
+                                    Connected(address, id, {});
+                                });
+                            }
+                        });
+}
+
+void Links::Connected(UINT64 address, UINT64 id, const Failure& failure) {
+    Session& session = sessions[address];
+    if (session.connecting != id) {
+        return;  // this connect was aborted
+    }
+    session.connecting = 0;
+    // If the daemon has removed the device meanwhile, Step scans for it again.
+    const bool isFinal =
+        failure && !IsBrokenOffLocally(failure) && connection.tree.FindDevice(address) != nullptr;
+    for (Request& request : requests) {
+        request.failed |= isFinal && request.address == address && request.connect;
+    }
+    Step();
+}
+
+void Links::Disconnect(UINT64 address, const Path& device) {
+    sessions[address].disconnecting = true;
+    connection.bus.Call(
+        device, DeviceInterface, "Disconnect", nullptr,
+        [this, address](const Failure&, sd_bus_message*) {
+            sessions[address].disconnecting = false;
+            sessions[address].connecting = 0;  // the disconnect has aborted the connect
+            Step();
+        },
+        DisconnectLimit);
+}
+
+void Links::Later(UINT64 id, milliseconds delay, std::function<void(Request&)> change) {
+    connection.loop.After(delay, [this, id, change = std::move(change)] {
+        for (Request& request : requests) {
+            if (request.id == id) {
+                change(request);
+            }
+        }
+        Step();
+    });
+}
+
+void Links::Forget() {
+    for (auto& entry : sessions) {
+        entry.second.opened = false;
+    }
+}
+
+}  // namespace orv::bluez

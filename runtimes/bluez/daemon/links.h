@@ -1,0 +1,82 @@
+// Opens links to devices when they are needed and keeps them while they are used. Only the loop's
+// thread may use this class.
+#pragma once
+
+#include <list>
+
+#include "runtimes/bluez/daemon/discovery.h"
+
+namespace orv::bluez {
+
+class Links {
+  public:
+    // Receives the path of the device, or an empty path after a failure.
+    using Found = std::function<void(const Path& device)>;
+    // Returns true if the device has the objects that the caller needs.
+    using IsThere = std::function<bool(const Path& device)>;
+
+    Links(Connection& connectionOfLinks, Discovery& discoveryOfLinks)
+        : connection(connectionOfLinks), discovery(discoveryOfLinks) {}
+
+    // Looks up a device in the daemon's list, or scans for it if this process has found it before.
+    void Find(UINT64 address, Found done);
+    // Connects if necessary. Calls `done` when the services are resolved and `isThere` returns
+    // true, or a short time after the services are resolved.
+    void Open(UINT64 address, IsThere isThere, Found done);
+
+    // Each runtime object for a device is one user of its link. RemoveUser closes the link after
+    // the last user, without waiting. It does not close a link that another program opened.
+    void AddUser(UINT64 address) { ++sessions[address].users; }
+    void RemoveUser(UINT64 address);
+
+    void Step();
+    // Call this after the daemon's end, which also ends its links.
+    void Forget();
+
+  private:
+    // A pending Find or Open. Step checks it after each change of the daemon's objects.
+    struct Request {
+        UINT64 id;
+        UINT64 address;
+        bool connect;
+        IsThere isThere;
+        Found done;
+        bool failed = false;
+        int attempts = 0;           // connect calls of this request
+        bool recalling = false;     // a scan for the device runs
+        bool recalled = false;      // the scan for the device has timed out
+        bool settling = false;      // services are resolved; objects may be missing
+        bool settled = false;       // the wait for objects has timed out
+        bool waitedForEnd = false;  // the wait for the end of the old link has timed out
+    };
+
+    struct Session {
+        int users = 0;
+        bool opened = false;    // this process opened the link
+        UINT64 connecting = 0;  // the id of a pending connect, or 0
+        bool disconnecting = false;
+    };
+
+    void Add(Request request);
+    // Returns true if the request is done, and sets `device` to its result.
+    bool IsDone(Request& request, Path& device);
+    bool IsOpen(Request& request, const std::pair<const Path, Device>& device);
+    void Recall(Request& request);
+    void EndRecall(Request& request);
+    void Connect(UINT64 address, const Path& device);
+    void Connected(UINT64 address, UINT64 id, const Failure& failure);
+    void Disconnect(UINT64 address, const Path& device);
+    // Runs `change` after the delay if the request still exists.
+    void Later(UINT64 id, milliseconds delay, std::function<void(Request&)> change);
+    void Drop(std::list<Request>::iterator place, const Path& device);
+
+    Connection& connection;
+    Discovery& discovery;
+    std::map<UINT64, Session> sessions;
+    std::list<Request> requests;
+    UINT64 lastId = 0;
+    bool stepping = false;
+    bool changed = false;
+};
+
+}  // namespace orv::bluez

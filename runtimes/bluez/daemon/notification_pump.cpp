@@ -1,0 +1,144 @@
+#include "runtimes/bluez/daemon/notification_pump.h"
+
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <thread>
+#include <utility>
+
+#include "runtimes/bluez/bus/loop.h"
+
+namespace orv::bluez {
+
+namespace {
+
+// The pause after a read. Values that arrive meanwhile are read together, which saves system calls
+// and thread switches. A connection interval is longer: at least 7.5 ms.
+constexpr milliseconds PauseAfterRead{2};
+
+// A delivery that takes longer counts as blocked. Fewer values arrive in this time than a socket
+// holds (about 270).
+constexpr milliseconds LongestDelivery{20};
+
+}  // namespace
+
+Pump::Pump(std::function<void(const SharedSource&)> endedOfPump)
+    : ended(std::move(endedOfPump)),
+      poller(Checked(epoll_create1(EPOLL_CLOEXEC))),
+      wake(Checked(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {
+    epoll_event event{EPOLLIN | EPOLLET, {}};
+    epoll_ctl(poller, EPOLL_CTL_ADD, wake, &event);
+}
+
+void Pump::Start() {
+    for (int i = 0; i < 2; ++i) {
+        std::thread([this, i] { Run(i); }).detach();
+    }
+}
+
+// Uses edge-triggered events, because each read empties the socket.
+void Pump::Watch(const SharedSource& source) {
+    const Lock lock(mutex);
+    watched.emplace(source.get(), source);
+    epoll_event event{EPOLLIN | EPOLLET, {}};
+    event.data.ptr = source.get();
+    epoll_ctl(poller, EPOLL_CTL_ADD, source->Descriptor(), &event);
+}
+
+void Pump::Unwatch(const SharedSource& source) {
+    const Lock lock(mutex);
+    if (watched.erase(source.get()) != 0) {
+        epoll_ctl(poller, EPOLL_CTL_DEL, source->Descriptor(), nullptr);
+    }
+}
+
+void Pump::Offer(const SharedSource& source) {
+    {
+        const Lock lock(mutex);
+        filled.push_back(source);
+    }
+    const std::uint64_t one = 1;
+    static_cast<void>(!write(wake, &one, sizeof one));  // each write triggers an event
+}
+
+void Pump::Run(int self) {
+    for (;;) {
+        Contained([this, self] {
+            AwaitTurn(self);
+            TakeReady();
+            HandOver();
+        });
+        std::this_thread::sleep_for(PauseAfterRead);
+    }
+}
+
+void Pump::AwaitTurn(int self) {
+    const Lock lock(mutex);
+    while (reader != self) {
+        const UINT64 seen = progress;
+        if (!handsOver) {
+            looks = false;
+            changed.Wait(mutex);
+        } else if (!changed.WaitFor(mutex, LongestDelivery) && handsOver && progress == seen) {
+            reader = self;
+        }
+    }
+}
+
+void Pump::TakeReady() {
+    std::array<epoll_event, 16> events;
+    const int count = epoll_wait(poller, events.data(), static_cast<int>(events.size()), -1);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(std::max(count, 0)); ++i) {
+        SharedSource source;
+        {
+            const Lock lock(mutex);
+            const auto found = watched.find(static_cast<const Source*>(events[i].data.ptr));
+            if (found == watched.end()) {
+                continue;  // `wake`, or a source that was unwatched meanwhile
+            }
+            source = found->second;
+        }
+        const bool isOpen = source->Take();
+        {
+            const Lock lock(mutex);
+            filled.push_back(source);
+        }
+        if (!isOpen) {
+            ended(source);
+        }
+    }
+}
+
+void Pump::HandOver() {
+    {
+        const Lock lock(mutex);
+        if (handsOver) {
+            return;
+        }
+        handsOver = true;
+        if (!std::exchange(looks, true)) {
+            changed.NotifyOne();
+        }
+    }
+    std::vector<SharedSource> sources;
+    while (Next(sources)) {
+        for (const SharedSource& source : sources) {
+            Contained([&] { source->Deliver(); });
+        }
+    }
+}
+
+// Moves the filled sources to `sources`. If there are none, returns false and ends the delivery.
+bool Pump::Next(std::vector<SharedSource>& sources) {
+    sources.clear();
+    const Lock lock(mutex);
+    sources.swap(filled);
+    handsOver = !sources.empty();
+    ++progress;
+    return handsOver;
+}
+
+}  // namespace orv::bluez

@@ -1,0 +1,51 @@
+// The threads that read values from sources and pass them to subscribers.
+#pragma once
+
+#include <functional>
+#include <map>
+
+#include "runtimes/bluez/daemon/notification_source.h"
+
+namespace orv::bluez {
+
+// One of two threads reads values and also passes them on, so that a value wakes no other thread.
+// The other thread starts to read when a subscriber blocks, because the daemon drops values if a
+// socket is full (about 270 values of 244 bytes). The blocked thread passes on these values later.
+// A subscriber may block because the host may hold a lock while it waits for the loop, so neither
+// thread is the loop's.
+class Pump {
+  public:
+    // One of the threads calls `endedOfPump` when the daemon has closed a source's socket.
+    explicit Pump(std::function<void(const SharedSource&)> endedOfPump);
+    void Start();
+
+    // Starts reading a source that has a socket.
+    void Watch(const SharedSource& source);
+    // Stops reading. Values that were read before are still passed on.
+    void Unwatch(const SharedSource& source);
+    // Passes on a value that was pushed to the source.
+    void Offer(const SharedSource& source);
+
+  private:
+    [[noreturn]] void Run(int self);
+    // Waits until it is the turn of thread `self` to read.
+    void AwaitTurn(int self);
+    void TakeReady();
+    // Passes on the values that were read, unless the other thread does this already.
+    void HandOver();
+    bool Next(std::vector<SharedSource>& sources);
+
+    const std::function<void(const SharedSource&)> ended;
+    const int poller;
+    const int wake;
+    objects::Mutex mutex;
+    std::map<const Source*, SharedSource> watched GUARDED_BY(mutex);
+    std::vector<SharedSource> filled GUARDED_BY(mutex);  // sources that may have values
+    int reader GUARDED_BY(mutex) = 0;                    // the thread that reads, 0 or 1
+    bool handsOver GUARDED_BY(mutex) = false;            // one of the threads passes values on
+    UINT64 progress GUARDED_BY(mutex) = 0;               // changes after each round of deliveries
+    bool looks GUARDED_BY(mutex) = false;  // the other thread checks `progress` regularly
+    objects::Condition changed;            // wakes the other thread to check `progress`
+};
+
+}  // namespace orv::bluez

@@ -1,0 +1,208 @@
+#include "runtimes/bluez/daemon/notifications.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <utility>
+
+namespace orv::bluez {
+
+namespace {
+
+constexpr const char* CharacteristicInterface = "org.bluez.GattCharacteristic1";
+
+// A socket that ends this soon after its start, without a value, does not work for the device.
+constexpr milliseconds AtOnce{1000};
+
+// If this number of a device's sockets ended at once, its values arrive as signals instead.
+constexpr int SocketEndsBeforeSignals = 2;
+
+// When the daemon ends, its sockets close first; the bus reports the end within this time.
+constexpr milliseconds RestartIsKnown{200};
+
+int AppendNoOptions(sd_bus_message* call) {
+    return sd_bus_message_append(call, "a{sv}", 0);
+}
+
+// Returns a copy of the descriptor in the reply, because the reply closes its own. Returns -1 if
+// there is none.
+int SocketIn(sd_bus_message* reply) {
+    int socket = -1;
+    UINT16 mtu = 0;
+    if (sd_bus_message_read(reply, "hq", &socket, &mtu) < 0) {
+        return -1;
+    }
+    return fcntl(socket, F_DUPFD_CLOEXEC, 0);
+}
+
+}  // namespace
+
+Notifications::Notifications(Connection& connectionOfNotifications)
+    : connection(connectionOfNotifications), pump([this](const SharedSource& source) {
+          connection.Post([this, source] { Ended(source); });
+      }) {}
+
+void Notifications::Subscribe(const Path& characteristic, UINT64 address,
+                              SharedSubscriber subscriber, Done done) {
+    const Characteristic* const known = connection.tree.FindCharacteristic(characteristic);
+    if (known == nullptr) {
+        done(false);
+        return;
+    }
+    const auto [place, isNew] = entries.try_emplace(characteristic);
+    Entry& entry = place->second;
+    if (isNew) {
+        entry.source = std::make_shared<Source>(characteristic, address);
+    }
+    entry.source->Subscribe(std::move(subscriber));
+    if (entry.mode != Mode::Starting) {
+        done(true);
+        return;
+    }
+    entry.waiting.push_back(std::move(done));
+    if (!isNew) {
+        return;
+    }
+    // The daemon offers sockets only for notifications, not for indications.
+    if (known->Has("notify") && endedAtOnce[address] < SocketEndsBeforeSignals) {
+        Acquire(entry.source);
+    } else {
+        StartSignals(entry.source);
+    }
+}
+
+// Requests a socket that receives each value as one record. Values that the device sends before the
+// daemon's reply are lost, because the subscription starts with the reply.
+void Notifications::Acquire(const SharedSource& source) {
+    connection.bus.Call(source->path, CharacteristicInterface, "AcquireNotify", AppendNoOptions,
+                        [this, source](const Failure& failure, sd_bus_message* reply) {
+                            const int socket = failure ? -1 : SocketIn(reply);
+                            if (Find(source) == entries.end()) {
+                                close(socket);  // all subscribers have unsubscribed meanwhile
+                            } else if (socket < 0) {
+                                StartSignals(source);
+                            } else {
+                                source->Attach(socket);
+                                Started(source, Mode::Socket, true);
+                            }
+                        });
+}
+
+// Requests a signal for each value if a socket is not possible. Signals are slower, and a slow
+// client was seen to lose values.
+void Notifications::StartSignals(const SharedSource& source) {
+    connection.bus.Call(source->path, CharacteristicInterface, "StartNotify", nullptr,
+                        [this, source](const Failure& failure, sd_bus_message*) {
+                            if (Find(source) != entries.end()) {
+                                Started(source, Mode::Signals, !failure);
+                            } else if (!failure) {
+                                connection.bus.Call(source->path, CharacteristicInterface,
+                                                    "StopNotify", nullptr,
+                                                    [](const Failure&, sd_bus_message*) {});
+                            }
+                        });
+}
+
+void Notifications::Started(const SharedSource& source, Mode mode, bool isOn) {
+    const auto place = Find(source);
+    Entry& entry = place->second;
+    const std::vector<Done> waiting = std::exchange(entry.waiting, {});
+    if (isOn) {
+        entry.mode = mode;
+        entry.since = Clock::now();
+        if (mode == Mode::Socket) {
+            pump.Watch(source);
+        }
+    } else {
+        Remove(place);
+    }
+    for (const Done& done : waiting) {
+        Contained([&] { done(isOn); });
+    }
+}
+
+// The daemon has closed the socket: the link has ended, or sockets do not work for this device.
+void Notifications::Ended(const SharedSource& source) {
+    const auto place = Find(source);
+    if (place == entries.end() || place->second.mode != Mode::Socket) {
+        return;  // the pump may report an end twice
+    }
+    Entry& entry = place->second;
+    const bool hasLink = connection.tree.FindCharacteristic(source->path) != nullptr;
+    const bool atOnce = !source->HasTakenAny() && Clock::now() - entry.since < AtOnce;
+    if (atOnce) {
+        CountEnd(source->address, hasLink);
+    }
+    if (atOnce && hasLink) {
+        entry.mode = Mode::Starting;
+        pump.Unwatch(source);
+        source->Detach();
+        StartSignals(source);
+    } else {
+        Remove(place);
+    }
+}
+
+// With some devices, the socket ends at once, or the socket and the link. A weak signal can also
+// end both, so that must happen twice before sockets are avoided.
+void Notifications::CountEnd(UINT64 address, bool hasLink) {
+    connection.loop.After(RestartIsKnown, [=, run = connection.Run()] {
+        if (run == connection.Run()) {
+            endedAtOnce[address] += hasLink ? SocketEndsBeforeSignals : 1;
+        }
+    });
+}
+
+void Notifications::Unsubscribe(const Path& characteristic, const Subscriber& subscriber) {
+    const auto place = entries.find(characteristic);
+    if (place != entries.end() && place->second.source->Unsubscribe(&subscriber)) {
+        LetGo(place);
+    }
+}
+
+void Notifications::LetGo(Entries::iterator place) {
+    if (place->second.mode == Mode::Signals) {
+        connection.bus.Call(place->first, CharacteristicInterface, "StopNotify", nullptr,
+                            [](const Failure&, sd_bus_message*) {});
+    }
+    Remove(place);
+}
+
+// Closes the socket, which ends the notifications at the daemon.
+void Notifications::Remove(Entries::iterator place) {
+    const SharedSource source = place->second.source;
+    const std::vector<Done> waiting = std::move(place->second.waiting);
+    entries.erase(place);
+    pump.Unwatch(source);
+    source->Detach();
+    for (const Done& done : waiting) {
+        Contained([&] { done(false); });
+    }
+}
+
+Notifications::Entries::iterator Notifications::Find(const SharedSource& source) {
+    const auto place = entries.find(source->path);
+    return place != entries.end() && place->second.source == source ? place : entries.end();
+}
+
+void Notifications::Value(const Path& characteristic, const Bytes& value) {
+    const auto place = entries.find(characteristic);
+    if (place != entries.end() && place->second.mode == Mode::Signals) {
+        place->second.source->Push(value);
+        pump.Offer(place->second.source);
+    }
+}
+
+void Notifications::Step() {
+    for (auto place = entries.begin(); place != entries.end();) {
+        const auto current = place++;
+        if (current->second.mode != Mode::Socket &&
+            connection.tree.FindCharacteristic(current->first) == nullptr) {
+            Remove(current);
+        } else if (current->second.source->Unsubscribe()) {
+            LetGo(current);
+        }
+    }
+}
+
+}  // namespace orv::bluez

@@ -1,0 +1,59 @@
+// Receives values of devices through sockets or signals and passes them to subscribers.
+#pragma once
+
+#include <map>
+
+#include "runtimes/bluez/daemon/connection.h"
+#include "runtimes/bluez/daemon/notification_pump.h"
+
+namespace orv::bluez {
+
+class Notifications {
+  public:
+    using Done = std::function<void(bool isOn)>;
+
+    explicit Notifications(Connection& connectionOfNotifications);
+    void Start() { pump.Start(); }
+
+    // Only the loop's thread may call the functions below.
+    void Subscribe(const Path& characteristic, UINT64 address, SharedSubscriber subscriber,
+                   Done done);
+    // Returns without waiting for the daemon.
+    void Unsubscribe(const Path& characteristic, const Subscriber& subscriber);
+
+    // Passes on a value that arrived in a signal.
+    void Value(const Path& characteristic, const Bytes& value);
+
+    // Removes subscriptions whose characteristic no longer exists. A socket stays until its end,
+    // because it may still contain values.
+    void Step();
+    // Call this when the daemon has ended. The next daemon may behave differently.
+    void Forget() { endedAtOnce.clear(); }
+
+  private:
+    enum class Mode { Starting, Socket, Signals };
+    struct Entry {
+        SharedSource source;
+        Mode mode = Mode::Starting;
+        Clock::time_point since;
+        std::vector<Done> waiting;
+    };
+    using Entries = std::map<Path, Entry>;
+
+    void Acquire(const SharedSource& source);
+    void StartSignals(const SharedSource& source);
+    void Started(const SharedSource& source, Mode mode, bool isOn);
+    void Ended(const SharedSource& source);
+    void CountEnd(UINT64 address, bool hasLink);
+    void LetGo(Entries::iterator place);
+    void Remove(Entries::iterator place);
+    Entries::iterator Find(const SharedSource& source);
+
+    Connection& connection;
+    Pump pump;
+    Entries entries;
+    // For each device, the number of sockets that ended at once.
+    std::map<UINT64, int> endedAtOnce;
+};
+
+}  // namespace orv::bluez

@@ -1,0 +1,87 @@
+// A copy of the daemon's objects. Only the loop's thread may use it.
+#pragma once
+
+#include <map>
+#include <optional>
+
+#include "runtimes/bluez/bus/message.h"
+
+namespace orv::bluez {
+
+using Path = std::string;
+
+struct Adapter {
+    bool powered = false;
+};
+
+struct Device {
+    Path adapter;
+    UINT64 address = 0;
+    std::string name;  // empty if unknown
+    bool connected = false;
+    bool resolved = false;
+    std::optional<INT16> signal;
+    std::map<UINT16, Bytes> manufacturerData;
+    std::map<std::string, Bytes> serviceData;  // the key is the UUID
+};
+
+struct Service {
+    Path device;
+    GUID uuid{};
+};
+
+struct Characteristic {
+    Path service;
+    GUID uuid{};
+    std::vector<std::string> flags;
+
+    bool Has(const char* flag) const;
+};
+
+// Events that a signal reports in addition to the state of an object.
+struct News {
+    // The device that has advertised, even if its advertisement did not change; or null.
+    const Device* heard = nullptr;
+    bool heardData = false;  // the report contains manufacturer or service data
+    // The characteristic whose value arrived in a signal, or null.
+    const Path* characteristic = nullptr;
+    Bytes value;
+};
+
+class Tree {
+  public:
+    // Replaces all objects by those in the reply of GetManagedObjects.
+    void Load(sd_bus_message* reply);
+    void Clear() { *this = {}; }
+    // Applies a signal of the daemon. The result points to objects of the tree.
+    News Apply(sd_bus_message* signal, const Path& path);
+
+    const std::map<Path, Adapter>& Adapters() const { return adapters; }
+    // Returns the adapter to scan with: the powered adapter with the lowest number, or null.
+    const Path* ScanningAdapter() const;
+
+    // Returns the device with an address, or null. If several adapters list the device, prefers the
+    // connected entry, then the scanning adapter's.
+    const std::pair<const Path, Device>* FindDevice(UINT64 address) const;
+    std::vector<Path> FindServices(const Path& device, const GUID& uuid) const;
+    std::vector<Path> FindCharacteristics(const Path& service, const GUID& uuid) const;
+    const Characteristic* FindCharacteristic(const Path& path) const;
+
+  private:
+    bool Knows(const Path& path) const;
+    void ReadInterface(const Path& path, const std::string& interface, sd_bus_message* message,
+                       News& news);
+    void ReadInterfaces(const Path& path, sd_bus_message* message, News& news);
+    void ReadAdapter(const Path& path, sd_bus_message* message);
+    void ReadDevice(const Path& path, sd_bus_message* message, News& news);
+    void ReadService(const Path& path, sd_bus_message* message);
+    void ReadCharacteristic(const Path& path, sd_bus_message* message, News& news);
+    void RemoveInterfaces(const Path& path, sd_bus_message* message);
+
+    std::map<Path, Adapter> adapters;
+    std::map<Path, Device> devices;
+    std::map<Path, Service> services;
+    std::map<Path, Characteristic> characteristics;
+};
+
+}  // namespace orv::bluez

@@ -1,0 +1,133 @@
+// Implements runtime.h for the library that is linked with this runtime.
+#include "platform/runtime.h"
+#include "runtimes/bluez/world/device.h"
+#include "runtimes/bluez/world/kernel_event.h"
+#include "runtimes/bluez/world/promise.h"
+#include "runtimes/bluez/world/radio.h"
+#include "runtimes/bluez/world/watcher.h"
+#include "runtimes/objects/factories.h"
+#include "runtimes/objects/marshaler.h"
+#include "runtimes/objects/system_time.h"
+
+namespace orv {
+
+namespace bluez {
+
+namespace {
+
+// Ignores calls and references. Only simulated runtimes count them.
+class NoObserver final : public objects::CallObserver {
+  public:
+    NoObserver() : CallObserver(/*hears=*/false) {}
+
+    HRESULT Called(objects::Member&, const objects::Argument&) override { return S_OK; }
+    HRESULT UnexpectedlyCalled(const char*, const char*) override { return E_NOTIMPL; }
+    void ImproperHandler() override {}
+    objects::Ledger* CurrentLedger() override { return &ledger; }
+
+  private:
+    objects::Ledger ledger;
+};
+
+class Poster final : public objects::Invoker {
+  public:
+    void Invoke(std::function<void()> invocation) override {
+        Daemon::Get().Post(std::move(invocation));
+    }
+};
+
+class BluezActivations final : public objects::Activations {
+  public:
+    HRESULT GetDefaultAdapterAsync(IAsyncOperation<BluetoothAdapter>** operation) override {
+        return bluez::GetDefaultAdapterAsync(operation);
+    }
+    HRESULT GetRadiosAsync(IAsyncOperation<IVectorView<Radio>>** operation) override {
+        return bluez::GetRadiosAsync(operation);
+    }
+    HRESULT FromBluetoothAddressAsync(UINT64 address,
+                                      IAsyncOperation<BluetoothLEDevice>** operation) override {
+        return BluezBluetoothLEDevice::FromBluetoothAddressAsync(address, operation);
+    }
+    HRESULT ActivateWatcher(IInspectable** instance) override {
+        return BluezBluetoothLEAdvertisementWatcher::Activate(instance);
+    }
+};
+
+HRESULT FindFactory(const char16_t* className, const GUID& iid, void** factory) {
+    static auto* const factories = new objects::Factories(*new BluezActivations);
+    return factories->Find(className, iid, factory);
+}
+
+void Observe() {
+    static NoObserver* const observer = new NoObserver;
+    objects::observer.store(observer, std::memory_order_release);
+}
+
+// Returns an error if the body throws, because no exception may cross the interface.
+template <typename Body>
+HRESULT RuntimeCall(Body&& body) noexcept {
+    try {
+        return body();
+    } catch (...) {
+        return E_OUTOFMEMORY;
+    }
+}
+
+}  // namespace
+
+objects::Invoker& LoopInvoker() {
+    static Poster* const poster = new Poster;
+    return *poster;
+}
+
+}  // namespace bluez
+
+namespace runtime {
+
+using bluez::KernelEvent;
+
+HRESULT GetActivationFactory(const char16_t* className, const GUID& iid, void** factory) {
+    return bluez::RuntimeCall([&] {
+        bluez::Observe();
+        return bluez::FindFactory(className, iid, factory);
+    });
+}
+
+// Linux has no apartments and no library files with factories.
+HRESULT JoinMultithreadedApartment() {
+    return S_OK;
+}
+
+HRESULT GetLibraryFactory(const char16_t*, const char16_t*, const GUID&, void**) {
+    return REGDB_E_CLASSNOTREG;
+}
+
+HRESULT CreateFreeThreadedMarshaler(IUnknown* outer, IUnknown** inner) {
+    return objects::CreateFreeThreadedMarshaler(outer, inner);
+}
+
+HRESULT CreateKernelEvent(EventHandle* event) {
+    return bluez::RuntimeCall([&] {
+        *event = new KernelEvent;
+        return S_OK;
+    });
+}
+
+void SetKernelEvent(EventHandle event) {
+    static_cast<KernelEvent*>(event)->Set();
+}
+
+void WaitForKernelEvent(EventHandle event, UINT32 limitMs) {
+    static_cast<KernelEvent*>(event)->Wait(std::chrono::milliseconds(limitMs));
+}
+
+void CloseKernelEvent(EventHandle event) {
+    delete static_cast<KernelEvent*>(event);
+}
+
+INT64 SystemTimeMs() noexcept {
+    return objects::UnixTimeMs();
+}
+
+}  // namespace runtime
+}  // namespace orv

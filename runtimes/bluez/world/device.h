@@ -1,0 +1,78 @@
+// A device that the library has found, with its services and characteristics.
+#pragma once
+
+#include <atomic>
+
+#include "runtimes/bluez/daemon/notifications.h"
+#include "runtimes/bluez/world/objects.h"
+#include "runtimes/objects/event.h"
+#include "runtimes/objects/gatt.h"
+
+namespace orv::bluez {
+
+// Keeps its device's link in use until the object is closed or destroyed.
+class BluezBluetoothLEDevice final : public objects::DeviceObject {
+  public:
+    // Call this on the loop's thread.
+    explicit BluezBluetoothLEDevice(UINT64 addressOfDevice);
+    ~BluezBluetoothLEDevice();
+
+    static HRESULT FromBluetoothAddressAsync(UINT64 address,
+                                             IAsyncOperation<BluetoothLEDevice>** operation);
+
+    UINT64 Address() const override { return address; }
+    bool IsClosed() const override { return closed.load(std::memory_order_acquire); }
+
+  private:
+    HRESULT FindServices(const GUID& uuid,
+                         IAsyncOperation<GattDeviceServicesResult>** operation) override;
+    void Shut() override { LeaveLink(); }
+    void LeaveLink();
+
+    const UINT64 address;
+    std::atomic<bool> closed{false};
+};
+
+class BluezGattDeviceService final : public objects::ServiceObject {
+  public:
+    BluezGattDeviceService(const Ref<BluezBluetoothLEDevice>& owner, Path pathOfService);
+
+    UINT64 Address() const { return address; }
+
+  private:
+    HRESULT RequestAccess(IAsyncOperation<DeviceAccessStatus>** operation) override;
+    HRESULT FindCharacteristics(const GUID& uuid,
+                                IAsyncOperation<GattCharacteristicsResult>** operation) override;
+    void Shut() override;
+    bool IsShut() const override { return closed.load(std::memory_order_acquire); }
+
+    const UINT64 address;
+    const Path path;
+    std::atomic<bool> closed{false};
+};
+
+class BluezGattCharacteristic final : public objects::CharacteristicObject {
+  public:
+    BluezGattCharacteristic(const Ref<BluezGattDeviceService>& owner, Path pathOfCharacteristic);
+
+    // Calls the handlers with a value if the service is open.
+    void Raise(const Bytes& value);
+
+  private:
+    HRESULT Write(const Ref<objects::MemoryBuffer>& block,
+                  IAsyncOperation<GattCommunicationStatus>** operation) override;
+    HRESULT EnableNotifications(bool on,
+                                IAsyncOperation<GattCommunicationStatus>** operation) override;
+    EventRegistrationToken AddHandler(
+        objects::SharedHandler<objects::ValueChangedHandler> handler) override;
+
+    const UINT64 address;
+    const Path path;
+    Mutex mutex;
+    objects::Event<objects::ValueChangedHandler> changed GUARDED_BY(mutex);
+    // Receives the daemon's values and keeps this object alive while notifications are on. Only the
+    // loop's thread uses it.
+    std::weak_ptr<Subscriber> subscription;
+};
+
+}  // namespace orv::bluez

@@ -1,0 +1,531 @@
+// Tests the library with a test double for the Bluetooth daemon on a private message bus. The
+// double shows the worst behaviour of real daemons. Timeouts pass in real time.
+#include <dirent.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstring>
+
+#include "tests/radio/host.h"
+#include "tests/radio/private_bus.h"
+#include "tests/radio/stand_in.h"
+
+namespace orv::radio {
+namespace {
+
+using namespace std::chrono;
+
+PrivateBus* privateBus = nullptr;
+
+class DaemonTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        daemon.Start();
+        Await([] { return BluetoothAvailable() == 0; });
+    }
+    void TearDown() override {
+        while (OrvDevice_Disconnect(Address) == 0) {
+        }
+    }
+
+    void ExpectEcho() {
+        const Bytes sent = {1, 2, 3};
+        EXPECT_EQ(OrvDevice_Send(Address, 3, sent.data()), 3);
+        EXPECT_EQ(Receive(Address, 3), sent);
+    }
+    void ExpectWorks() {
+        EXPECT_TRUE(Await([] { return OrvDevice_Connect(Address) == 0; }));
+        ExpectEcho();
+        EXPECT_EQ(OrvDevice_Disconnect(Address), 0);
+    }
+
+    StandIn daemon;
+};
+
+milliseconds DurationOfRefusal(BluetoothAddress address) {
+    const auto start = steady_clock::now();
+    EXPECT_EQ(OrvDevice_Connect(address), -1);
+    return duration_cast<milliseconds>(steady_clock::now() - start);
+}
+// Returns true if a connect fails before the library's timeout of 2000 ms. Retries, because a busy
+// machine can delay it.
+bool IsRefusedAtOnce(BluetoothAddress address) {
+    return Await([&] { return DurationOfRefusal(address) < 1900ms; });
+}
+
+void Open() {
+    ASSERT_TRUE(Await([] { return OrvDevice_Connect(Address) == 0; }));
+}
+void Close() {
+    OrvDevice_Disconnect(Address);
+}
+const std::uint8_t Block[3] = {1, 2, 3};
+
+// Returns the number of matches that the bus stores for all its clients.
+int CountMatchRules() {
+    sd_bus* bus = nullptr;
+    sd_bus_message* reply = nullptr;
+    int rules = 0;
+    sd_bus_open_system(&bus);
+    if (sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                           "org.freedesktop.DBus.Debug.Stats", "GetAllMatchRules", nullptr, &reply,
+                           "") >= 0) {
+        sd_bus_message_enter_container(reply, 'a', "{sas}");
+        while (sd_bus_message_enter_container(reply, 'e', "sas") > 0) {
+            const char* text = nullptr;
+            sd_bus_message_read(reply, "s", &text);
+            sd_bus_message_enter_container(reply, 'a', "s");
+            while (sd_bus_message_read(reply, "s", &text) > 0) {
+                ++rules;
+            }
+            sd_bus_message_exit_container(reply);
+            sd_bus_message_exit_container(reply);
+        }
+    }
+    sd_bus_message_unref(reply);
+    sd_bus_flush_close_unref(bus);
+    return rules;
+}
+
+// ------------------------------------------------------------------------------------- connecting
+
+struct Oddity {
+    const char* name;
+    void (*arrange)(Behaviour&);
+    const char* called = "AcquireNotify";
+    const char* notCalled = "StartNotify";
+};
+
+const Oddity Oddities[] = {
+    {"None", [](Behaviour&) {}},
+    {"ConnectIsAbortedTwice", [](Behaviour& b) { b.abortsConnects = 2; }},
+    {"ObjectsComeAfterResolved", [](Behaviour& b) { b.objectsLate = true; }},
+    {"NoSocket", [](Behaviour& b) { b.acquireRefused = true; }, "StartNotify", "none"},
+    {"SocketEndsAtOnce", [](Behaviour& b) { b.acquireEndsAtOnce = true; }, "StartNotify", "none"},
+    {"IndicationsOnly", [](Behaviour& b) { b.indicatesOnly = true; }, "StartNotify",
+     "AcquireNotify"},
+    {"ForgottenWithTheScan", [](Behaviour& b) { b.forgets = true; }},
+};
+
+class ConnectTo : public DaemonTest, public testing::WithParamInterface<Oddity> {};
+
+TEST_P(ConnectTo, SucceedsAndEndsWithTheLastUser) {
+    daemon.Arrange(GetParam().arrange);
+    {
+        const Scan scan;
+        EXPECT_TRUE(scan.Hears(Address));
+    }
+    EXPECT_TRUE(Await([&] { return !daemon.IsScanning(); }));
+
+    ASSERT_EQ(OrvDevice_Connect(Address), 0);
+
+    EXPECT_TRUE(Await([&] { return daemon.Calls(GetParam().called) > 0 && daemon.IsNotifying(); }));
+    EXPECT_EQ(daemon.Calls(GetParam().notCalled), 0);
+    ExpectEcho();
+    const Bytes byItself = {9, 8};
+    daemon.Notify(byItself);
+    EXPECT_EQ(Receive(Address, 2), byItself);
+
+    ASSERT_EQ(OrvDevice_Connect(Address), 0) << "a second link to the same device";
+    EXPECT_EQ(OrvDevice_Disconnect(Address), 0);
+    EXPECT_TRUE(daemon.IsConnected() && daemon.IsNotifying()) << "the second link is still open";
+    ExpectEcho();
+    EXPECT_EQ(OrvDevice_Disconnect(Address), 0);
+    EXPECT_TRUE(Await([&] { return !daemon.IsConnected() && !daemon.IsNotifying(); }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Oddities, ConnectTo, testing::ValuesIn(Oddities),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// A fault that prevents a connect or ends a link. `set` causes the fault or repairs it.
+struct Trouble {
+    const char* name;
+    void (*set)(StandIn&, bool isThere);
+    bool atOnce = true;  // a connect fails before its timeout
+};
+
+void SetBus(StandIn& d, bool runs, bool permissive = true) {
+    if (runs) {
+        privateBus->Start(permissive);
+        d.Start();
+    } else {
+        d.Kill();
+        privateBus->Stop();
+    }
+}
+const Trouble RadioOff = {"RadioOff", [](StandIn& d, bool isOff) { d.Power(!isOff); }};
+const Trouble NoAdapter = {"NoAdapter", [](StandIn& d, bool isAway) { d.Unplug(isAway); }};
+const Trouble NoDaemon = {"NoDaemon",
+                          [](StandIn& d, bool isGone) { isGone ? d.Kill() : d.Start(); }};
+const Trouble NoBus = {"NoBus", [](StandIn& d, bool isGone) { SetBus(d, !isGone); }};
+
+const Trouble Refusals[] = {
+    RadioOff,
+    NoAdapter,
+    NoDaemon,
+    NoBus,
+    {"HeardBeforeAndGone",
+     [](StandIn& d, bool isGone) {
+         d.ForgetDevice();
+         d.Arrange([=](Behaviour& b) { b.advertises = !isGone; });
+     }},
+    {"ConnectRefused",
+     [](StandIn& d, bool isRefused) {
+         d.Arrange([=](Behaviour& b) { b.refusesConnect = isRefused ? "no" : ""; });
+     }},
+    {"NoService",
+     [](StandIn& d, bool isMissing) {
+         d.Arrange([=](Behaviour& b) { b.hasService = !isMissing; });
+     }},
+    {"NotificationsRefused",
+     [](StandIn& d, bool areRefused) {
+         d.Arrange([=](Behaviour& b) { b.acquireRefused = b.startRefused = areRefused; });
+     }},
+    {"OutOfRange",
+     [](StandIn& d, bool hangs) { d.Arrange([=](Behaviour& b) { b.connectHangs = hangs; }); },
+     false},
+    {"NoPermission",
+     [](StandIn& d, bool isDenied) {
+         SetBus(d, false);
+         SetBus(d, true, !isDenied);
+     }},
+};
+
+class ConnectRefused : public DaemonTest, public testing::WithParamInterface<Trouble> {};
+
+TEST_P(ConnectRefused, LeavesNothingAndWorksAgain) {
+    GetParam().set(daemon, true);
+
+    EXPECT_TRUE(GetParam().atOnce ? IsRefusedAtOnce(Address)
+                                  : DurationOfRefusal(Address) >= 1990ms);
+
+    EXPECT_EQ(OrvDevice_Flush(Address), -1) << "a link was left in the table";
+    EXPECT_TRUE(Await([&] { return !daemon.IsConnected() && !daemon.IsNotifying(); }));
+    GetParam().set(daemon, false);
+    {
+        const Scan scan;
+        EXPECT_TRUE(scan.Hears(Address));
+        ExpectWorks();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Refusals, ConnectRefused, testing::ValuesIn(Refusals),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(DaemonTest, AddressNeverHeardIsUnknownAtOnce) {
+    EXPECT_TRUE(IsRefusedAtOnce(1));
+}
+
+TEST_F(DaemonTest, LeavesNothingAfterManyConnects) {
+    const auto descriptors = [] {
+        int count = 0;
+        DIR* folder = opendir("/proc/self/fd");
+        while (readdir(folder) != nullptr) {
+            ++count;
+        }
+        closedir(folder);
+        return count;
+    };
+    ExpectWorks();
+    EXPECT_TRUE(Await([&] { return !daemon.IsConnected(); }));
+    const int before = descriptors();
+    const int rules = CountMatchRules();
+    EXPECT_GE(rules, 3);
+    for (int i = 0; i < 100; ++i) {
+        ASSERT_EQ(OrvDevice_Connect(Address), 0) << i;
+        ASSERT_EQ(OrvDevice_Disconnect(Address), 0) << i;
+    }
+    EXPECT_TRUE(Await([&] { return !daemon.IsConnected() && descriptors() <= before; }));
+    EXPECT_EQ(CountMatchRules(), rules);
+    EXPECT_EQ(daemon.Calls("Connect"), daemon.Calls("Disconnect"));
+}
+
+// ---------------------------------------------------------------------------------------- scanning
+
+TEST_F(DaemonTest, SignalAloneKeepsNameAndValues) {
+    const Scan scan;
+    ASSERT_TRUE(Await([&] { return scan.Find(Address).value0500 == 42; }));
+    daemon.AdvertiseSignalOnly(-33);
+    EXPECT_TRUE(Await([&] { return scan.Find(Address).rssi == -33; }));
+    EXPECT_STREQ(scan.Find(Address).name, "ORV-0042");
+    EXPECT_EQ(scan.Find(Address).value0500, 42);
+    daemon.Advertise("ORV-\xC3\xA4\xF0\x9F\x98\x80", {43}, -34);
+    EXPECT_TRUE(Await([&] { return scan.Find(Address).value0500 == 43; }));
+    EXPECT_STREQ(scan.Find(Address).name, "ORV-\xC3\xA4\xF0\x9F\x98\x80");
+}
+
+TEST_F(DaemonTest, WatchersShareAScanThatEndsWithTheLast) {
+    auto first = std::make_unique<Scan>();
+    auto second = std::make_unique<Scan>();
+    EXPECT_TRUE(first->Hears(Address) && second->Hears(Address));
+    EXPECT_EQ(daemon.Calls("StartDiscovery"), 1);
+    first.reset();
+    daemon.AdvertiseSignalOnly(-20);
+    EXPECT_TRUE(Await([&] { return second->Find(Address).rssi == -20; }));
+    EXPECT_TRUE(daemon.IsScanning());
+    second.reset();
+    EXPECT_TRUE(Await([&] { return !daemon.IsScanning(); }));
+
+    const std::int32_t id = OrvScanner_Initialize();
+    OrvScanner_Start(id);
+    EXPECT_TRUE(Await([&] { return daemon.IsScanning(); }));
+    OrvScanner_Deinitialize(id);
+    EXPECT_TRUE(Await([&] { return !daemon.IsScanning(); })) << "released without a stop";
+}
+
+TEST_F(DaemonTest, ScanGoesOnWhenRadioAndDaemonAreBack) {
+    const Scan scan;
+    ASSERT_TRUE(scan.Hears(Address));
+    const auto heardAgain = [&](short signal) {
+        return Await([&] { return daemon.IsScanning(); }) && Await([&] {
+                   daemon.AdvertiseSignalOnly(signal);
+                   return scan.Find(Address).rssi == signal;
+               });
+    };
+    daemon.Power(false);
+    EXPECT_TRUE(Await([] { return BluetoothAvailable() == -1; }));
+    daemon.Power(true);
+    EXPECT_TRUE(heardAgain(-10));
+    daemon.Unplug(true);
+    daemon.Unplug(false);
+    EXPECT_TRUE(heardAgain(-11));
+    daemon.Kill();
+    EXPECT_TRUE(Await([] { return BluetoothAvailable() == -1; }));
+    daemon.Start();
+    EXPECT_TRUE(heardAgain(-12));
+}
+
+// The daemon reports such a rejection like a scan of this process that is in progress.
+TEST_F(DaemonTest, ScanStartsWhenTheKernelAcceptsIt) {
+    daemon.Arrange([](Behaviour& behaviour) { behaviour.rejectedScans = 2; });
+    const Scan scan;
+    EXPECT_TRUE(scan.Hears(Address));
+}
+
+// --------------------------------------------------------------------------------- end of a link
+
+TEST_F(DaemonTest, DroppedLinkIsOpenedAgainByTheNextConnect) {
+    ASSERT_EQ(OrvDevice_Connect(Address), 0);
+    daemon.DropLink();
+    const std::uint8_t byte = 0;
+    EXPECT_TRUE(Await([&] { return OrvDevice_Send(Address, 1, &byte) == -1; }));
+    EXPECT_EQ(OrvDevice_Receive(Address, 0, nullptr), 0) << "the link stays until it is closed";
+    ASSERT_EQ(OrvDevice_Connect(Address), 0);
+    EXPECT_EQ(OrvDevice_Disconnect(Address), 0);
+    ExpectEcho();
+}
+
+// After two links that end with their socket, the library requests signals.
+TEST_F(DaemonTest, DeviceThatDropsTheLinkWithTheSocketGetsSignals) {
+    daemon.Arrange([](Behaviour& b) { b.acquireDropsLink = true; });
+    EXPECT_TRUE(Await([&] {
+        Close();
+        return OrvDevice_Connect(Address) == 0 && OrvDevice_Send(Address, 3, Block) == 3;
+    }));
+    EXPECT_EQ(Receive(Address, 3).size(), 3u);
+    EXPECT_GE(daemon.Calls("StartNotify"), 1);
+    ExpectEcho();
+}
+
+TEST_F(DaemonTest, BytesOfADroppedLinkAreStillReceived) {
+    ASSERT_EQ(OrvDevice_Connect(Address), 0);
+    for (int i = 0; i < 100; ++i) {
+        daemon.Notify(Bytes(100, 7));
+    }
+    daemon.DropLink();
+    EXPECT_EQ(Receive(Address, 10000).size(), 10000u);
+}
+
+TEST_F(DaemonTest, WriteEndsByWhoRefusesIt) {
+    ASSERT_EQ(OrvDevice_Connect(Address), 0);
+    const Bytes block(513);
+    EXPECT_EQ(OrvDevice_Send(Address, 512, block.data()), 512);
+    EXPECT_EQ(Receive(Address, 512).size(), 512u);
+    EXPECT_EQ(OrvDevice_Send(Address, 513, block.data()), 513) << "the device has answered";
+    daemon.Arrange([](Behaviour& b) { b.writeFailure = "org.bluez.Error.NotPermitted"; });
+    EXPECT_EQ(OrvDevice_Send(Address, 1, block.data()), 1) << "the device has answered";
+    daemon.Arrange([](Behaviour& b) { b.writeFailure = "org.bluez.Error.Failed"; });
+    EXPECT_EQ(OrvDevice_Send(Address, 1, block.data()), -1) << "nothing has reached the device";
+    EXPECT_EQ(daemon.Written(), 512u);
+}
+
+class Values : public DaemonTest, public testing::WithParamInterface<bool> {};
+
+// The library holds a lock while it waits for the write, so it delivers no values meanwhile. The
+// daemon loses values if its socket (about 200 values) or the bus's queue for a client is full.
+TEST_P(Values, AreNotLostWhileAWriteHangs) {
+    const bool bySocket = GetParam();
+    daemon.Arrange([=](Behaviour& b) {
+        b.acquireRefused = !bySocket;
+        b.silentWrites = 1;
+    });
+    ASSERT_EQ(OrvDevice_Connect(Address), 0);
+    std::thread device([&] {
+        for (int i = 0; i < 3000; ++i) {
+            daemon.Notify(Bytes(244, static_cast<std::uint8_t>(i)));
+            std::this_thread::sleep_for(microseconds(500));
+        }
+    });
+    const std::uint8_t byte = 0;
+    EXPECT_EQ(OrvDevice_Send(Address, 1, &byte), -1);
+    const Bytes all = Receive(Address, 3000 * 244);
+    device.join();
+    ASSERT_EQ(all.size(), 3000u * 244);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        ASSERT_EQ(all[i], static_cast<std::uint8_t>(i / 244));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, Values, testing::Bool(),
+                         [](const auto& row) { return row.param ? "BySocket" : "BySignals"; });
+
+// ------------------------------------------------------------------------------ ends during a wait
+
+const Trouble Ends[] = {
+    {"LinkDropped", [](StandIn& d, bool isThere) { isThere ? d.DropLink() : void(); }},
+    RadioOff,
+    NoAdapter,
+    NoDaemon,
+    NoBus,
+};
+
+class DuringAWait : public DaemonTest, public testing::WithParamInterface<Trouble> {};
+
+// The daemon does not reply before the fault. After the repair, everything must work.
+TEST_P(DuringAWait, ConnectAndSendFail) {
+    const auto isCalled = [&](const char* member) {
+        return Await([&] { return daemon.Calls(member) > 0; });
+    };
+    daemon.Arrange([](Behaviour& b) { b.connectHangs = true; });
+    std::thread connect([] { EXPECT_EQ(OrvDevice_Connect(Address), -1); });
+    EXPECT_TRUE(isCalled("Connect"));
+    GetParam().set(daemon, true);
+    connect.join();
+    GetParam().set(daemon, false);
+    daemon.Arrange([](Behaviour& b) {
+        b.connectHangs = false;
+        b.silentWrites = 1;
+    });
+    Open();
+    std::thread send([] { EXPECT_EQ(OrvDevice_Send(Address, 3, Block), -1); });
+    EXPECT_TRUE(isCalled("WriteValue"));
+    GetParam().set(daemon, true);
+    send.join();
+    GetParam().set(daemon, false);
+    const Scan scan;
+    EXPECT_TRUE(scan.Hears(Address));
+    Close();
+    ExpectWorks();
+    daemon.Notify({1});  // no link is open
+    daemon.Advertise("ORV-0042", {1}, -60);
+    ExpectWorks();
+}
+
+INSTANTIATE_TEST_SUITE_P(Ends, DuringAWait, testing::ValuesIn(Ends),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// ------------------------------------------------------------------------------- faults of the bus
+
+struct Step {
+    const char* name;
+    int replies;  // minimum number of replies that the call needs
+    void (*arrange)();
+    ResultCode (*run)();
+    ResultCode success;
+    void (*undo)();
+};
+
+void Nothing() {}
+void Prepare() {
+    ASSERT_EQ(OrvScanner_Initialize(), 0);
+}
+void Begin() {
+    Prepare();
+    OrvScanner_Start(0);
+    EXPECT_TRUE(Await([] { return OrvScanner_GetDeviceCount(0) > 0; }));
+}
+void Forget() {
+    OrvScanner_Deinitialize(0);
+}
+
+// The other exports do not call the daemon.
+const Step Steps[] = {
+    {"BluetoothAvailable", 1, Nothing, BluetoothAvailable, 0, Nothing},
+    {"Start", 3, Prepare, [] { return OrvScanner_Start(0); }, 0, Forget},
+    {"Stop", 1, Begin, [] { return OrvScanner_Stop(0); }, 0, Forget},
+    {"Deinitialize", 1, Begin, [] { return OrvScanner_Deinitialize(0); }, 0, Nothing},
+    {"Connect", 3, Nothing, [] { return OrvDevice_Connect(Address); }, 0, Close},
+    {"Disconnect", 1, Open, [] { return OrvDevice_Disconnect(Address); }, 0, Nothing},
+    {"Send", 1, Open, [] { return OrvDevice_Send(Address, 3, Block); }, 3, Close},
+};
+
+class BusFaults : public DaemonTest, public testing::WithParamInterface<Step> {};
+
+TEST_P(BusFaults, EachReplyCanFailOrNeverCome) {
+    const Step& step = GetParam();
+    for (const bool silently : {false, true}) {
+        bool struck = true;
+        for (int n = 1; struck && !HasFailure(); ++n) {
+            SCOPED_TRACE((silently ? "no reply " : "failed reply ") + std::to_string(n));
+            // Restarts the daemon, so that the library has to load all objects.
+            daemon.Kill();
+            daemon.Start();
+            step.arrange();
+            daemon.FailReply(n, silently);
+            const ResultCode result = step.run();
+            EXPECT_TRUE(result == step.success || result == -1) << result;
+            const bool isNeeded = n <= step.replies;
+            struck = Await([&] { return daemon.RepliesLeft() == 0; }, isNeeded ? 60 : 1);
+            EXPECT_TRUE(struck || !isNeeded);
+            daemon.FailReply(0, false);
+            step.undo();
+            ExpectWorks();
+            EXPECT_TRUE(Await([&] { return !daemon.IsConnected() && !daemon.IsScanning(); }));
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Exports, BusFaults, testing::ValuesIn(Steps),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// A host uses all calls without a pause, while the daemon ends at random moments and restarts.
+TEST_F(DaemonTest, HostOutlivesTheDaemonAtAnyMoment) {
+    std::atomic<bool> ends{false};
+    std::atomic<int> rounds{0};
+    std::thread host([&] {
+        std::uint8_t bytes[64];
+        while (!ends) {
+            const Scan scan;
+            scan.Find(Address);
+            if (OrvDevice_Connect(Address) == 0) {
+                OrvDevice_Send(Address, 3, Block);
+                OrvDevice_Receive(Address, 64, bytes);
+                OrvDevice_Disconnect(Address);
+            }
+            ++rounds;
+        }
+    });
+    std::mt19937 random = Random();
+    for (int i = 0; i < 50; ++i) {
+        std::this_thread::sleep_for(microseconds(random() % 20000));
+        daemon.Kill();
+        std::this_thread::sleep_for(microseconds(random() % 5000));
+        daemon.Start();
+    }
+    const int before = rounds;
+    EXPECT_TRUE(Await([&] { return rounds > before + 2; })) << "the host hangs";
+    ends = true;
+    host.join();
+    ExpectWorks();
+}
+
+}  // namespace
+}  // namespace orv::radio
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    orv::radio::PrivateBus bus;
+    orv::radio::privateBus = &bus;
+    bus.Start();
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,71 @@
+// The test environment with a real radio: emulated controllers, the Bluetooth daemon, and
+// peripherals that execute commands.
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "quelvixwinlib.h"
+
+namespace orv::radio {
+
+// A child process. The object is connected to its standard input and output, and ends it in the
+// destructor.
+class Child {
+  public:
+    explicit Child(const std::vector<std::string>& command);
+    ~Child();
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    void Kill();
+    bool HasDied();
+    // Sends a line and returns the line that the child replies, or an empty string if it has ended.
+    std::string Ask(const std::string& line);
+
+  private:
+    pid_t id = -1;
+    int input = -1;
+    FILE* output = nullptr;
+};
+
+// The library uses hci0, the peripheral 0 uses hci1. An emulated controller has one handle for all
+// its links, so a second link uses hci2, and hci3 with the peripheral 1, which does not advertise
+// by itself.
+class Machine {
+  public:
+    static Machine& Get();
+
+    // Ask sends a command to the peripherals. Do also fails the running test if the reply is not
+    // "ok".
+    void Do(const std::string& command);
+    std::string Ask(const std::string& command);
+
+    // Restarts the daemon if it has crashed, and prints that.
+    void Repair();
+
+    void KillDaemon();
+    void StartDaemon();
+    void KillControllers();
+    void StartControllers();
+    // Switches controllers on and makes the peripheral 0 advertise and accept connections. Call
+    // this after the daemon or a controller was off.
+    void Appear();
+
+  private:
+    Machine();
+
+    std::unique_ptr<Child> controllers;
+    std::unique_ptr<Child> daemon;
+    std::unique_ptr<Child> peripherals;
+};
+
+// The addresses of the emulated controllers hci1 and hci3.
+constexpr BluetoothAddress First = 0x00AA01010001;
+constexpr BluetoothAddress Second = 0x00AA01030003;
+
+}  // namespace orv::radio

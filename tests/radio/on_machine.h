@@ -1,0 +1,65 @@
+// The fixture of all tests in the virtual machine.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/radio/host.h"
+#include "tests/radio/machine.h"
+
+namespace orv::radio {
+
+constexpr const char* FirstText = "00:AA:01:01:00:01";  // the address First as text
+
+class OnMachine : public testing::Test {
+  protected:
+    void SetUp() override {
+        machine.Repair();
+        machine.Do("mode 0 echo");
+    }
+
+    void TearDown() override {
+        machine.Repair();
+        for (const BluetoothAddress address : {First, Second}) {
+            while (OrvDevice_Disconnect(address) == 0) {
+            }
+        }
+    }
+
+    // Waits until the device is listed. Restarts its advertising, because an emulated controller
+    // reports an advertiser only when the scan or the advertising starts, sometimes before the
+    // kernel accepts reports.
+    bool Hears(const Scan& scan, BluetoothAddress address) {
+        return Await([&] {
+            if (Await([&] { return scan.Find(address).address != 0; }, 1)) {
+                return true;
+            }
+            machine.Do(address == First ? "advertise 0" : "advertise 1");
+            return false;
+        });
+    }
+    // Scans for the device, then connects. Retries, because the daemon sometimes rejects a connect
+    // that follows soon after a disconnect.
+    void Connect(BluetoothAddress address) {
+        {
+            const Scan scan;
+            ASSERT_TRUE(Hears(scan, address));
+        }
+        ASSERT_TRUE(Await([&] { return OrvDevice_Connect(address) == 0; }));
+    }
+    static void ExpectEcho(BluetoothAddress address) {
+        const Bytes sent = {1, 2, 3};
+        EXPECT_EQ(OrvDevice_Send(address, 3, sent.data()), 3);
+        EXPECT_EQ(Receive(address, 3), sent);
+    }
+    void PowerAll(const char* state) {
+        for (const char* adapter : {"hci0", "hci1", "hci2", "hci3"}) {
+            machine.Do(std::string("power ") + adapter + " " + state);
+        }
+    }
+
+    Machine& machine = Machine::Get();
+};
+
+}  // namespace orv::radio
