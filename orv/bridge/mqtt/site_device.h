@@ -1,0 +1,87 @@
+// The state of a device on one gateway: requests, claims, and the link with its commands.
+#pragma once
+
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "orv/bridge/link_pool.h"
+#include "orv/bridge/mqtt/broker.h"
+#include "orv/bridge/mqtt/claim.h"
+#include "orv/bridge/mqtt/facts.h"
+#include "orv/bridge/state_view.h"
+
+namespace orv::bridge {
+
+class SiteDevice {
+  public:
+    // The data that all devices of a gateway share.
+    struct Site {
+        LinkPool& links;
+        Broker& broker;
+        Topics topics;
+        std::string gateway;
+        std::int64_t run;  // identifies this run of the gateway
+    };
+
+    // Subscribes to the topics of this device only, because a site may have thousands of devices.
+    SiteDevice(const Site& site, BluetoothAddress address, Time now);
+    ~SiteDevice();
+    SiteDevice(const SiteDevice&) = delete;
+    SiteDevice& operator=(const SiteDevice&) = delete;
+
+    // `levels` follow the address in the topic. Returns why the message is rejected, or nothing.
+    std::string Take(const std::vector<std::string>& levels, const Message& message, Time now);
+    // Removes the claim of an offline gateway, but keeps this gateway's claim if its link is open.
+    void NoticeAway(const std::string& gateway, Time now);
+
+    // Publishes results and updates the claim. `signal` is in dBm, if received recently. If
+    // `canHold`, one more link is allowed. If `canClaim`, the retained claims have arrived.
+    void Step(std::optional<int> signal, bool canHold, bool canClaim, Time now);
+    // Closes the link; a later Step removes the claim.
+    void GiveUp();
+
+    bool HasLink() const { return link != nullptr; }
+    bool IsForgettable() const { return !link && !isWanted && blocks == 0; }
+    // Returns nothing if no link exists or is wanted.
+    std::optional<StateRow> Row(Time now) const;
+
+  private:
+    struct Command {
+        std::string id;
+        std::uint64_t bytes;
+        std::uint64_t end;  // bytes queued up to the end of this command
+    };
+
+    std::string TakeSend(const std::string& id, std::string_view bytes);
+    std::string TakeClaim(const Message& message, Time now);
+    void StepClaim(std::optional<int> signal, bool canHold, const LinkStatus& status, Time now);
+    void Hold();
+    void Release(Time now);
+    void PublishBlocks();
+    void PublishOutcomes(const LinkStatus& status);
+    void PublishLink(const LinkStatus& status, Time now);
+
+    const Site& site;
+    const BluetoothAddress address;
+    const std::string name;
+    const std::string topic;  // topic prefix of the device
+    const std::string own;    // topic prefix of this gateway for the device
+    ClaimBook claims;
+    bool isWanted = false;
+    Time claimsKnown;          // time by which its retained messages have arrived
+    std::uint64_t blocks = 0;  // number of the last received block in this run
+    std::deque<std::string> ids;
+
+    std::shared_ptr<PersistentLink> link;  // null if this gateway does not hold the device
+    std::uint64_t queued = 0;              // bytes of all commands on this link
+    std::uint64_t lostSoFar = 0;           // lost bytes that the published outcomes include
+    std::deque<Command> commands;
+    LinkStatus published;
+    std::uint64_t publishedDropped = 0;
+    Time publishedAt;
+};
+
+}  // namespace orv::bridge

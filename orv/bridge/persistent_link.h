@@ -1,0 +1,110 @@
+// Keeps a link to a device open while it is wanted, with limited queues for both directions.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <thread>
+
+#include "orv/library/library.h"
+#include "orv/mutex.h"
+
+namespace orv::bridge {
+
+enum class LinkState { Closed, Connecting, Open, Closing, Waiting };
+
+struct LinkStatus {
+    LinkState state = LinkState::Closed;
+    std::string reason;      // reason why a wanted link is not open, or empty
+    std::uint64_t sent = 0;  // bytes of confirmed writes
+    std::uint64_t received = 0;
+    std::uint64_t unconfirmed = 0;  // bytes of failed writes, which may have arrived
+    std::uint64_t unsent = 0;       // bytes that were dropped before they were sent
+    std::uint64_t unread = 0;       // received bytes that were dropped
+    std::uint64_t waiting = 0;      // received bytes in the queue
+    std::uint64_t losses = 0;       // number of open links that were lost
+    std::uint64_t failures = 0;     // failed connects and losses in a row
+
+    std::uint64_t Lost() const { return unconfirmed + unsent + unread; }
+};
+
+struct LinkOptions {
+    std::size_t block = 0;       // maximum size of a write in bytes
+    unsigned probeSeconds = 15;  // silence before an empty write tests the link; 0 if never
+    bool isSearched = false;  // scan after a rejection, because the system may not know the device
+};
+
+// A worker thread connects, sends and disconnects, because these calls can block for seconds. Only
+// Poll and the destructor block. The bytes of a failed write count as unconfirmed and are not sent
+// again.
+class PersistentLink {
+  public:
+    static constexpr std::size_t SendLimit = 65536;
+    static constexpr std::size_t ReceiveLimit = 1 << 20;
+
+    PersistentLink(Library& library, BluetoothAddress address, const LinkOptions& options);
+    // Disconnects. Blocks for at most 12 s, because the worker may be in a call of the library.
+    ~PersistentLink();
+    PersistentLink(const PersistentLink&) = delete;
+    PersistentLink& operator=(const PersistentLink&) = delete;
+
+    BluetoothAddress Address() const { return address; }
+
+    // True requests an open link. False closes the link after all queued bytes are sent.
+    void SetWanted(bool isWanted);
+
+    // Returns how many bytes Send accepts now.
+    std::size_t Room();
+    // Queues at most Room() bytes.
+    void Send(std::string_view bytes);
+
+    // Removes and returns at most `most` received bytes, oldest first.
+    std::string Take(std::size_t most);
+    // Drops the received bytes in the queue. Counts them and `taken` bytes, which were taken but
+    // not delivered, as unread.
+    void DropReceived(std::size_t taken);
+
+    LinkStatus Status();
+
+    // Moves received bytes into the queue. Waits up to 2 s for each pending write of another link.
+    void Poll();
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    using Step = void (PersistentLink::*)();
+
+    // Waits for the next step of the worker. Returns null if the worker must end.
+    Step NextStep();
+    void Open();
+    void Send();
+    void Close();
+    void Lose(const std::string& reason) REQUIRES(mutex);
+    bool Search();
+    void Receive() REQUIRES(receiving);
+    bool IsConnected();
+    bool Disconnect();
+
+    Library& library;
+    const BluetoothAddress address;
+    const LinkOptions options;
+
+    // Lock this before `mutex` to call Receive and to leave the state Open. It keeps received bytes
+    // in their order, and prevents Receive from reporting a closed link as lost.
+    Mutex receiving;
+    Mutex mutex;
+    Condition changed;
+    LinkStatus status GUARDED_BY(mutex);
+    bool isWanted GUARDED_BY(mutex) = false;
+    bool isLost GUARDED_BY(mutex) = false;
+    bool isEnding GUARDED_BY(mutex) = false;
+    std::string outgoing GUARDED_BY(mutex);
+    std::string incoming GUARDED_BY(mutex);
+    std::chrono::seconds pause GUARDED_BY(mutex){0};
+    Clock::time_point nextAttempt GUARDED_BY(mutex);
+    Clock::time_point lastTraffic GUARDED_BY(mutex);
+
+    std::thread worker;  // last member, because it uses all others
+};
+
+}  // namespace orv::bridge

@@ -1,0 +1,50 @@
+// A port copies bytes between the link to a device and the program at an entrance.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "orv/bridge/entrance.h"
+#include "orv/bridge/link_pool.h"
+#include "orv/bridge/state_view.h"
+
+namespace orv::bridge {
+
+class Port {
+  public:
+    // If `isEager`, the port requests the link even without a client.
+    Port(std::unique_ptr<Entrance> entrance, std::shared_ptr<PersistentLink> link, bool isEager);
+
+    // Copies bytes in both directions without blocking.
+    void Step();
+    // Disconnects the client. Bytes that the client has not read are lost.
+    void End();
+    StateRow Row() const;
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    void NoticeClient();
+    void ReadClient();
+    void WriteClient();
+    bool NoticeLoss();
+    bool EndClient();
+
+    std::unique_ptr<Entrance> entrance;
+    std::shared_ptr<PersistentLink> link;
+    bool isEager;
+    bool hasEnded = false;
+    std::string client;
+    std::string pending;  // bytes of the device, not yet written to the client
+    bool hasInputEnded = false;
+    std::uint64_t unreadBefore = 0;  // `unread` of the link when the client connected
+    Clock::time_point lastActive;    // latest activity of a client
+    std::string note;
+};
+
+// Serves all ports until Ctrl-C, and shows their state.
+void Serve(std::vector<Port>& ports);
+
+}  // namespace orv::bridge

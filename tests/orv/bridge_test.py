@@ -1,0 +1,279 @@
+#!/usr/bin/env python3
+"""Tests orv bridge with simulated worlds: exact bytes, clients that misbehave, and lost links."""
+import os
+import pathlib
+import random
+import re
+import signal
+import socket
+import struct
+import subprocess
+import threading
+import unittest
+
+from running import ORV, SECONDS, WINE, AtOnce, Running
+from world_case import WorldCase
+
+FIRST, SECOND = "A0:B1:C2:D3:E4:F5", "A0:B1:C2:D3:E4:F6"
+DATA = random.Random(17).randbytes(65536)
+FLOOD = 1 << 21  # more bytes than a link buffers for a client that does not read
+
+
+def echoing(**fields):
+    return {"address": FIRST, "echo": 1, **fields}
+
+
+NEVER = {"operation": "WriteValue", "never": True}
+
+
+class Bridge(Running):
+    def place(self, device=FIRST):
+        return self.shows(device + r" at (?:127.0.0.1:)?(\S+): ").group(1)
+
+    def end(self):
+        """Ends the bridge, and returns its table: sent, received and lost bytes and lost links of each device."""
+        self.process.send_signal(signal.SIGTERM)
+        self.ends()
+        rows = re.findall(r"^(\S+:\S+) +\S+ +(?:a program|\S+) +\w+ +(\d+) +(\d+) +(\d+) +(\d+)", self.shown, re.M)
+        return {device: tuple(map(int, counts)) for device, *counts in rows}
+
+
+class Serial:
+    """A client of a pseudo-terminal, with the functions of a socket."""
+
+    def __init__(self, path):
+        self.file = open(path, "rb+", buffering=0, opener=lambda name, flags: os.open(name, flags | os.O_NOCTTY))
+        self.close = self.file.close
+
+    def sendall(self, data):
+        while data:
+            data = data[self.file.write(data):]
+
+    def recv(self, most):
+        return self.file.read(most)
+
+
+def receive(peer, count, piece=65536):
+    got = b""
+    while len(got) < count:
+        part = peer.recv(min(piece, count - len(got)))
+        if not part:
+            break
+        got += part
+    return got
+
+
+def receive_until_end(peer):
+    got = b""
+    while not got.endswith(b"end"):
+        got += peer.recv(65536)
+    return got
+
+
+class BridgeTest(WorldCase):
+    worlds = {
+        "echo": {"devices": [echoing(), {"address": SECOND, "echo": 1, "name": "ORV-0044", "interval": 20,
+                                          "known": "OnceHeard"}]},
+        # A write from 300 to 2000 ms after connect never ends, so the first link is lost.
+        "lossy": {"devices": [echoing()],
+                  "events": [{"after": 300, "device": FIRST, "answer": NEVER},
+                             {"after": 2000, "device": FIRST, "answer": {"operation": "WriteValue"}}]},
+        "flood": {"devices": [{"address": FIRST}],
+                  "events": [{"after": 100, "device": FIRST, "notify": "55" * 4096, "times": FLOOD // 4096, "every": 1}]},
+        "rejecting": {"devices": [{"address": FIRST, "known": False, "name": "ORV-0042", "interval": 20}]},
+    }
+
+    def bridge(self, world, options, devices=FIRST, columns=None):
+        return Bridge(self, f"bridge {options} --simulated {world}.json {devices}", columns)
+
+    def exchange(self, peer, piece=65536):
+        sender = threading.Thread(target=peer.sendall, args=(DATA,))
+        sender.start()
+        self.assertEqual(receive(peer, len(DATA), piece), DATA)
+        sender.join()
+
+
+class Clients:
+    """Tests that TCP clients and clients of pseudo-terminals share."""
+
+    def test_bytes_are_exact_for_clients_that_are_fast_slow_or_gone(self):
+        bridge = self.bridge("echo", self.KIND + " --block 244")
+        gone = r"used by .*\n.*: open\n"
+        for times, piece in ((1, 65536), (2, 1)):
+            peer = self.client(bridge)
+            self.exchange(peer, piece)
+            peer.close()
+            bridge.shows(gone, times)
+        peer = self.client(bridge)
+        sender = threading.Thread(target=peer.sendall, args=(DATA,))
+        sender.start()
+        receive(peer, 20000)
+        sender.join()
+        peer.close()  # during the echo: the bridge still sends the written bytes
+        bridge.shows(gone, 3)
+        peer = self.client(bridge)
+        peer.sendall(b"end")
+        got = receive_until_end(peer)  # comes after the rest of the echo
+        self.assertTrue((DATA + b"end").endswith(got))
+        peer.close()
+        bridge.shows(gone, 4)
+        sent, received, lost, losses = bridge.end()[FIRST]
+        self.assertEqual((sent, received, losses), (3 * 65536 + 3, 3 * 65536 + 3, 0))
+        in_system = received - 2 * 65536 - 20000 - len(got) - lost  # the bridge cannot count them
+        self.assertIn(in_system, range(self.SYSTEM + 1))
+
+    def test_a_lost_link_is_opened_again_for_the_same_client(self):
+        bridge = self.bridge("lossy", self.KIND + " --block 100")
+        peer = self.client(bridge)
+        sent = b"".join(b"%07d " % number for number in range(15000))  # more bytes than the device accepts in 300 ms
+        peer.sendall(sent)
+        bridge.shows("waiting.*not confirmed[^\0]*open, used")
+        peer.sendall(b"end")
+        got = receive_until_end(peer)
+        confirmed, received, lost, losses = bridge.end()[FIRST]
+        self.assertEqual((len(got), losses), (received, 1))
+        self.assertEqual(confirmed + lost, len(sent) + 3)
+        before = len(os.path.commonprefix([got, sent]))
+        self.assertTrue((sent + b"end").endswith(got[before:]), "more than one gap, or bytes sent twice")
+
+    def test_a_client_that_never_reads_loses_bytes_by_number(self):
+        bridge = self.bridge("flood", self.KIND)
+        peer = self.client(bridge)
+        bridge.shows(r"which did not read: \d{7,} bytes lost|does not read and loses bytes")
+        got = b"" if self.SYSTEM == 0 else receive(peer, FLOOD)  # a socket still has bytes in the system
+        peer.close()
+        bridge.shows("used by[^\0]*open\\b(?!, used)")
+        _, received, lost, _ = bridge.end()[FIRST]
+        self.assertEqual((len(got) + lost, got), (received, b"\x55" * len(got)))
+        self.assertGreater(lost, 1 << 20)
+
+
+class TcpTest(Clients, BridgeTest):
+    KIND, SYSTEM = "tcp --listen 0", 1 << 18
+
+    def client(self, bridge, device=FIRST):
+        peer = socket.create_connection(("127.0.0.1", int(bridge.place(device))), SECONDS)
+        peer.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))  # close resets the connection
+        self.addCleanup(peer.close)
+        return peer
+
+    def test_several_devices(self):
+        bridge = self.bridge("echo", "tcp --listen 0 --listen 0 --block 244", f"{FIRST} ORV-0044")
+        other = threading.Thread(target=self.exchange, args=(self.client(bridge), 100))
+        other.start()
+        self.exchange(self.client(bridge, SECOND))
+        other.join()
+        self.assertEqual(bridge.end(), dict.fromkeys((FIRST, SECOND), (65536, 65536, 0, 0)))
+
+    def test_one_client_at_a_time_until_it_sends_no_more(self):
+        bridge = self.bridge("echo", "tcp --listen 0 --eager")
+        bridge.shows("open")
+        first = self.client(bridge)
+        bridge.shows("used by")
+        self.assertEqual(receive(self.client(bridge), 1), b"")
+        bridge.shows("refused 127.0.0.1:.*uses the device")
+        first.sendall(b"x")
+        self.assertEqual(receive(first, 1), b"x")
+        if not WINE:  # the system checks after a minute whether the client still exists
+            port = first.getpeername()[1]
+            [timer] = re.findall(r": 0100007F:%04X \S+ 01 \S+ (\S+)" % port, pathlib.Path("/proc/net/tcp").read_text())
+            kind, ticks = timer.split(":")
+            self.assertEqual(kind, "02")
+            self.assertLessEqual(int(ticks, 16), 60 * os.sysconf("SC_CLK_TCK"))
+        first.shutdown(socket.SHUT_WR)
+        while not self.is_served(bridge):
+            pass  # until the bridge has read the end of the first client's input
+        self.assertEqual(receive(first, 1), b"")
+
+    def is_served(self, bridge):
+        try:
+            peer = self.client(bridge)
+            peer.sendall(b"y")
+            return receive(peer, 1) == b"y"
+        except ConnectionError:
+            return False
+
+    def test_a_client_that_sends_no_more_still_gets_the_answer(self):
+        peer = self.client(self.bridge("echo", "tcp --listen 0 --block 244"))
+        peer.sendall(DATA)
+        peer.shutdown(socket.SHUT_WR)
+        self.assertEqual(receive(peer, len(DATA) + 1), DATA)  # reads until the bridge closes the connection
+
+    def test_pauses_between_attempts_grow(self):
+        bridge = self.bridge("rejecting", "tcp --listen 0 --eager")
+        bridge.shows("the device rejects the link; next attempt after 1 s[^\0]*after 2 s[^\0]*after 4 s")
+
+    def test_wrong_options_are_named(self):
+        taken = socket.create_server(("127.0.0.1", 0))
+        self.addCleanup(taken.close)
+        for options, text in [
+                (f"tcp {FIRST}", "--listen is missing"),
+                (f"tcp {FIRST} --listen", "--listen"),
+                (f"tcp {FIRST} --listen 70000", "not an address and port"),
+                (f"tcp {FIRST} --listen :7000", "not an address and port"),
+                (f"tcp {FIRST} --listen ::1:7000", "not an address and port"),
+                (f"tcp {FIRST} --listen 127.0.0.1:%d" % taken.getsockname()[1], "cannot listen on 127.0.0.1"),
+                (f"tcp {FIRST} {SECOND} --listen 0", "2 devices and 1 place"),
+                (f"tcp {FIRST} --listen 0 --listen 0", "1 device and 2 places"),
+                (f"tcp {FIRST} {FIRST} --listen 0", "named twice"),
+                (f"tcp {FIRST} --listen 0 --probe -1", "--probe"),
+                (f"tcp nobody --listen 0", "is not an address"),
+                ("tcp --listen 0", "DEVICE is missing"),
+                ("", "command is missing: tcp, pty, mqtt")]:
+            with self.subTest(options):
+                run = subprocess.run(ORV + ["bridge"] + options.split(), capture_output=True, text=True, timeout=SECONDS)
+                self.assertEqual(run.returncode, 2, run.stderr)
+                self.assertIn(text, run.stderr)
+
+    def test_a_socket_that_is_open_to_others_is_warned_of(self):
+        self.bridge("echo", "tcp --listen 0.0.0.0:0").shows(r"warning: other machines .* 0\.0\.0\.0:\d+")
+
+
+@unittest.skipIf(WINE, "there are no pseudo-terminals")
+class PtyTest(Clients, BridgeTest):
+    KIND, SYSTEM = "pty", 0
+
+    def client(self, bridge):
+        peer = Serial(bridge.place())
+        self.addCleanup(peer.close)
+        return peer
+
+    def test_the_path_is_made_anew_and_removed(self):
+        path = self.folder / "serial"
+        os.symlink("/dev/pts/99999", path)  # the link that a killed bridge leaves
+        bridge = self.bridge("echo", f"pty --link {path}")
+        self.assertEqual(bridge.place(), str(path))
+        self.exchange(self.client(bridge))
+        bridge.end()
+        self.assertFalse(os.path.lexists(path))
+
+    def test_a_path_that_is_taken_is_kept(self):
+        for name, make in [("file", lambda path: path.write_text("kept")),
+                           ("terminal", lambda path: path.symlink_to(os.ttyname(os.openpty()[1]))),
+                           ("elsewhere", lambda path: path.symlink_to(self.folder / "no/such"))]:
+            with self.subTest(name):
+                path = self.folder / name
+                make(path)
+                before = os.lstat(path).st_ino, os.lstat(path).st_mtime_ns
+                run = subprocess.run(ORV + ["bridge", "pty", FIRST, "--simulated", "echo.json", "--link", path],
+                                     cwd=self.folder, capture_output=True, text=True, timeout=SECONDS)
+                self.assertEqual(run.returncode, 6, run.stderr)
+                self.assertEqual((os.lstat(path).st_ino, os.lstat(path).st_mtime_ns), before)
+                self.assertIn("cannot create the link", run.stderr)
+
+    def test_a_terminal_shows_a_table_that_is_kept_up_to_date(self):
+        bridge = self.bridge("echo", "tcp --listen 0 --eager --block 244", columns=80)
+        bridge.shows(r"device +place[^\0]*open +0 [^\0]*Ctrl-C ends the bridge")
+        with socket.create_connection(re.search(r"(127[.\d]+):(\d+)", bridge.shown).groups(), SECONDS) as peer:
+            self.exchange(peer)
+            bridge.shows(r"127\S+ +127\S+ +open +65536 +65536")
+        bridge.type("\x03")
+        bridge.ends()
+        drawn, end = re.fullmatch(r"\x1b\[\?25l([^\0]*)\x1b\[\?25h([^\0]*)", bridge.shown).groups()
+        lines = re.sub(r"\x1b\[[?\d]*[A-Za-z]", "", drawn).replace("^C", "").replace("\r", "").split("\n")
+        self.assertEqual((max(map(len, lines)), len(re.findall("^device", end, re.M))), (80, 1))
+        self.assertRegex(end, FIRST + r" .* 65536 +65536 +0 +0")
+
+
+if __name__ == "__main__":
+    unittest.main(testRunner=AtOnce)
