@@ -1,0 +1,61 @@
+// A run of orv doctor: the library, the device, and the data that the steps share.
+#pragma once
+
+#include <atomic>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "orv/doctor/calls.h"
+#include "orv/doctor/findings.h"
+
+namespace orv::doctor {
+
+// Threads share the ownership, because a hanging call may outlive the run.
+struct Examination : std::enable_shared_from_this<Examination> {
+    explicit Examination(Library loaded);
+
+    // Returns the text for a device in the report, without address and name if `isAnonymous`.
+    std::string Named(const DiscoveredDevice& heard) const;
+    // Returns the size of the log in bytes, which is the offset of the next line.
+    std::uintmax_t LogSize() const;
+    // Returns why no link can be opened now, or an empty string.
+    std::string WhyNoLink() const;
+    // Returns why a check with this requirement was not tested.
+    std::string WhyNotTested(Need need) const;
+
+    Library library;
+    const Surroundings surroundings;
+    Calls calls;
+    Findings findings;
+
+    bool isAnonymous = false;
+    std::optional<BluetoothAddress> device;
+    std::string wantedName;          // name of the device, if no address was given
+    std::string whyNoLog;            // empty if the log is on
+    std::string whyNoEcho;           // empty if the device may receive blocks and echoes them
+    std::string whyNoRadio;          // empty if a radio is on
+    bool isHeard = false;            // the scan has listed the device
+    bool isRejectedUnheard = false;  // a connect before the scan was rejected
+    bool isLost = false;             // the device is no longer reachable
+    // A disconnect hangs, and further calls for links would hang, too. Several threads read this.
+    std::atomic<bool> closeHangs = false;
+    std::vector<std::int64_t> connectMs;  // durations of the successful connects
+};
+
+// The steps of a run. A step skips the checks that it cannot test.
+void CheckMachine(Examination& run);
+void CheckConnectBeforeScan(Examination& run);
+void CheckScan(Examination& run);
+void CheckReconnect(Examination& run);
+void CheckEcho(Examination& run);
+void CheckSecondLink(Examination& run);
+void CheckDisconnecting(Examination& run);
+void CheckRadioSwitch(Examination& run);
+void CheckThreads(Examination& run);
+void CheckTimes(Examination& run);
+void CheckLog(Examination& run);
+
+}  // namespace orv::doctor

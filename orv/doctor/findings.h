@@ -1,0 +1,38 @@
+// The results of the checks.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include "orv/doctor/checks.h"
+
+namespace orv::doctor {
+
+enum class Verdict : std::uint8_t { NotTested, Confirmed, Refuted };
+const char* WordOf(Verdict verdict);
+
+struct Finding {
+    Verdict verdict = Verdict::NotTested;
+    std::string seen;  // observation, or the reason if not tested
+};
+
+// A refuted check stays refuted, with its first observation.
+class Findings {
+  public:
+    void Confirm(Check check, std::string seen);
+    void Refute(Check check, std::string seen);
+    // Stores why the check was not tested. Does nothing if it was tested.
+    void Skip(Check check, std::string why);
+    void Judge(Check check, bool isAsAssumed, std::string seen);
+
+    const Finding& Of(Check check) const { return findings[static_cast<std::size_t>(check)]; }
+    std::size_t Count(Verdict verdict) const;
+
+  private:
+    Finding& At(Check check) { return findings[static_cast<std::size_t>(check)]; }
+
+    std::array<Finding, CheckCount> findings;
+};
+
+}  // namespace orv::doctor

@@ -1,0 +1,30 @@
+// Opens and closes a link to the device, and records findings about both.
+#pragma once
+
+#include "orv/doctor/examination.h"
+
+namespace orv::doctor {
+
+class ScopedLink {
+  public:
+    // Connects. After a failure, connects again if a second attempt can show the cause.
+    explicit ScopedLink(Examination& run);
+    ~ScopedLink();
+    ScopedLink(const ScopedLink&) = delete;
+    ScopedLink& operator=(const ScopedLink&) = delete;
+
+    bool IsOpen() const { return isOpen; }
+    // Returns the received bytes after `expected` bytes have arrived, or after 2 s.
+    std::string Await(std::size_t expected);
+    // Disconnects on a separate thread, because the call may hang. For `alone`, see MadeCall.
+    void Close(bool alone = true);
+
+    // Returns whether the call failed after about 2000 ms, the limit of each wait.
+    static bool IsTimeout(const MadeCall& call);
+
+  private:
+    Examination& run;
+    bool isOpen = false;
+};
+
+}  // namespace orv::doctor

@@ -1,0 +1,12 @@
+// The SHA-256 hash that identifies a library file.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace orv::doctor {
+
+// Returns 64 hexadecimal digits.
+std::string Sha256(std::string_view bytes);
+
+}  // namespace orv::doctor
