@@ -1,0 +1,68 @@
+"""The binding for asyncio. Functions that may wait run on a thread of the event loop's executor."""
+import asyncio
+from types import TracebackType
+from typing import AsyncIterator, Optional, Type
+
+from . import devices
+from .devices import Address, Device
+from .library import Library
+
+
+async def scan(seconds: float = 2.0, native: Optional[Library] = None) -> AsyncIterator[Device]:
+    """Scans for `seconds` and yields each device when it is found."""
+    found = devices.scan(seconds, native)
+    try:
+        while True:
+            device: Optional[Device] = await asyncio.to_thread(lambda: next(found, None))
+            if device is None:
+                return
+            yield device
+    finally:
+        await asyncio.to_thread(found.close)
+
+
+class Stream:
+    """The link to a device. After a cancelled `read`, the next `read` returns its bytes, so none are lost."""
+
+    def __init__(self, stream: devices.Stream) -> None:
+        self._stream = stream
+        self._late: Optional["asyncio.Task[bytes]"] = None
+
+    @property
+    def address(self) -> str:
+        """The address of the device."""
+        return self._stream.address
+
+    async def write(self, data: bytes) -> int:
+        """Sends one block in one write. Returns its length."""
+        return await asyncio.to_thread(self._stream.write, data)
+
+    async def read(self, size: int = 65536, timeout: Optional[float] = -1) -> bytes:
+        """Reads like `quelvixwinlib.Stream.read`. After a cancelled read it may return more than `size` bytes."""
+        reading = self._late or asyncio.ensure_future(
+            asyncio.to_thread(self._stream.read, size, timeout))
+        self._late = reading
+        result = await asyncio.shield(reading)
+        self._late = None
+        return result
+
+    async def flush(self) -> int:
+        """Discards the received bytes that were not read. Returns their number."""
+        return await asyncio.to_thread(self._stream.flush)
+
+    async def close(self) -> None:
+        """Closes the link."""
+        await asyncio.to_thread(self._stream.close)
+
+    async def __aenter__(self) -> "Stream":
+        return self
+
+    async def __aexit__(self, kind: Optional[Type[BaseException]], error: Optional[BaseException],
+                        trace: Optional[TracebackType]) -> None:
+        await self.close()
+
+
+async def connect(address: Address, native: Optional[Library] = None,
+                  timeout: Optional[float] = 5.0) -> Stream:
+    """Connects to a device. It need not have been found by a scan."""
+    return Stream(await asyncio.to_thread(devices.connect, address, native, timeout))
