@@ -1,11 +1,11 @@
-// What does one advertisement cost, and how does it grow with the list?
-#include "scanner/advertisement.h"
-
+// Measures the cost of handling an advertisement, for lists of several lengths.
 #include <algorithm>
 #include <cstring>
 
+#include "bench/support/addresses.h"
 #include "bench/support/arrangement.h"
 #include "bench/support/measure.h"
+#include "scanner/advertisement_handler.h"
 
 namespace orv::bench {
 
@@ -14,7 +14,7 @@ namespace {
 using Arguments = IBluetoothLEAdvertisementReceivedEventArgs;
 using NewerArguments = IBluetoothLEAdvertisementReceivedEventArgs2;
 
-// Names here are ASCII, so a host by hand would narrow them.
+// A name in 8-bit characters. The conversion is simple, because all names here are ASCII.
 struct Narrowed {
     char text[32];
     std::size_t length;
@@ -63,10 +63,10 @@ void Name(DiscoveredDevice& device, const Narrowed& name) {
     if (session.watcher != sender) {
         return;
     }
-    const auto found = std::find(session.addresses.begin(), session.addresses.end(), address);
-    if (found != session.addresses.end()) {
-        DiscoveredDevice& device =
-            session.records[static_cast<std::size_t>(found - session.addresses.begin())];
+    FloorList& devices = session.devices;
+    const auto found = devices.places.find(address);
+    if (found != devices.places.end()) {
+        DiscoveredDevice& device = devices.records[found->second];
         device.rssi = rssi;
         if (!AskScanResponse(arguments)) {
             Name(device, name);
@@ -77,8 +77,8 @@ void Name(DiscoveredDevice& device, const Narrowed& name) {
         device.rssi = rssi;
         device.value0500 = device.value1130 = 0xFF;
         Name(device, name);
-        session.addresses.push_back(address);
-        session.records.push_back(device);
+        devices.places.emplace(address, devices.records.size());
+        devices.records.push_back(device);
     }
 }
 
@@ -94,34 +94,47 @@ void Name(DiscoveredDevice& device, const Narrowed& name) {
     }
 }
 
-// `step`: by how much the address moves from one advertisement to the next.
-void Hear(const char* kind, std::size_t listed, UINT64 address, const char16_t* name, UINT64 step) {
+// Prepares the lists. Returns the length of the floor's or the library's list.
+std::size_t Arrange(std::size_t listed, bool floor) {
+    ArrangeListed(listed);
+    return floor ? floorSessions.front().devices.records.size()
+                 : static_cast<std::size_t>(OrvScanner_GetDeviceCount(0));
+}
+
+void Hear(AddressKind kind, std::size_t listed) {
     const std::string row =
-        "advertisement, " + std::string(kind) + ", " + std::to_string(listed) + " listed";
-    auto* const heard = new Heard(address, name);
-    const auto arranged = [=] {
-        ArrangeListed(listed);
-        heard->address = address;
-    };
-    const int batch = listed > 1000 ? 32 : 200;
+        "advertisement, " + std::string(NameOf(kind)) + ", " + std::to_string(listed) + " listed";
+    auto* const heard = new Heard(0, LocalNameOf(kind));
+    auto* const addresses = new Addresses(kind, listed);
+    const auto arranged = [=](bool floor) { addresses->Restart(Arrange(listed, floor)); };
+    const int batch = listed > 1000 ? 1000 : 200;
     const auto event = Reference<Arguments>(static_cast<Arguments*>(heard));
-    Measure(row, Ours, batch, arranged, [=] {
-        OnAdvertisementReceived(watcher, event);
-        heard->address += step;
-    });
-    Measure(row, Floor, batch, arranged, [=] {
-        HearByHand(floorSessions.front().watcher, heard);
-        heard->address += step;
-    });
-    Measure(row, RuntimeAlone, batch, arranged,
-            [=] { RuntimeOnly(heard, step == 0 && *name == u'O'); });
+    Measure(
+        row, Ours, batch, [=] { arranged(false); },
+        [=] {
+            heard->address = addresses->Next();
+            OnAdvertisementReceived(watcher, event);
+        });
+    Measure(
+        row, Floor, batch, [=] { arranged(true); },
+        [=] {
+            heard->address = addresses->Next();
+            HearByHand(floorSessions.front().watcher, heard);
+        });
+    Measure(
+        row, RuntimeAlone, batch, [] {},
+        [=] {
+            heard->address = addresses->Next();
+            RuntimeOnly(heard, kind == AddressKind::Listed);
+        });
 }
 
 const Registered advertisements([] {
-    for (const std::size_t listed : {10u, 1000u, 10000u, 100000u}) {
-        Hear("listed", listed, ListedAddress + listed - 1, u"ORV-0042", 0);
-        Hear("new", listed, ListedAddress + listed, u"ORV-0043", 1);
-        Hear("foreign", listed, 0x112233445566, u"Lamp", 0);
+    for (const std::size_t listed : {10u, 1000u, 100000u, 1000000u}) {
+        for (const AddressKind kind :
+             {AddressKind::Listed, AddressKind::New, AddressKind::OtherFamily}) {
+            Hear(kind, listed);
+        }
     }
 });
 

@@ -1,4 +1,4 @@
-// What do connect and disconnect cost beside the runtime's part?
+// Measures the cost of connect and disconnect over a minimal runtime.
 #include "bench/support/arrangement.h"
 #include "bench/support/await.h"
 #include "bench/support/measure.h"

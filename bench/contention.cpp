@@ -1,6 +1,6 @@
-// How long do notifications and receives wait for each other? Threads of both kinds call as fast as
-// they can, and in a second round beside a thread that sends to a device which answers after
-// 15 ms, two connection intervals of 7.5 ms, during which a send keeps the lock.
+// Measures how long notification and receive calls wait for each other if threads make them without
+// a pause. In further rounds, another thread sends to a device that answers after 15 ms (two
+// connection intervals of 7.5 ms), and holds the lock during each send.
 //
 // Prints JSON: a list of rows with latencies in nanoseconds of real time.
 #include <algorithm>
@@ -33,7 +33,7 @@ struct Round {
     Latencies receives;
 };
 
-// Calls until it is over and notes how long each took.
+// Repeats the call until `over` is true and returns the durations of the calls.
 template <typename Body>
 Latencies Repeat(const std::atomic<bool>& over, Body body) {
     Latencies latencies;
@@ -49,7 +49,8 @@ Latencies Repeat(const std::atomic<bool>& over, Body body) {
     return latencies;
 }
 
-// The queue of a link that nobody receives from is emptied now and then.
+// Delivers notifications and measures them. Empties the queue regularly, because there may be no
+// thread that receives from it.
 void Notify(const std::atomic<bool>& over, BluetoothAddress address, Latencies& latencies) {
     const auto sender = SenderOf(address);
     const auto event = Reference<IGattValueChangedEventArgs>::Adopt(new Notification(244));

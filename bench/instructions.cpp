@@ -1,30 +1,32 @@
-// Runs each main path of the library under callgrind, which counts its instructions: they repeat
-// exactly where times do not. tools/instructions starts this and compares with what is recorded.
+// Runs the main paths of the library under callgrind, which counts their instructions. Unlike
+// times, the counts are the same in every run. tools/instructions starts this program and compares
+// the counts with the recorded ones.
 //
-// One dump per path, named after it, holds Calls calls.
+// Writes one dump per path, with the name of the path and the instructions of `Calls` calls.
 #include <valgrind/callgrind.h>
 
 #include <cstdio>
 
+#include "bench/support/addresses.h"
 #include "bench/support/arrangement.h"
 #include "link/receive.h"
-#include "scanner/advertisement.h"
+#include "scanner/advertisement_handler.h"
 
 namespace orv::bench {
 
 namespace {
 
 constexpr int Calls = 100;
-constexpr std::size_t Listed = 1000;
 
 std::uint8_t buffer[4096];
 
-// The first call looks up what is then kept, and so is not counted.
+// Counts the instructions of `body`, but not of its first call, which fills caches for later calls.
 template <typename Prepare, typename Body>
 void Count(const char* path, Prepare prepare, Body body) {
     prepare();
     body();
     prepare();
+    CALLGRIND_START_INSTRUMENTATION;
     CALLGRIND_ZERO_STATS;
     CALLGRIND_TOGGLE_COLLECT;
     for (int i = 0; i < Calls; ++i) {
@@ -32,6 +34,7 @@ void Count(const char* path, Prepare prepare, Body body) {
     }
     CALLGRIND_TOGGLE_COLLECT;
     CALLGRIND_DUMP_STATS_AT(path);
+    CALLGRIND_STOP_INSTRUMENTATION;  // because instrumented code builds long lists slowly
     std::printf("%s\n", path);
 }
 
@@ -53,28 +56,39 @@ void CountLinks() {
     Count("notification of 20 bytes", empty, [&] { OnDataReceived(sender, small); });
     Count("notification of 244 bytes", empty, [&] { OnDataReceived(sender, large); });
     Count("send of 244 bytes", empty, [] { OrvDevice_Send(1, 244, buffer); });
+    Count("log line, log off", empty, [] { Logging_AppendLine("text", 4); });
 }
 
-void CountScanner() {
-    const auto listed = [] { ArrangeListed(Listed); };
-    const auto hear = [&](const char* path, UINT64 address, const char16_t* name, UINT64 step) {
-        auto* const heard = new Heard(address, name);
-        const Reference<IBluetoothLEAdvertisementReceivedEventArgs> arguments(heard);
-        Count(path, listed, [&] {
+void CountAdvertisements(AddressKind kind, std::size_t listed) {
+    auto* const heard = new Heard(0, LocalNameOf(kind));
+    const Reference<IBluetoothLEAdvertisementReceivedEventArgs> arguments(heard);
+    Addresses addresses(kind, listed);
+    addresses.Restart(listed);
+    const std::string path =
+        "advertisement, " + std::string(NameOf(kind)) + ", " + std::to_string(listed) + " listed";
+    Count(
+        path.c_str(), [=] { ArrangeListed(listed); },
+        [&] {
+            heard->address = addresses.Next();
             OnAdvertisementReceived(watcher, arguments);
-            heard->address += step;
         });
-    };
-    hear("advertisement, listed", ListedAddress + Listed - 1, u"ORV-0042", 0);
-    hear("advertisement, new", ListedAddress + Listed, u"ORV-0043", 1);
-    hear("advertisement, foreign", 0x112233445566, u"Lamp", 0);
+}
 
-    Count("device count", listed, [] { OrvScanner_GetDeviceCount(0); });
-    Count("device record", listed, [] {
+void CountScanner(std::size_t listed) {
+    for (const AddressKind kind :
+         {AddressKind::Listed, AddressKind::New, AddressKind::OtherFamily}) {
+        CountAdvertisements(kind, listed);
+    }
+    const auto arranged = [=] { ArrangeListed(listed); };
+    const std::string count = "device count, " + std::to_string(listed) + " listed";
+    Count(count.c_str(), arranged, [] { OrvScanner_GetDeviceCount(0); });
+    const std::string record = "device record, " + std::to_string(listed) + " listed";
+    Addresses addresses(AddressKind::Listed, listed);
+    Count(record.c_str(), arranged, [&] {
         DiscoveredDevice info;
-        OrvScanner_GetDeviceInfo(0, 500, &info);
+        OrvScanner_GetDeviceInfo(0, static_cast<std::int32_t>(addresses.Next() - ListedAddress),
+                                 &info);
     });
-    Count("log line, log off", listed, [] { Logging_AppendLine("text", 4); });
 }
 
 }  // namespace
@@ -82,6 +96,9 @@ void CountScanner() {
 }  // namespace orv::bench
 
 int main() {
+    CALLGRIND_STOP_INSTRUMENTATION;
     orv::bench::CountLinks();
-    orv::bench::CountScanner();
+    // Counts with a short and a long list, because the count must not depend on the length.
+    orv::bench::CountScanner(10);
+    orv::bench::CountScanner(1000000);
 }

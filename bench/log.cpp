@@ -1,4 +1,3 @@
-// What does the log cost when it is on?
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -9,7 +8,7 @@
 #include "bench/support/measure.h"
 #include "frame/diagnostics_log.h"
 #include "link/receive.h"
-#include "scanner/advertisement.h"
+#include "scanner/advertisement_handler.h"
 
 namespace orv::bench {
 
@@ -25,7 +24,7 @@ const char* FloorPath() {
     return path;
 }
 
-// The bytes of a finished line; the floor neither composes nor stamps anything.
+// Writes a log line as a minimal host does: it does not compose the line and its time.
 void WriteByHand(std::string_view line) {
     const std::lock_guard<std::mutex> lock(floorMutex);
     const int file = open(FloorPath(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
@@ -33,7 +32,7 @@ void WriteByHand(std::string_view line) {
     close(file);
 }
 
-// Emptied for each batch, so that no file grows.
+// Switches the log on and empties both log files before each batch, so that they do not grow.
 void LogOn() {
     ArrangeLinks(1);
     ArrangeListed(10);
@@ -42,8 +41,7 @@ void LogOn() {
     close(open(FloorPath(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
 }
 
-// A call that writes `line`, against writing it and nothing else. What the stamp says does not
-// matter to the floor.
+// Compares a call that logs `line` with writing `line` by hand, with a constant time in the line.
 template <typename Call>
 void Logged(const std::string& row, std::string_view line, Call call) {
     Measure(row, Ours, 50, LogOn, call);

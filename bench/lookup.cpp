@@ -1,4 +1,4 @@
-// What does a host pay that polls and finds nothing, and how does it grow with links and sessions?
+// Measures a poll that returns nothing, for several numbers of links and sessions.
 #include "bench/support/arrangement.h"
 #include "bench/support/measure.h"
 
@@ -20,7 +20,7 @@ namespace {
 [[gnu::noinline]] ResultCode CountByHand(std::int32_t id) {
     const std::lock_guard<std::mutex> lock(floorMutex);
     const FloorSession* session = FindFloorSession(id);
-    return session ? static_cast<ResultCode>(session->records.size()) : -1;
+    return session ? static_cast<ResultCode>(session->devices.records.size()) : -1;
 }
 
 std::uint8_t buffer[244];

@@ -1,4 +1,4 @@
-// What does one notification cost until its bytes are queued?
+// Measures the cost of a notification until its bytes are queued.
 #include "bench/support/arrangement.h"
 #include "bench/support/measure.h"
 #include "link/receive.h"
@@ -17,7 +17,7 @@ IDataReaderStatics* Readers() {
     return readers;
 }
 
-// The device's address and the value's length, which every notification is asked for.
+// Reads the device's address with the same runtime calls as the library.
 void AskDevice(IGattCharacteristic* sender, UINT64* address) {
     void* found = nullptr;
     sender->QueryInterface(&IGattCharacteristic2::Iid, &found);
@@ -48,7 +48,7 @@ IDataReader* OpenReader(IGattValueChangedEventArgs* arguments) {
     return reader;
 }
 
-// The same runtime calls as the library's, and the bytes into memory that is there already.
+// Makes the same runtime calls as the library and copies the bytes to allocated memory.
 [[gnu::noinline]] void NotifyByHand(IGattCharacteristic* sender,
                                     IGattValueChangedEventArgs* arguments) {
     UINT64 address = 0;

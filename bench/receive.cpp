@@ -1,4 +1,4 @@
-// How fast do queued bytes reach the host?
+// Measures how fast the host receives queued bytes.
 #include <algorithm>
 #include <cstring>
 

@@ -1,4 +1,4 @@
-// What does a send cost to a device that answers at once?
+// Measures a send to a device that answers at once.
 #include "bench/support/arrangement.h"
 #include "bench/support/await.h"
 #include "bench/support/measure.h"
@@ -37,7 +37,7 @@ IAsyncOperation<GattCommunicationStatus>* StartWrite(IGattCharacteristic* charac
     return sent ? length : -1;
 }
 
-// The runtime's own work, and a handler that is there already.
+// Makes only the runtime calls of a send, with an existing handler.
 [[gnu::noinline]] void RuntimeOnly(std::int32_t length, const std::uint8_t* data) {
     static HandlerByHand<GattCommunicationStatus>& handler =
         *new HandlerByHand<GattCommunicationStatus>;

@@ -1,4 +1,4 @@
-# How everything here is compiled: standards, warnings, sanitizers, visibility.
+# Compiler settings: standards, warnings, sanitizers, visibility.
 
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)

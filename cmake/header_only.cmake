@@ -1,7 +1,7 @@
-# Libraries that are headers only, from Debian's packages. Each is reached through a folder of links
-# of its own: a cross build must not see the rest of /usr/include.
+# Header-only libraries from Debian packages. Each has its own directory of links, because a cross
+# build must not see the rest of /usr/include.
 
-# orv_header_only(<name> <folder below /usr/include> <package>): the target header_only_<name>.
+# orv_header_only(<name> <directory in /usr/include> <package>) adds the target header_only_<name>.
 function(orv_header_only name folder package)
     if(NOT IS_DIRECTORY /usr/include/${folder})
         message(FATAL_ERROR "${folder} is missing: install the Debian package ${package}")
@@ -15,3 +15,9 @@ endfunction()
 
 orv_header_only(json nlohmann nlohmann-json3-dev)
 orv_header_only(cli11 CLI libcli11-dev)
+orv_header_only(asio asio libasio-dev)
+# Without these definitions, Asio uses Boost, and on Windows mswsock.dll, which Windows may load
+# from the program's directory.
+target_compile_definitions(header_only_asio INTERFACE ASIO_STANDALONE
+    $<$<PLATFORM_ID:Windows>:_WIN32_WINNT=0x0A00>
+    $<$<PLATFORM_ID:Windows>:ASIO_DISABLE_IOCP>)

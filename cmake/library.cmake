@@ -1,7 +1,7 @@
-# A flavour of the library: the objects of the logic and of a runtime, exporting exactly the names
-# that the module-definition files list.
+# Builds a library from objects of the logic and of one runtime. It exports exactly the
+# names in the module-definition files.
 
-# Reads the names below EXPORTS of the files in `defs`.
+# Reads the names after EXPORTS in the given .def files.
 function(orv_read_exports result)
     set(names)
     foreach(def ${ARGN})
@@ -17,7 +17,7 @@ function(orv_read_exports result)
     set(${result} ${names} PARENT_SCOPE)
 endfunction()
 
-# orv_library(<target> FOLDER <output folder> OBJECTS <object libraries> EXPORTS <.def files>)
+# orv_library(<target> FOLDER <output directory> OBJECTS <object libraries> EXPORTS <.def files>)
 function(orv_library target)
     cmake_parse_arguments(ARG "" FOLDER "OBJECTS;EXPORTS" ${ARGN})
     list(TRANSFORM ARG_EXPORTS PREPEND ${PROJECT_SOURCE_DIR}/)
@@ -27,7 +27,7 @@ function(orv_library target)
     foreach(objects ${ARG_OBJECTS})
         target_sources(${target} PRIVATE $<TARGET_OBJECTS:${objects}>)
     endforeach()
-    target_include_directories(${target} INTERFACE ${PROJECT_SOURCE_DIR}/include)
+    target_include_directories(${target} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
     target_link_libraries(${target} PRIVATE Threads::Threads)
     set_target_properties(${target} PROPERTIES
         OUTPUT_NAME quelvixwinlib
@@ -42,14 +42,18 @@ function(orv_library target)
         target_sources(${target} PRIVATE ${list})
         set_target_properties(${target} PROPERTIES PREFIX "")
     else()
-        # Without a version's name, which would be a symbol of its own among the exports.
+        # The version has no name, because the name would be exported as a symbol.
         list(JOIN names ";\n    " lines)
         set(list ${PROJECT_BINARY_DIR}/${target}.exports)
         file(CONFIGURE OUTPUT ${list}
             CONTENT "{\n  global:\n    ${lines};\n  local:\n    *;\n};\n")
+        if(ORV_VERSIONED)
+            set_target_properties(${target} PROPERTIES
+                VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+        endif()
         target_link_options(${target} PRIVATE -Wl,--version-script=${list} -Wl,-z,relro,-z,now)
         set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${list})
-        # A sanitizer's functions are in the program, not in the library.
+        # The program, not the library, defines a sanitizer's functions.
         if(NOT ORV_SANITIZERS)
             target_link_options(${target} PRIVATE -Wl,--no-undefined)
         endif()

@@ -1,4 +1,4 @@
-# The version stands in project() alone; the public header repeats it for hosts, and is held to it.
+# project() defines the version. Checks that the public header repeats it.
 
 file(STRINGS ${PROJECT_SOURCE_DIR}/include/quelvixwinlib.h lines REGEX "#define QUELVIXWINLIB_VERSION")
 foreach(fact "_MAJOR ${PROJECT_VERSION_MAJOR}" "_MINOR ${PROJECT_VERSION_MINOR}"

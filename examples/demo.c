@@ -1,11 +1,10 @@
 /*
- * A host from the radio to the last byte: it looks for the radio, scans, connects to the first
- * device that takes a link, sends it 64 KiB, compares what comes back, and shows the end of the
- * log.
+ * A complete host: it checks the radio, scans, connects to the first device that accepts a
+ * connection, sends 64 KiB, compares the echo with the sent bytes, and shows the end of the log.
  *
  * Usage: demo [log file]
  *
- * It counts on a device that echoes, as the simulated world has one.
+ * The device must echo the bytes that it receives; the simulated world has such a device.
  */
 #ifndef _WIN32
 #define _POSIX_C_SOURCE 199309L
@@ -17,7 +16,8 @@
 
 #include "quelvixwinlib.h"
 
-/* ---------------------------------------------------------------- what differs between systems */
+/* -------------------------------------------------------------------- operating system functions
+ */
 
 #ifdef _WIN32
 
@@ -35,7 +35,7 @@ static double Seconds(void) {
     return (double)count.QuadPart / (double)frequency.QuadPart;
 }
 
-/* Names of devices are UTF-8; colours are escape sequences. */
+/* Returns whether the terminal supports colours. Sets UTF-8, because device names are UTF-8. */
 static int PrepareTerminal(void) {
     const HANDLE console = GetStdHandle(STD_OUTPUT_HANDLE);
     DWORD mode = 0;
@@ -82,7 +82,7 @@ static const char* Style(const char* sequence) {
 #define Green Style("\033[32m")
 #define Plain Style("\033[0m")
 
-/* One step of the demo: its name, then what came of it. */
+/* Prints a step of the demo and its result. */
 static void Report(const char* step, const char* format, ...) {
     va_list values;
     printf("%s%-11s%s ", Bold, step, Plain);
@@ -114,7 +114,8 @@ static const char* AddressText(BluetoothAddress address) {
     return text;
 }
 
-/* A value that no scan response has brought yet is 0xFF. */
+/* Returns the value in hexadecimal, or "-" for 0xFF, which means that no scan response has set
+ * it. */
 static const char* ValueText(uint8_t value, char* text) {
     if (value == 0xFF) {
         return "-";
@@ -123,7 +124,8 @@ static const char* ValueText(uint8_t value, char* text) {
     return text;
 }
 
-/* The same for the 16 bytes, which are zeros until then and behind their end. */
+/* Returns the data in hexadecimal without the zeros at its end, or "-" if there are only zeros,
+ * because no scan response has set it. */
 static const char* DataText(const uint8_t* data, char* text) {
     int length = 16, i;
     while (length > 0 && data[length - 1] == 0) {
@@ -135,7 +137,7 @@ static const char* DataText(const uint8_t* data, char* text) {
     return length > 0 ? text : "-";
 }
 
-/* A bar that is redrawn on a terminal; elsewhere a line for each quarter. */
+/* Redraws a bar on a terminal; otherwise prints a line for each quarter. */
 static void ShowProgress(int done, int* shown) {
     enum { Width = 40 };
     const int step = (onTerminal ? 100 : 4) * (done / 256) / (TotalBytes / 256);
@@ -154,7 +156,7 @@ static void ShowProgress(int done, int* shown) {
 
 /* ---------------------------------------------------------------------------------------- steps */
 
-/* Returns how many devices were found and copied, or -1. */
+/* Scans, copies the found devices to `devices` and returns their number, or -1. */
 static int Scan(DiscoveredDevice* devices) {
     const double start = Seconds();
     const int32_t scanner = OrvScanner_Initialize();
@@ -196,7 +198,7 @@ static void PrintDevices(const DiscoveredDevice* devices, int count) {
     putchar('\n');
 }
 
-/* Returns the first device that takes a link, which is then open, or null. */
+/* Connects to the first device that accepts a connection and returns the device, or null. */
 static const DiscoveredDevice* ConnectFirst(const DiscoveredDevice* devices, int count) {
     int i;
     for (i = 0; i < count; ++i) {
@@ -204,12 +206,12 @@ static const DiscoveredDevice* ConnectFirst(const DiscoveredDevice* devices, int
             Report("connected", "%.30s at %s", devices[i].name, AddressText(devices[i].address));
             return &devices[i];
         }
-        Report("refused", "%.30s takes no link", devices[i].name);
+        Report("failed", "cannot connect to %.30s", devices[i].name);
     }
     return NULL;
 }
 
-/* Sends all blocks, taking the echo in between, and waits for the rest of it. */
+/* Sends all blocks, receives the echo in between, and waits for the rest of the echo. */
 static int Exchange(BluetoothAddress address) {
     static uint8_t data[TotalBytes], echo[TotalBytes + 1];
     uint32_t random = 0x2545F491;
@@ -225,10 +227,10 @@ static int Exchange(BluetoothAddress address) {
         const int block = TotalBytes - sent < BlockBytes ? TotalBytes - sent : BlockBytes;
         ResultCode taken;
         if (block > 0 && OrvDevice_Send(address, block, data + sent) != block) {
-            return Fail("a block could not be sent after %d bytes", sent);
+            return Fail("cannot send a block after %d bytes", sent);
         }
         sent += block;
-        /* One byte more than expected, so that a surplus is noticed. */
+        /* The buffer has space for one byte more than expected, to detect surplus bytes. */
         taken = OrvDevice_Receive(address, TotalBytes + 1 - received, echo + received);
         if (taken == ORV_FAILED) {
             return Fail("the link was lost after %d bytes", received);
@@ -237,19 +239,19 @@ static int Exchange(BluetoothAddress address) {
         if (block > 0 || taken > 0) {
             last = Seconds();
         } else if (Seconds() - last > EchoLimitSeconds) {
-            return Fail("only %d of %d bytes came back", received, TotalBytes);
+            return Fail("the device echoed only %d of %d bytes", received, TotalBytes);
         } else {
             Pause(5);
         }
         ShowProgress(received, &shown);
     }
     if (received != TotalBytes || memcmp(data, echo, TotalBytes) != 0) {
-        return Fail("the echo differs from what was sent");
+        return Fail("the echo differs from the sent bytes");
     }
     return 0;
 }
 
-/* The last lines of the log, which any text file reader shows as well. */
+/* Prints the last lines of the log. */
 static int ShowLog(const char* path) {
     enum { MostBytes = 4096, MostLines = 8 };
     static char text[MostBytes + 1];
@@ -276,7 +278,7 @@ static int ShowLog(const char* path) {
 }
 
 int main(int argc, char** argv) {
-    static const char farewell[] = "demo: everything came back";
+    static const char farewell[] = "demo: all bytes were echoed";
     DiscoveredDevice devices[MostDevices];
     const DiscoveredDevice* device;
     double start, seconds;
@@ -284,23 +286,23 @@ int main(int argc, char** argv) {
 
     onTerminal = PrepareTerminal();
     if (Logging_Enable() == ORV_FAILED) {
-        return Fail("the log beside the library cannot be written");
+        return Fail("cannot write the log beside the library; use a folder that is writable");
     }
     if (BluetoothAvailable() == ORV_FAILED) {
-        return Fail("there is no Bluetooth radio that is on");
+        return Fail("no Bluetooth radio is on; switch Bluetooth on");
     }
     Report("radio", "on");
 
     count = Scan(devices);
     if (count == ORV_FAILED) {
-        return Fail("the scan could not be started or stopped");
+        return Fail("cannot start or stop the scan");
     }
     Report("scanned", "%d found in %.1f s", count, ScanMs / 1000.0);
     PrintDevices(devices, count);
 
     device = ConnectFirst(devices, count);
     if (device == NULL) {
-        return Fail("no device took a link");
+        return Fail("cannot connect to any device");
     }
     start = Seconds();
     if (Exchange(device->address) != 0) {
@@ -309,7 +311,7 @@ int main(int argc, char** argv) {
     }
     seconds = Seconds() - start;
     if (OrvDevice_Disconnect(device->address) == ORV_FAILED) {
-        return Fail("the link could not be closed");
+        return Fail("cannot close the link");
     }
     Report("closed", "the link to %.30s", device->name);
 

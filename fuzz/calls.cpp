@@ -1,21 +1,16 @@
-// Whole sequences of calls, events, answers and faults.
+// Fuzzes sequences of calls, events, answers and faults.
 #include "fuzz/decode.h"
 
-using namespace orv::fuzz;
 using namespace orv::model;
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    return Compare([&](Model& model) {
-        Input input(data, size);
-        while (!input.IsEmpty()) {
-            const std::uint8_t what = input.Byte();
-            const std::uint8_t a = input.Byte();
-            const std::uint8_t b = input.Byte();
-            const bool hasBytes =
-                what % CommandCount == Send || what % CommandCount == AppendLine ||
-                what % CommandCount == SetName || what % CommandCount == SetSections ||
-                what % CommandCount == Notify;
-            model.Run({what, a, b, hasBytes ? input.Piece() : Bytes()});
-        }
-    });
+void orv::fuzz::RunInput(Model& model, Input& input) {
+    while (!input.IsEmpty()) {
+        const std::uint8_t what = input.Byte();
+        const std::uint8_t a = input.Byte();
+        const std::uint8_t b = input.Byte();
+        const bool hasBytes = what % CommandCount == Send || what % CommandCount == AppendLine ||
+                              what % CommandCount == SetName ||
+                              what % CommandCount == SetSections || what % CommandCount == Notify;
+        model.Run({what, a, b, hasBytes ? input.Piece() : Bytes()});
+    }
 }

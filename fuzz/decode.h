@@ -1,12 +1,9 @@
-// Bytes of the fuzzer as commands for the library and its reference.
+// Decodes the fuzzer's bytes into commands, which the library and its reference model both execute.
 #pragma once
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#include <exception>
 
-#include "tests/reliability/model.h"
+#include "tests/reliability/model/model.h"
 
 namespace orv::fuzz {
 
@@ -19,7 +16,7 @@ class Input {
 
     bool IsEmpty() const { return left == 0; }
     std::uint8_t Byte() { return left > 0 ? (--left, *data++) : std::uint8_t{0}; }
-    // A piece with its length in front of it.
+    // Reads a length and that many bytes.
     Bytes Piece() {
         const std::size_t count = std::min<std::size_t>(Byte(), left);
         const Bytes piece(data, data + count);
@@ -33,19 +30,9 @@ class Input {
     std::size_t left;
 };
 
-// Gives each target's commands to both sides. What differs ends the process.
-template <typename Body>
-int Compare(Body&& body) {
-    try {
-        model::Model model;
-        body(model);
-        model.Finish();
-    } catch (const std::exception& difference) {
-        std::fprintf(stderr, "%s\n", difference.what());
-        std::abort();
-    }
-    return 0;
-}
+// Decodes the input and runs the commands. Each target implements it. A difference from the
+// reference model ends the process.
+void RunInput(model::Model& model, Input& input);
 
 }  // namespace orv::fuzz
 

@@ -1,20 +1,17 @@
-// Names in UTF-16, well-formed or not, of listed and of new devices.
+// Fuzzes names in UTF-16, well-formed or not, of listed and of new devices.
 #include "fuzz/decode.h"
 
-using namespace orv::fuzz;
 using namespace orv::model;
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    return Compare([&](Model& model) {
-        Input input(data, size);
-        model.Run({Initialize, 0, 0, {}});
-        model.Run({Start, 1, 0, {}});
-        while (!input.IsEmpty()) {
-            const std::uint8_t how = input.Byte();  // whose, in which packet, after "ORV" or alone
-            model.Run({SetName, how, static_cast<std::uint8_t>(how >> 1), input.Piece()});
-            model.Run({Advertise, how, static_cast<std::uint8_t>(how >> 1 & 1), {}});
-            model.Run({ReadDevice, 1, 1, {}});
-            model.Run({ReadDevice, 1, 2, {}});
-        }
-    });
+void orv::fuzz::RunInput(Model& model, Input& input) {
+    model.Run({Initialize, 0, 0, {}});
+    model.Run({Start, 1, 0, {}});
+    while (!input.IsEmpty()) {
+        const std::uint8_t how =
+            input.Byte();  // selects the device, the packet, and a prefix "ORV"
+        model.Run({SetName, how, static_cast<std::uint8_t>(how >> 1), input.Piece()});
+        model.Run({Advertise, how, static_cast<std::uint8_t>(how >> 1 & 1), {}});
+        model.Run({ReadDevice, 1, 1, {}});
+        model.Run({ReadDevice, 1, 2, {}});
+    }
 }

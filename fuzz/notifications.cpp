@@ -1,23 +1,19 @@
-// Notifications of any size on two links, taken in any portions.
+// Fuzzes notifications of any size on two links, received in portions of any size.
 #include "fuzz/decode.h"
 
-using namespace orv::fuzz;
 using namespace orv::model;
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    return Compare([&](Model& model) {
-        Input input(data, size);
-        model.Run({Connect, 0, 0, {}});
-        model.Run({Connect, 0, 0, {}});
-        while (!input.IsEmpty()) {
-            const std::uint8_t how = input.Byte();
-            const What next[] = {Notify, Notify, Receive, Receive, Flush, Disconnect, Connect};
-            const What what = next[how % 7];
-            Bytes value = what == Notify ? input.Piece() : Bytes();
-            for (int i = 0; what == Notify && i < (how >> 6); ++i) {
-                value.insert(value.end(), value.begin(), value.end());  // up to 2040 bytes
-            }
-            model.Run({what, 0, what == Receive ? input.Byte() : how, value});
+void orv::fuzz::RunInput(Model& model, Input& input) {
+    model.Run({Connect, 0, 0, {}});
+    model.Run({Connect, 0, 0, {}});
+    while (!input.IsEmpty()) {
+        const std::uint8_t how = input.Byte();
+        const What next[] = {Notify, Notify, Receive, Receive, Flush, Disconnect, Connect};
+        const What what = next[how % 7];
+        Bytes value = what == Notify ? input.Piece() : Bytes();
+        for (int i = 0; what == Notify && i < (how >> 6); ++i) {
+            value.insert(value.end(), value.begin(), value.end());  // up to 2040 bytes
         }
-    });
+        model.Run({what, 0, what == Receive ? input.Byte() : how, value});
+    }
 }

@@ -1,4 +1,4 @@
-// Runs a target once for each file of its corpus, without a fuzzer.
+// Runs a target for each file of its corpus, without a fuzzer.
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,5 +15,5 @@ int main(int count, char** arguments) {
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
         ++files;
     }
-    return files > 0 ? 0 : 1;  // an empty corpus proves nothing
+    return files > 0 ? 0 : 1;  // an empty corpus tests nothing
 }

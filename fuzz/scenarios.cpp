@@ -1,12 +1,10 @@
-// Scenario files of any content: played, or refused with the place of the fault.
+// Fuzzes scenario files: each must be played, or rejected with the position of the error.
 #include <algorithm>
 #include <cstdlib>
 
 #include "fuzz/decode.h"
 #include "quelvixwinlib_simulated.h"
-#include "runtimes/simulated/gatt.h"
-#include "runtimes/simulated/scenario_player.h"
-#include "runtimes/simulated/watcher.h"
+#include "runtimes/simulated/scenario/player.h"
 
 using namespace orv::simulated;
 
@@ -20,7 +18,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
             std::abort();
         }
     }
-    // Longer, and a short interval would fill the time. No call is made: it might be told to hang.
+    // Passes only 5 ms, because a short interval would cause too many events. Makes no calls,
+    // because they could hang.
     OrvWorld_PassTime(5);
     return 0;
 }

@@ -3,14 +3,7 @@
 #include <charconv>
 #include <cstdio>
 
-#include "orv/problem.h"
-#include "orv/terminal/printable.h"
-
 namespace orv {
-
-const char* const AddressForms =
-    "as A0:B1:C2:D3:E4:F5, as A0B1C2D3E4F5, or as the log writes it, 176685338322165. 12 digits "
-    "are always the second form; a decimal number of 12 digits gets a 0 in front";
 
 namespace {
 
@@ -26,13 +19,13 @@ std::optional<BluetoothAddress> Number(std::string_view text, int base) {
     return number;
 }
 
-// Six pairs with colons between them, as their 12 digits; anything else as it is.
-std::string WithoutColons(std::string_view text) {
+// Returns the 12 digits of six separated pairs. Returns other texts unchanged.
+std::string WithoutSeparators(std::string_view text) {
     std::string digits;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (i % 3 != 2) {
             digits += text[i];
-        } else if (text[i] != ':') {
+        } else if ((text[i] != ':' && text[i] != '-') || text[i] != text[2]) {
             return std::string(text);
         }
     }
@@ -42,22 +35,17 @@ std::string WithoutColons(std::string_view text) {
 }  // namespace
 
 std::optional<BluetoothAddress> FindAddress(std::string_view text) {
-    const std::string digits = WithoutColons(text);
-    const auto number = Number(digits, digits.size() == HexDigits ? 16 : 10);
+    const bool isHex = text.substr(0, 2) == "0x" || text.substr(0, 2) == "0X";
+    const std::string digits = isHex ? std::string(text.substr(2)) : WithoutSeparators(text);
+    const auto number = Number(digits, isHex || digits.size() == HexDigits ? 16 : 10);
     return number && *number != 0 && *number <= Largest ? number : std::nullopt;
 }
 
-BluetoothAddress AddressOf(std::string_view text) {
-    const auto address = FindAddress(text);
-    if (!address) {
-        throw Problem(ExitStatus::BadUsage,
-                      "\"" + Printable(text) + "\" is no address: write it " + AddressForms);
-    }
-    return *address;
-}
-
 std::string AddressText(BluetoothAddress address) {
-    char text[19];  // the last colon and the zero after it, too
+    if (address > Largest) {
+        return std::to_string(address);
+    }
+    char text[19];  // 17 characters, a last colon and the terminating zero
     char* at = text;
     for (int shift = 40; shift >= 0; shift -= 8) {
         at += snprintf(at, 4, "%02X:", static_cast<unsigned>(address >> shift & 0xFF));

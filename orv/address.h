@@ -1,4 +1,4 @@
-// Addresses of devices as people write them.
+// Converts addresses of devices from and to text.
 #pragma once
 
 #include <optional>
@@ -9,15 +9,11 @@
 
 namespace orv {
 
-// What the help of every command with an address says of its forms.
-extern const char* const AddressForms;
-
-// Nothing: it is no address.
+// Returns nothing if the text is no address.
 std::optional<BluetoothAddress> FindAddress(std::string_view text);
-// Throws a Problem that names the forms.
-BluetoothAddress AddressOf(std::string_view text);
 
-// As A0:B1:C2:D3:E4:F5.
+// Returns a text such as A0:B1:C2:D3:E4:F5, or a decimal number if it has more than 48 bits, as
+// only a log can contain.
 std::string AddressText(BluetoothAddress address);
 
 }  // namespace orv

@@ -3,65 +3,81 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "orv/address.h"
 #include "orv/commands/commands.h"
 #include "orv/log/commands.h"
-#include "orv/terminal/printable.h"
+#include "orv/problem.h"
+#include "orv/scan/search.h"
 #include "orv/terminal/terminal.h"
 
 namespace {
 
-// An address behind --simulated is not its scenario, but the device of the command. In front of the
-// command the option takes nothing, because a command's name follows it.
+// Moves --simulated after a device that follows it, because the device belongs to the command and
+// is no scenario.
 void SeparateScenario(std::vector<std::string>& arguments) {
-    for (auto at = arguments.begin(); arguments.end() - at > 1; ++at) {
-        if (*at == "--simulated" && orv::FindAddress(at[1])) {
+    for (auto at = arguments.begin(); at != arguments.end(); ++at) {
+        const bool isLast = arguments.end() - at == 1;
+        if (*at == "--simulated=" || (*at == "--simulated" && !isLast && at[1].empty())) {
+            throw orv::Problem(orv::ExitStatus::BadUsage,
+                               "--simulated: the scenario's name is empty. Leave it out for the "
+                               "default world");
+        }
+        if (isLast) {
+            return;
+        }
+        if (*at == "--simulated" && orv::IsDevice(at[1]) && !at[1].ends_with(".json")) {
             std::rotate(arguments.begin(), at, at + 1);
         }
     }
 }
 
-int Run(std::vector<std::string> arguments) {
-    CLI::App app("Bluetooth Low Energy devices whose names begin with \"ORV\", on a command line.",
-                 "orv");
-    app.require_subcommand(1);
-    app.footer(
-        "\nExample:\n  orv --simulated scan\n\nHelp on a command, with its exit statuses:\n"
-        "  orv scan --help");
-    orv::SessionOptions session;
-    orv::AddSessionOptions(app, session);
-    orv::AddCheckCommand(app, session);
-    orv::AddScanCommand(app, session);
-    orv::AddTalkCommand(app, session);
-    orv::AddSendCommand(app, session);
-    orv::AddReceiveCommand(app, session);
-
-    orv::log::AddLogCommands(app);
-    SeparateScenario(arguments);
-    try {
-        std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
-        app.parse(arguments);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : static_cast<int>(orv::ExitStatus::BadUsage);
-    } catch (const orv::Problem& problem) {
-        fflush(stdout);
-        fprintf(stderr, "orv: %s\n", problem.what());
-        return static_cast<int>(problem.status);
-    } catch (const std::exception& failure) {
-        fprintf(stderr, "orv: %s\n", orv::Printable(failure.what()).c_str());
-        return static_cast<int>(orv::ExitStatus::FileFailed);
+// Accepts `orv help scan` and `orv --version`, which are usual in other programs.
+void ReplaceHabits(std::vector<std::string>& arguments) {
+    if (!arguments.empty() && arguments.front() == "help") {
+        arguments.erase(arguments.begin());
+        arguments.push_back("--help");
     }
-    return static_cast<int>(orv::ExitStatus::Done);
+    // --version may follow options of the library, but not a command.
+    if (!arguments.empty() && arguments.front().starts_with('-')) {
+        std::replace(arguments.begin(), arguments.end(), std::string("--version"),
+                     std::string("version"));
+    }
 }
 
-// What was printed has to be where it was meant to go. Who closes a pipe wants no more of it, and
-// no complaint.
+orv::ExitStatus Run(std::vector<std::string> arguments) {
+    orv::CommandLine line(
+        "orv", "Bluetooth Low Energy devices whose names begin with \"ORV\", on a command line.",
+        "orv --simulated scan");
+    orv::Command program = line.Program();
+    orv::LibraryOptions library;
+    orv::AddLibraryOptions(program, library);
+    orv::AddCheckCommand(program, library);
+    orv::AddScanCommand(program, library);
+    orv::AddTalkCommand(program, library);
+    orv::AddSendCommand(program, library);
+    orv::AddReceiveCommand(program, library);
+    orv::AddBridgeCommand(program, library);
+    orv::AddDoctorCommand(program, library);
+    orv::log::AddLogCommands(program);
+    orv::AddVersionCommand(program, library);
+    try {
+        ReplaceHabits(arguments);
+        SeparateScenario(arguments);
+        return line.Run(std::move(arguments));
+    } catch (orv::Problem& problem) {
+        return orv::Report(problem);
+    } catch (const std::exception& failure) {
+        orv::Problem problem(orv::ExitStatus::FileFailed, failure.what());
+        return orv::Report(problem);
+    }
+}
+
+// Returns an error if the output was not written. A reader that closed the pipe causes no message.
 int StatusWithOutput(int status) {
     if (fflush(stdout) == 0 && !ferror(stdout)) {
         return status;
     }
     if (errno != EPIPE) {
-        fputs("orv: the output cannot be written: is there room, and may you write there?\n",
+        fputs("orv: the output cannot be written. Check the free space and your permissions\n",
               stderr);
     }
     return status != 0 ? status : static_cast<int>(orv::ExitStatus::FileFailed);
@@ -71,7 +87,7 @@ int StatusWithOutput(int status) {
 
 int main(int argc, char** argv) {
     try {
-        return StatusWithOutput(Run(orv::terminal::Start(argc, argv)));
+        return StatusWithOutput(static_cast<int>(Run(orv::terminal::Start(argc, argv))));
     } catch (...) {
         fputs("orv: out of memory\n", stderr);
         return static_cast<int>(orv::ExitStatus::FileFailed);

@@ -1,4 +1,4 @@
-// How a run of orv ends, and what is thrown when it cannot do what it was asked to.
+// The exit statuses of orv, and the exception for failures.
 #pragma once
 
 #include <stdexcept>
@@ -14,14 +14,19 @@ enum class ExitStatus {
     NoLink = 4,
     Stopped = 5,
     FileFailed = 6,
+    Refuted = 7,
 };
 
-// Its text says what is wrong and what to do next. It is printable: what came from elsewhere was
-// made harmless before it was put in.
+// A failure. The text states what failed and what to do next. It may contain untrusted names, so
+// print it with Report or Printable only.
 struct Problem : std::runtime_error {
     Problem(ExitStatus exitStatus, const std::string& text)
         : std::runtime_error(text), status(exitStatus) {}
     ExitStatus status;
+    bool isReported = false;
 };
+
+// Prints the text once, with control characters escaped, on the standard error. Returns the status.
+ExitStatus Report(Problem& problem);
 
 }  // namespace orv

@@ -1,4 +1,3 @@
-// A watcher, and what it hears.
 #pragma once
 
 #include "bench/runtime/device.h"
@@ -11,7 +10,7 @@ class Watcher final : public Bare<Stub<IBluetoothLEAdvertisementWatcher>> {
     HRESULT put_ScanningMode(BluetoothLEScanningMode) override { return S_OK; }
     HRESULT Start() override { return S_OK; }
     HRESULT Stop() override { return S_OK; }
-    // The handler is let go: benchmarks call the callback themselves.
+    // Ignores the handler, because benchmarks call the library's callback themselves.
     HRESULT add_Received(TypedEventHandler<BluetoothLEAdvertisementWatcher,
                                            BluetoothLEAdvertisementReceivedEventArgs>*,
                          EventRegistrationToken* token) override {
@@ -20,7 +19,7 @@ class Watcher final : public Bare<Stub<IBluetoothLEAdvertisementWatcher>> {
     }
 };
 
-// A name and no sections.
+// An advertisement that has a name and no sections.
 class Advertisement final : public Bare<Stub<IBluetoothLEAdvertisement>> {
   public:
     explicit Advertisement(const char16_t* ownName) : name(ownName) {}
@@ -31,7 +30,7 @@ class Advertisement final : public Bare<Stub<IBluetoothLEAdvertisement>> {
     const char16_t* const name;
 };
 
-// One advertisement, which can be heard again and again, also from another address.
+// The arguments of an advertisement, which can be delivered repeatedly, also from another address.
 class Heard final : public Bare<Stub<IBluetoothLEAdvertisementReceivedEventArgs>,
                                 Stub<IBluetoothLEAdvertisementReceivedEventArgs2>> {
   public:

@@ -1,4 +1,3 @@
-// A device with its service and its characteristic, and the streams.
 #include "bench/runtime/device.h"
 
 #include <cstring>

@@ -1,4 +1,4 @@
-// A device with its service and its characteristic, the values that it sends, and the streams.
+// A device with its service, characteristic and notifications, and the data reader and writer.
 #pragma once
 
 #include <memory>
@@ -41,7 +41,7 @@ class Reader final : public Bare<Stub<IDataReader>> {
     const BYTE* end;
 };
 
-// Takes one block.
+// A data writer that accepts one block.
 class Writer final : public Bare<Stub<IDataWriter>> {
   public:
     HRESULT WriteBytes(UINT32 length, const BYTE* values) override;
@@ -51,7 +51,7 @@ class Writer final : public Bare<Stub<IDataWriter>> {
     Bytes* written = nullptr;
 };
 
-// One notification, which can be delivered again and again.
+// The arguments of a notification, which can be delivered repeatedly.
 class Notification final : public Bare<Stub<IGattValueChangedEventArgs>> {
   public:
     explicit Notification(UINT32 size);
@@ -75,7 +75,6 @@ class Characteristic final : public Bare<Stub<IGattCharacteristic>, Stub<IGattCh
     HRESULT WriteClientCharacteristicConfigurationDescriptorAsync(
         GattClientCharacteristicConfigurationDescriptorValue value,
         IAsyncOperation<GattCommunicationStatus>** operation) override;
-    // The handler is let go: benchmarks call the callback themselves.
     HRESULT add_ValueChanged(TypedEventHandler<GattCharacteristic, GattValueChangedEventArgs>*,
                              EventRegistrationToken* token) override;
 
@@ -121,7 +120,7 @@ class Services final : public Bare<Stub<IGattDeviceServicesResult>> {
     OneItem<GattDeviceService> list;
 };
 
-// Lives as long as the program, with all that belongs to it.
+// A device with its service and characteristic, which exist until the program ends.
 class Device final : public Bare<Stub<IBluetoothLEDevice>, Stub<IBluetoothLEDevice3>, IClosable> {
   public:
     explicit Device(UINT64 ownAddress) : address(ownAddress) {}
@@ -141,7 +140,6 @@ class Device final : public Bare<Stub<IBluetoothLEDevice>, Stub<IBluetoothLEDevi
     const UINT64 address;
 };
 
-// The device of an address: every address has one.
 Device& DeviceOf(UINT64 address);
 
 }  // namespace orv::bench

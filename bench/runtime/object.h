@@ -1,4 +1,4 @@
-// Objects of a runtime with nothing behind them: a call is a virtual call and a few instructions.
+// Minimal runtime objects. A call of a function takes a virtual call and a few instructions.
 #pragma once
 
 #include <atomic>
@@ -10,13 +10,13 @@
 
 namespace orv::bench {
 
-// From malloc, as a runtime's memory is, so that the counted operator new sees the library's
-// allocations alone.
+// Allocates with malloc, as a runtime does, so that the counting operator new counts only the
+// library's allocations.
 void* AllocateObject(std::size_t size);
 void FreeObject(void* memory);
 
-// An object with these interfaces, of which the first is its identity. It is born with one
-// reference, its creator's.
+// An object with these interfaces. The first interface is its IUnknown identity. A new object has
+// one reference, which its creator owns.
 template <typename... Interfaces>
 class Bare : public Interfaces... {
   public:
@@ -58,7 +58,7 @@ class Bare : public Interfaces... {
     std::atomic<ULONG> references{1};
 };
 
-// Hands out an object that stays the runtime's, too.
+// Returns `object` in `receiver` with an additional reference.
 template <typename Interface, typename T>
 HRESULT Share(Interface** receiver, T* object) {
     object->AddRef();
@@ -66,14 +66,14 @@ HRESULT Share(Interface** receiver, T* object) {
     return S_OK;
 }
 
-// Hands out an object that was made for the receiver.
+// Returns a new object in `receiver`, which then owns its reference.
 template <typename Interface, typename T>
 HRESULT Hand(Interface** receiver, T* object) {
     *receiver = object;
     return S_OK;
 }
 
-// A list of one object that lives as long as the program.
+// A list with one item, which exists until the program ends.
 template <typename T>
 class OneItem final : public Bare<IVectorView<T>> {
   public:
@@ -91,11 +91,11 @@ class OneItem final : public Bare<IVectorView<T>> {
     const Abi<T> item;
 };
 
-// How long the device takes to answer what this thread asks next; 0: it answers at once.
+// The time that a device needs to answer an operation of this thread; 0 if there is no delay.
 extern thread_local UINT32 answerDelayMs;
 
-// Has ended when it starts: its handler runs while it is registered. With a delay, the wait for
-// it is what takes the time (see runtime.cpp), so no thread is needed to end it.
+// An operation that has ended when it starts: registering the handler invokes the handler. The wait
+// for the operation lasts answerDelayMs (see runtime.cpp), so no other thread is needed.
 template <typename T>
 class EndedOperation final : public Bare<IAsyncOperation<T>> {
   public:

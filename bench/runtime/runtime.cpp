@@ -1,4 +1,4 @@
-// What runtime.h asks for, answered by the bare objects, and the factories.
+// Implements platform/runtime.h and the factories with the minimal objects.
 #include "platform/runtime.h"
 
 #include <chrono>
@@ -9,6 +9,7 @@
 
 #include "bench/runtime/advertisement.h"
 #include "runtimes/objects/stubs/radios.h"
+#include "runtimes/objects/system_time.h"
 
 namespace orv {
 
@@ -154,7 +155,7 @@ void SetKernelEvent(EventHandle event) {
     static_cast<bench::Event*>(event)->set = true;
 }
 
-// Whatever is waited for has ended already, so the device's time is spent here.
+// Simulates only the device's delay, because the operation has ended already.
 void WaitForKernelEvent(EventHandle, UINT32) {
     if (bench::answerDelayMs != 0) {
         std::this_thread::sleep_for(std::chrono::milliseconds(bench::answerDelayMs));
@@ -166,9 +167,7 @@ void CloseKernelEvent(EventHandle event) {
 }
 
 INT64 SystemTimeMs() noexcept {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(
-               std::chrono::system_clock::now().time_since_epoch())
-        .count();
+    return objects::UnixTimeMs();
 }
 
 }  // namespace runtime

@@ -1,5 +1,7 @@
-// The program's operator new and delete, which count.
+// Replaces operator new and delete to count allocations.
 #include "bench/support/allocations.h"
+
+#include <malloc.h>
 
 #include <cstdlib>
 #include <new>
@@ -15,12 +17,14 @@ Allocations AllocationsSoFar() {
 }  // namespace orv::bench
 
 void* operator new(std::size_t size) {
-    ++orv::bench::allocations.count;
-    orv::bench::allocations.bytes += size;
-    if (void* memory = std::malloc(size)) {
-        return memory;
+    void* const memory = std::malloc(size);
+    if (!memory) {
+        throw std::bad_alloc();
     }
-    throw std::bad_alloc();
+    constexpr std::size_t HeapsOwn = sizeof(std::size_t);  // overhead of each block
+    ++orv::bench::allocations.count;
+    orv::bench::allocations.bytes += malloc_usable_size(memory) + HeapsOwn;
+    return memory;
 }
 
 void operator delete(void* memory) noexcept {

@@ -1,4 +1,3 @@
-// Counts allocations through operator new, thread by thread.
 #pragma once
 
 #include <cstddef>
@@ -7,10 +6,10 @@ namespace orv::bench {
 
 struct Allocations {
     std::size_t count = 0;
-    std::size_t bytes = 0;
+    std::size_t bytes = 0;  // including the heap's overhead
 };
 
-// Of the calling thread, since it began.
+// Returns the allocations through operator new that the calling thread has made since it started.
 Allocations AllocationsSoFar();
 
 }  // namespace orv::bench

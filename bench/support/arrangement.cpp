@@ -1,5 +1,6 @@
-// The states that benchmarks start from.
 #include "bench/support/arrangement.h"
+
+#include <map>
 
 #include "link/connection_table.h"
 #include "scanner/scanner_session.h"
@@ -35,7 +36,8 @@ void ArrangeQueue(std::size_t bytes) {
     floor.end = bytes;
     const Lock lock(connectionTable.mutex);
     ReceiveQueue& queue = connectionTable.links.front().receiveQueue;
-    // Taken out rather than dropped: a host that polls leaves the queue its last block.
+    // Reads the bytes instead of discarding them, so that the queue keeps its last block, as in a
+    // host that polls.
     static std::vector<BYTE> scratch(1 << 16);
     while (queue.Take(scratch.data(), scratch.size()) > 0) {
     }
@@ -53,7 +55,7 @@ void ArrangeSessions(std::size_t count) {
         const ResultCode id = OrvScanner_Initialize();
         floorSessions.emplace_back();
         floorSessions.back().id = id;
-        const Lock lock(ScannerLock);
+        const Lock lock(scannerMutex);
         floorSessions.back().watcher = scannerSessions.sessions.back().watcher.Get();
     }
     while (floorSessions.size() > count) {
@@ -62,23 +64,60 @@ void ArrangeSessions(std::size_t count) {
     }
 }
 
+namespace {
+
+struct Lists {
+    DiscoveredDevices ours{{}};  // a constant key, so that instruction counts repeat
+    FloorList floor;
+};
+
+bool IsArranged(std::size_t listed, std::size_t count) {
+    return listed >= count && listed <= count + count / 10;
+}
+
+DiscoveredDevice ListedDevice(std::size_t index) {
+    return NewRecord(ListedAddress + index, "ORV-0042", -60);
+}
+
+void Fill(DiscoveredDevices& devices, std::size_t count) {
+    devices = DiscoveredDevices({});
+    for (std::size_t i = 0; i < count; ++i) {
+        devices.Append(ListedDevice(i));
+    }
+}
+
+void Fill(FloorList& list, std::size_t count) {
+    list = {};
+    list.places.reserve(count + count / 10 + 1000);
+    list.records.reserve(count + count / 10 + 1000);
+    for (std::size_t i = 0; i < count; ++i) {
+        list.places.emplace(ListedAddress + i, i);
+        list.records.push_back(ListedDevice(i));
+    }
+}
+
+}  // namespace
+
 void ArrangeListed(std::size_t count) {
     ArrangeSessions(1);
     FloorSession& floor = floorSessions.front();
-    const Lock lock(ScannerLock);
+    const Lock lock(scannerMutex);
     watcher = scannerSessions.sessions.front().watcher;
     DiscoveredDevices& devices = scannerSessions.sessions.front().devices;
-    if (devices.Size() == count && floor.records.size() == count) {
-        return;
+    static std::map<std::size_t, Lists> kept;  // by length, except the list in use
+    static std::size_t used = 0;
+    if (used != count) {
+        std::swap(kept[used].ours, devices);
+        std::swap(kept[used].floor, floor.devices);
+        std::swap(kept[count].ours, devices);
+        std::swap(kept[count].floor, floor.devices);
+        used = count;
     }
-    devices.Clear();
-    floor.addresses.clear();
-    floor.records.clear();
-    for (std::size_t i = 0; i < count; ++i) {
-        const DiscoveredDevice device = NewRecord(ListedAddress + i, "ORV-0042", -60);
-        devices.Append(device);
-        floor.addresses.push_back(device.address);
-        floor.records.push_back(device);
+    if (!IsArranged(devices.Size(), count)) {
+        Fill(devices, count);
+    }
+    if (!IsArranged(floor.devices.records.size(), count)) {
+        Fill(floor.devices, count);
     }
 }
 

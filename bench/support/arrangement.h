@@ -1,10 +1,11 @@
-// Brings the library, and the floors beside it, into the state that a benchmark starts from. What
-// is there already is kept, so that arranging again costs nothing.
+// Prepares the initial state of a benchmark, in the library and in the floor, a minimal
+// hand-written host. Reuses existing state, so that preparing it again is fast.
 #pragma once
 
 #include <cstdint>
 #include <list>
 #include <mutex>
+#include <unordered_map>
 #include <vector>
 
 #include "bench/runtime/advertisement.h"
@@ -13,34 +14,38 @@
 
 namespace orv::bench {
 
-// Links are numbered by address: 1 is the oldest.
+// Opens links with the addresses 1 (the oldest) to `count`.
 void ArrangeLinks(std::size_t count);
-// Empties the queue of link 1 and fills it with `bytes`, the library's and the floor's.
+// Empties the queues of link 1, the library's and the floor's, and fills both with `bytes` bytes.
 void ArrangeQueue(std::size_t bytes);
-// What the library passes to its callback for a device.
+// Returns the characteristic that the library passes to its callback for a device.
 Reference<IGattCharacteristic> SenderOf(BluetoothAddress address);
 
-// Sessions with ids 0 to count - 1.
+// Creates sessions with ids 0 to count - 1.
 void ArrangeSessions(std::size_t count);
-// One session, of id 0, with this many devices, of addresses ListedAddress + 0, 1, 2 ...
+// Creates session 0 with `count` devices, of addresses ListedAddress + 0, 1, 2 ... A list with up
+// to a tenth more is reused, because building long lists is slow.
 void ArrangeListed(std::size_t count);
 constexpr BluetoothAddress ListedAddress = 0xA0B1C2000000;
-// The watcher of that session.
+// The platform's watcher of session 0.
 extern Reference<IBluetoothLEAdvertisementWatcher>& watcher;
 
-// What a host would keep by hand.
+// The state of the floor.
 struct FloorLink {
     BluetoothAddress address = 0;
     IGattCharacteristic* characteristic = nullptr;
-    std::vector<BYTE> bytes;  // as long as they ever were
-    std::size_t begin = 0;    // of those that are queued
+    std::vector<BYTE> bytes;  // storage of the queue; never shrinks
+    std::size_t begin = 0;    // start of the queued bytes
     std::size_t end = 0;
+};
+struct FloorList {
+    std::unordered_map<BluetoothAddress, std::size_t> places;
+    std::vector<DiscoveredDevice> records;
 };
 struct FloorSession {
     std::int32_t id = 0;
     IBluetoothLEAdvertisementWatcher* watcher = nullptr;
-    std::vector<BluetoothAddress> addresses;
-    std::vector<DiscoveredDevice> records;
+    FloorList devices;
 };
 extern std::mutex floorMutex;
 extern std::list<FloorLink> floorLinks;

@@ -1,29 +1,24 @@
-// Waiting for an operation by hand: a handler, an event, a status.
+// A hand-written wait for an operation: handler, event and status.
 #pragma once
+
+#include <atomic>
 
 #include "bench/runtime/object.h"
 #include "platform/runtime.h"
+#include "runtimes/objects/counted.h"
 
 namespace orv::bench {
 
 template <typename T>
-class HandlerByHand final : public AsyncOperationCompletedHandler<T> {
+class HandlerByHand final : public objects::Counted<AsyncOperationCompletedHandler<T>> {
   public:
     HandlerByHand() { runtime::CreateKernelEvent(&event); }
-    virtual ~HandlerByHand() { runtime::CloseKernelEvent(event); }
+    ~HandlerByHand() override { runtime::CloseKernelEvent(event); }
 
     HRESULT QueryInterface(const GUID*, void** object) override {
-        AddRef();
+        this->AddRef();
         *object = this;
         return S_OK;
-    }
-    ULONG AddRef() override { return references.fetch_add(1, std::memory_order_relaxed) + 1; }
-    ULONG Release() override {
-        const ULONG left = references.fetch_sub(1, std::memory_order_acq_rel) - 1;
-        if (left == 0) {
-            delete this;
-        }
-        return left;
     }
     HRESULT Invoke(IAsyncOperation<T>*, AsyncStatus ended) override {
         status.store(ended, std::memory_order_release);
@@ -37,12 +32,11 @@ class HandlerByHand final : public AsyncOperationCompletedHandler<T> {
     }
 
   private:
-    std::atomic<ULONG> references{1};
     std::atomic<AsyncStatus> status{AsyncStatus::Started};
     runtime::EventHandle event = nullptr;
 };
 
-// Takes over the operation.
+// Waits for the operation, stores its result and releases it. Returns false if it failed.
 template <typename T>
 bool AwaitByHand(IAsyncOperation<T>* operation, Abi<T>* result) {
     auto* const handler = new HandlerByHand<T>;

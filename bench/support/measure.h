@@ -1,4 +1,4 @@
-// How every benchmark is measured: batches between which the next is prepared, off the clock.
+// Measures benchmarks in batches. The preparation of each batch is not measured.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -13,20 +13,20 @@
 
 namespace orv::bench {
 
-// Which side of a row a benchmark is: the library, the least code by hand with the same effect, or
-// the same calls of the runtime with nothing done about them.
+// The kinds of measurements in a row: the library, minimal hand-written code with the same effect
+// (the floor), and the same runtime calls alone.
 constexpr const char* Ours = "/ours";
 constexpr const char* Floor = "/floor";
 constexpr const char* RuntimeAlone = "/runtime";
 
-// The processor time of the calling thread: what else runs on the machine is not in it.
+// Returns the processor time of the calling thread, which excludes other threads and processes.
 inline double ThreadNs() {
     timespec now;
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
     return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
 }
 
-// What a reading of that clock takes itself.
+// Returns the processor time that a call of ThreadNs takes.
 inline double ClockNs() {
     static const double least = [] {
         double found = 1e9;
@@ -39,7 +39,7 @@ inline double ClockNs() {
     return least;
 }
 
-// One call, whose result the compiler must believe to be wanted.
+// Makes a call and keeps the compiler from removing it.
 template <typename Body>
 void CallOnce(Body& body) {
     if constexpr (std::is_void_v<decltype(body())>) {
@@ -50,23 +50,32 @@ void CallOnce(Body& body) {
     }
 }
 
-// Registers `row` + `side`. `prepare` runs before each batch, off the clock, and so must leave
-// everything as the batch needs it whatever ran before; `body` is one call.
+template <typename Body>
+double BatchNs(int batch, Body& body) {
+    const double start = ThreadNs();
+    for (int i = 0; i < batch; ++i) {
+        CallOnce(body);
+    }
+    return std::max(1.0, ThreadNs() - start - ClockNs());
+}
+
+// Registers the benchmark `row` + `side`. `prepare` is not measured and must create the initial
+// state of a batch from any state. `body` makes one call.
 template <typename Prepare, typename Body>
 void Measure(const std::string& row, const char* side, int batch, Prepare prepare, Body body) {
     auto run = [=](benchmark::State& state) mutable {
-        Logging_Disable();  // unless `prepare` switches it on
+        Logging_Disable();  // `prepare` may switch the log on
+        // First makes calls that are not measured, because other rows have filled the caches.
+        constexpr double WarmUpNs = 20e6;
+        for (double warmed = 0; warmed < WarmUpNs; warmed += BatchNs(batch, body)) {
+            prepare();
+        }
         std::size_t allocations = 0;
         while (state.KeepRunningBatch(batch)) {
             prepare();
             const std::size_t before = AllocationsSoFar().count;
-            const double start = ThreadNs();
-            for (int i = 0; i < batch; ++i) {
-                CallOnce(body);
-            }
-            const double took = ThreadNs() - start - ClockNs();
+            state.SetIterationTime(BatchNs(batch, body) / 1e9);
             allocations += AllocationsSoFar().count - before;
-            state.SetIterationTime(std::max(took, 1.0) / 1e9);
         }
         state.counters["allocations"] =
             static_cast<double>(allocations) / static_cast<double>(state.iterations());

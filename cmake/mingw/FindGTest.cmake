@@ -1,4 +1,4 @@
-# GoogleTest for the cross build: compiled from the sources that the package libgtest-dev installs.
+# Compiles GoogleTest for the cross build, from the sources in the package libgtest-dev.
 
 set(sources /usr/src/googletest)
 if(NOT EXISTS ${sources})

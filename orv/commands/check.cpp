@@ -1,4 +1,4 @@
-// orv check: is there a radio, and which library is this?
+// orv check: reports whether a radio is on, and which library is in use.
 #include <cstdio>
 
 #include "orv/commands/commands.h"
@@ -6,15 +6,15 @@
 
 namespace orv {
 
-void AddCheckCommand(CLI::App& app, SessionOptions& session) {
-    CLI::App* command = app.add_subcommand(
-        "check", "Says whether Bluetooth is available, and which library answers.");
-    AddSessionOptions(*command, session);
-    command->footer(HelpFooter("orv check && orv scan",
-                               {ExitStatus::Done, ExitStatus::NoBluetooth, ExitStatus::BadUsage,
-                                ExitStatus::NoLibrary, ExitStatus::FileFailed}));
-    command->callback([&session] {
-        Library library = OpenLibrary(session);
+void AddCheckCommand(Command program, LibraryOptions& libraryOptions) {
+    Command command = program.AddCommand(
+        "check", "Reports whether Bluetooth is available, and which library is loaded.");
+    AddLibraryOptions(command, libraryOptions);
+    command.AddFooter("orv check && orv scan",
+                      {ExitStatus::Done, ExitStatus::NoBluetooth, ExitStatus::BadUsage,
+                       ExitStatus::NoLibrary, ExitStatus::FileFailed});
+    command.Does([&libraryOptions] {
+        Library library = OpenLibrary(libraryOptions);
         printf("library    %s\n", Printable(TextOf(library.File())).c_str());
         printf("version    %s%s\n", Printable(library.Version()).c_str(),
                library.IsSimulated() ? ", simulated" : "");
@@ -23,9 +23,7 @@ void AddCheckCommand(CLI::App& app, SessionOptions& session) {
         printf("Bluetooth  %s\n", available ? "available" : "not available");
         fflush(stdout);
         if (!available) {
-            throw Problem(ExitStatus::NoBluetooth,
-                          "no Bluetooth radio is on: switch Bluetooth on in the system's settings, "
-                          "or plug a Bluetooth adapter in");
+            throw Problem(ExitStatus::NoBluetooth, WhyNoRadioIsOn(library));
         }
     });
 }

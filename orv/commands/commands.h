@@ -1,18 +1,21 @@
-// The commands, a file each. What a command cannot do it throws as a Problem.
+// Adds the commands. A command throws a Problem if it fails.
 #pragma once
 
-#include "orv/session.h"
+#include "orv/library_options.h"
 
 namespace orv {
 
-// How many bytes are sent at once, unless told otherwise.
-constexpr std::size_t UsualBlock = 244;
-void AddBlockOption(CLI::App& command, std::size_t& block);
+// Default length of a block in bytes. Every link accepts it.
+constexpr std::size_t UsualBlock = 20;
+void AddBlockOption(Command command, std::size_t& block);
 
-void AddCheckCommand(CLI::App& app, SessionOptions& session);
-void AddScanCommand(CLI::App& app, SessionOptions& session);
-void AddTalkCommand(CLI::App& app, SessionOptions& session);
-void AddSendCommand(CLI::App& app, SessionOptions& session);
-void AddReceiveCommand(CLI::App& app, SessionOptions& session);
+void AddCheckCommand(Command program, LibraryOptions& library);
+void AddDoctorCommand(Command program, LibraryOptions& library);
+void AddScanCommand(Command program, LibraryOptions& library);
+void AddTalkCommand(Command program, LibraryOptions& library);
+void AddSendCommand(Command program, LibraryOptions& library);
+void AddReceiveCommand(Command program, LibraryOptions& library);
+void AddBridgeCommand(Command program, LibraryOptions& library);
+void AddVersionCommand(Command program, LibraryOptions& library);
 
 }  // namespace orv

@@ -1,12 +1,13 @@
-// orv receive: what a device sends, into a file.
+// orv receive: writes what a device sends to a file.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <fstream>
 #include <optional>
 
 #include "orv/address.h"
 #include "orv/commands/commands.h"
+#include "orv/output_file.h"
+#include "orv/scan/search.h"
 #include "orv/terminal/printable.h"
 #include "orv/terminal/terminal.h"
 #include "orv/transfer/link.h"
@@ -20,47 +21,17 @@ constexpr int PollMs = 20;
 constexpr std::uint64_t MostAtOnce = 65536;
 
 struct ReceiveOptions {
-    std::string address;
+    std::string device;
     std::string output;
     std::optional<double> seconds;
     std::optional<std::uint64_t> bytes;
 };
 
-// Writes each piece to the disk before the next is taken.
-class OutputFile {
-  public:
-    explicit OutputFile(const std::string& fileName)
-        : name(Printable(fileName)), file(PathOf(fileName), std::ios::binary) {
-        Check(0);
-    }
-    void Append(const std::string& piece, std::uint64_t before) {
-        file.write(piece.data(), static_cast<std::streamsize>(piece.size())).flush();
-        Check(before);
-    }
-
-  private:
-    void Check(std::uint64_t before) const {
-        if (!file) {
-            throw Problem(ExitStatus::FileFailed,
-                          name + " cannot be written" +
-                              (before > 0 ? " behind its first " + std::to_string(before) + " bytes"
-                                          : std::string()) +
-                              ": is there room, and may you write there?");
-        }
-    }
-    std::string name;
-    std::ofstream file;
-};
-
-void Receive(const SessionOptions& session, const ReceiveOptions& options) {
+// Returns the number of bytes received. Passes each piece to the system before it receives the
+// next.
+std::uint64_t ReceiveInto(OutputFile& file, Link& link, const ReceiveOptions& options,
+                          Progress& progress) {
     using namespace std::chrono;
-    const BluetoothAddress address = AddressOf(options.address);
-    Library library = OpenLibrary(session);
-    terminal::CatchInterrupts();
-    Link link(library, address);
-    OutputFile file(options.output);
-
-    Progress progress("receiving", options.bytes.value_or(0));
     const auto begin = steady_clock::now();
     const auto isOver = [&] {
         return options.seconds && steady_clock::now() - begin >= duration<double>(*options.seconds);
@@ -68,10 +39,11 @@ void Receive(const SessionOptions& session, const ReceiveOptions& options) {
     std::uint64_t received = 0;
     const std::uint64_t wanted = options.bytes.value_or(UINT64_MAX);
     while (received < wanted) {
-        const bool last = isOver() || terminal::IsInterrupted();  // what is there is still taken
+        const bool last = isOver() || terminal::IsInterrupted();  // queued bytes are still received
         const std::string piece = link.Receive(std::min(wanted - received, MostAtOnce));
         if (!piece.empty()) {
-            file.Append(piece, received);
+            file.Write(piece);
+            file.Flush();
             received += piece.size();
         }
         progress.Show(received);
@@ -82,40 +54,62 @@ void Receive(const SessionOptions& session, const ReceiveOptions& options) {
             terminal::Pause(PollMs);
         }
     }
+    return received;
+}
+
+void ReceiveFrom(Link& link, OutputFile& file, const ReceiveOptions& options) {
+    Progress progress("receiving", options.bytes.value_or(0));
+    std::uint64_t received = 0;
+    try {
+        received = ReceiveInto(file, link, options, progress);
+    } catch (const Problem&) {
+        file.Commit();  // keeps the bytes that arrived before the link was lost
+        throw;
+    }
+    file.Commit();
     const std::string speed = progress.End(received);
     printf("received %s from %s %s\n", Counted(received, "byte").c_str(),
-           AddressText(address).c_str(), speed.c_str());
-    if (options.bytes && received < wanted) {
+           AddressText(link.Address()).c_str(), speed.c_str());
+    const std::uint64_t wanted = options.bytes.value_or(received);
+    if (received < wanted) {
         throw Problem(ExitStatus::Stopped,
                       std::to_string(wanted - received) + " of " + std::to_string(wanted) +
-                          " bytes are missing; those that came are in the file");
+                          " bytes are missing; the file contains the bytes that arrived");
     }
+}
+
+void Receive(const LibraryOptions& libraryOptions, const ReceiveOptions& options) {
+    CheckDevices({options.device});
+    OutputFile file(options.output);
+    Library library = OpenLibrary(libraryOptions);
+    terminal::CatchInterrupts();
+    WithLink(library, FindDevice(library, options.device),
+             [&](Link& link) { ReceiveFrom(link, file, options); });
 }
 
 }  // namespace
 
-void AddReceiveCommand(CLI::App& app, SessionOptions& session) {
+void AddReceiveCommand(Command program, LibraryOptions& libraryOptions) {
     const auto options = std::make_shared<ReceiveOptions>();
-    CLI::App* command =
-        app.add_subcommand("receive", "Writes what a device sends to a file, until Ctrl-C.");
-    command->add_option("ADDRESS", options->address, AddressForms)->required();
-    command->add_option("--output", options->output, "The file, which is written anew")
-        ->required()
-        ->type_name("FILE");
-    command->add_option("--seconds", options->seconds, "Ends after that long")
-        ->check(CLI::Range(0.001, 1e9))
-        ->type_name("N");
+    Command command =
+        program.AddCommand("receive", "Writes what a device sends to a file, until Ctrl-C.");
+    command.AddText("DEVICE", options->device, DeviceForms).Required();
     command
-        ->add_option("--bytes", options->bytes,
-                     "Ends when so many have arrived; fewer at the end are a failure")
-        ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1} << 62))
-        ->type_name("N");
-    AddSessionOptions(*command, session);
-    command->footer(HelpFooter(
+        .AddText("-o,--output", options->output, "The file to write; it replaces an existing file")
+        .Required()
+        .Named("FILE");
+    command.AddNumber("--seconds", options->seconds, 0.001, 1e9, "Ends after this many seconds")
+        .Named("N");
+    command
+        .AddNumber("--bytes", options->bytes, 1, std::uint64_t{1} << 62,
+                   "Ends when this many bytes have arrived; fewer are an error")
+        .Named("N");
+    AddLibraryOptions(command, libraryOptions);
+    command.AddFooter(
         "orv receive A0:B1:C2:D3:E4:F5 --output answer.bin --bytes 4096 --seconds 30",
         {ExitStatus::Done, ExitStatus::NoBluetooth, ExitStatus::BadUsage, ExitStatus::NoLibrary,
-         ExitStatus::NoLink, ExitStatus::Stopped, ExitStatus::FileFailed}));
-    command->callback([&session, options] { Receive(session, *options); });
+         ExitStatus::NoLink, ExitStatus::Stopped, ExitStatus::FileFailed});
+    command.Does([&libraryOptions, options] { Receive(libraryOptions, *options); });
 }
 
 }  // namespace orv

@@ -1,17 +1,10 @@
-// orv scan: the devices that are heard, once or as a live table, for people and for programs.
+// orv scan: lists the devices that advertise, once or as a live table, for people or programs.
 #include <chrono>
-#include <cstdio>
-#include <cstring>
 #include <optional>
 
-#include "orv/address.h"
 #include "orv/commands/commands.h"
 #include "orv/recording/recording.h"
-#include "orv/scan/device_text.h"
-#include "orv/scan/scanner.h"
-#include "orv/scan/table.h"
-#include "orv/terminal/live.h"
-#include "orv/terminal/printable.h"
+#include "orv/scan/view.h"
 #include "orv/terminal/terminal.h"
 
 namespace orv {
@@ -19,10 +12,16 @@ namespace orv {
 namespace {
 
 constexpr int PollMs = 50;
-constexpr int DrawMs = 250;
-constexpr int ReportMs = 1000;
+constexpr const char* Columns =
+    "\nColumns:\n"
+    "  signal, dBm   signal strength: about -40 beside the device, -100 where it is hardly heard\n"
+    "  last heard    when the device's record last changed\n"
+    "  0500, 1130    one byte each, as hexadecimal digits: service data of the device's scan\n"
+    "                response under the keys 0x0500 and 0x1130. The device defines what it means\n"
+    "  1118          the same under the key 0x1118: up to 16 bytes, without zeros at the end\n"
+    "  -             no scan response has brought the value\n";
+constexpr double RadioPollSeconds = 0.5;
 constexpr double SecondsOnce = 3;
-constexpr std::size_t AllColumns = 1000;
 
 struct ScanOptions {
     std::optional<double> seconds;
@@ -32,188 +31,92 @@ struct ScanOptions {
     std::string record;
 };
 
-std::string Found(std::size_t count) {
-    return count == 0 ? "no device heard" : Counted(count, "device");
+ScanFormat FormatOf(const ScanOptions& options) {
+    return options.watch  ? ScanFormat::Watch
+           : options.json ? ScanFormat::Json
+           : options.csv  ? ScanFormat::Csv
+                          : ScanFormat::Table;
 }
 
-std::string Joined(const std::vector<std::string>& lines) {
-    std::string text;
-    for (const std::string& line : lines) {
-        text += line + '\n';
-    }
-    return text;
-}
-
-// What is shown while the scan runs, and at its end.
-class View {
+// Checks twice a second whether a radio is on. Restarts the scan when the radio is on again.
+class RadioWatch {
   public:
-    virtual ~View() = default;
-    virtual void Show(const Devices& devices, double second) = 0;
-    virtual void End(const Devices& devices) = 0;
-};
+    RadioWatch(Library& loaded, Scanner& watched) : library(loaded), scanner(watched) {}
 
-// A table on a terminal that is drawn again in its place.
-class LiveTable : public View {
-  public:
-    void Show(const Devices& devices, double second) override {
-        if (second * 1000 < nextMs) {
-            return;
-        }
-        nextMs = second * 1000 + DrawMs;
-        history.Add(devices);
-        Draw(devices, "Ctrl-C ends the scan");
-    }
-    void End(const Devices& devices) override { Draw(devices, "scan ended"); }
-
-  private:
-    void Draw(const Devices& devices, const char* state) {
-        const terminal::Size size = terminal::SizeOf();
-        std::vector<std::string> lines = TableOf(devices, size.columns, &history);
-        std::string sum = Found(devices.size()) + "; " + state;
-        // The head, the sum, and the row that the cursor is in.
-        const std::size_t room = size.rows > 4 ? size.rows - 3 : 1;
-        if (devices.size() > room) {
-            lines.resize(room + 1);
-            sum = std::to_string(devices.size() - room) + " more below; " + sum;
-        }
-        lines.push_back(Fitted(sum, size.columns));
-        live.Draw(lines);
-    }
-
-    terminal::LiveLines live;
-    SignalHistory history;
-    double nextMs = 0;
-};
-
-// The same where nothing can be drawn again: each second a line for each device that has changed.
-class Report : public View {
-  public:
-    void Show(const Devices& devices, double second) override {
-        if (second * 1000 < nextMs) {
-            return;
-        }
-        nextMs = second * 1000 + ReportMs;
-        const std::vector<std::string> lines = TableOf(devices, AllColumns, nullptr);
-        std::string text;
-        for (std::size_t i = 0; i < devices.size(); ++i) {
-            if (i < known.size() && memcmp(&known[i], &devices[i], sizeof devices[i]) == 0) {
-                continue;
+    // Returns the time of the first check that found the radio off, or nothing if it is on.
+    std::optional<double> OffSince(double second) {
+        if (second >= next) {
+            next = second + RadioPollSeconds;
+            if (library.BluetoothAvailable() == ORV_FAILED) {
+                offSince = offSince.value_or(second);
+            } else if (offSince) {
+                offSince.reset();
+                scanner.Restart();
             }
-            char stamp[32];
-            snprintf(stamp, sizeof stamp, "%7.1f s  ", second);
-            text += stamp + lines[i + 1] + '\n';
         }
-        known = devices;
-        terminal::Write(text);
-    }
-    void End(const Devices& devices) override {
-        terminal::Write(Joined(TableOf(devices, AllColumns, nullptr)));
+        return offSince;
     }
 
   private:
-    Devices known;
-    double nextMs = 0;
+    Library& library;
+    Scanner& scanner;
+    double next = RadioPollSeconds;  // no check at 0, because Scan has just made one
+    std::optional<double> offSince;
 };
 
-// Only the end counts; on a terminal a line tells how far it is.
-class Once : public View {
-  public:
-    explicit Once(const ScanOptions& scanOptions) : options(scanOptions) {
-        if (terminal::IsOutput()) {
-            live.emplace();
-        }
-    }
-    void Show(const Devices& devices, double second) override {
-        if (live) {
-            char text[64];
-            snprintf(text, sizeof text, "scanning, %.0f s: ", second);
-            live->Draw({text + Found(devices.size())});
-        }
-    }
-    void End(const Devices& devices) override {
-        if (live) {
-            live->Clear();
-            live.reset();
-        }
-        const std::size_t columns = terminal::IsOutput() ? terminal::SizeOf().columns : AllColumns;
-        terminal::Write(options.json  ? JsonOf(devices)
-                        : options.csv ? CsvOf(devices)
-                                      : Joined(TableOf(devices, columns, nullptr)) +
-                                            Found(devices.size()) + '\n');
-    }
-
-  private:
-    const ScanOptions& options;
-    std::optional<terminal::LiveLines> live;
-};
-
-std::unique_ptr<View> MakeView(const ScanOptions& options) {
-    if (!options.watch) {
-        return std::make_unique<Once>(options);
-    }
-    if (terminal::IsOutput()) {
-        return std::make_unique<LiveTable>();
-    }
-    return std::make_unique<Report>();
-}
-
-void Scan(const SessionOptions& session, const ScanOptions& options) {
+void Scan(const LibraryOptions& libraryOptions, const ScanOptions& options) {
     using namespace std::chrono;
-    std::optional<RecordingFile> file;
-    if (!options.record.empty()) {
-        file.emplace(options.record);
-    }
-    Library library = OpenLibrary(session);
+    RecordingFile file(options.record);
+    Library library = OpenLibrary(libraryOptions);
     RequireBluetooth(library);
     terminal::CatchInterrupts();
     const auto begin = steady_clock::now();
     const auto second = [&] { return duration<double>(steady_clock::now() - begin).count(); };
     const double last = options.seconds.value_or(options.watch ? 1e9 : SecondsOnce);
 
-    ScanRecording recording;
+    ScanRecording recording(file);
     Scanner scanner(library);
-    const std::unique_ptr<View> view = MakeView(options);
+    const std::unique_ptr<ScanView> view = MakeScanView(FormatOf(options));
+    RadioWatch radio(library, scanner);
     while (second() < last && terminal::Pause(PollMs)) {
-        const Devices devices = scanner.Heard();
-        recording.Add(devices);
-        view->Show(devices, second());
+        const ScanState state{scanner.Heard(), second(), radio.OffSince(second())};
+        recording.Add(state.devices);
+        view->Show(state);
     }
-    const Devices heard = scanner.Heard();
-    recording.Add(heard);
+    const ScanState heard{scanner.Heard(), second(), radio.OffSince(second())};
+    recording.Add(heard.devices);
     view->End(heard);
-    if (file) {
-        file->Write(recording.Scenario());
-    }
+    recording.End();
     scanner.Stop();
 }
 
 }  // namespace
 
-void AddScanCommand(CLI::App& app, SessionOptions& session) {
+void AddScanCommand(Command program, LibraryOptions& libraryOptions) {
     const auto options = std::make_shared<ScanOptions>();
-    CLI::App* command = app.add_subcommand("scan", "Lists the devices that are near.");
+    Command command = program.AddCommand("scan", "Lists the devices that are near.");
     command
-        ->add_option("--seconds", options->seconds,
-                     "How long to scan; otherwise 3, and with --watch until Ctrl-C")
-        ->check(CLI::Range(0.001, 1e9))
-        ->type_name("N");
-    CLI::Option* watch = command->add_flag(
-        "--watch", options->watch,
-        "A table that is kept up to date; in a pipe, each second a line for each device that has "
-        "changed, and the table at the end");
-    CLI::Option* json = command->add_flag("--json", options->json, "The list as JSON");
-    CLI::Option* csv = command->add_flag("--csv", options->csv, "The list as CSV");
-    json->excludes(csv)->excludes(watch);
-    csv->excludes(watch);
+        .AddNumber("--seconds", options->seconds, 0.001, 1e9,
+                   "How many seconds to scan; default 3, with --watch until Ctrl-C")
+        .Named("N");
+    const Option watch =
+        command.AddFlag("--watch", options->watch,
+                        "Shows a table that is updated; in a pipe, prints each second a line for "
+                        "each device that has changed, and the table at the end");
+    Option json = command.AddFlag("--json", options->json, "Prints the list as JSON");
+    Option csv = command.AddFlag("--csv", options->csv, "Prints the list as CSV");
+    json.Excludes(csv).Excludes(watch);
+    csv.Excludes(watch);
     command
-        ->add_option("--record", options->record,
-                     "Writes what was heard as a scenario, to be played by --simulated")
-        ->type_name("FILE");
-    AddSessionOptions(*command, session);
-    command->footer(HelpFooter("orv --simulated scan --watch",
-                               {ExitStatus::Done, ExitStatus::NoBluetooth, ExitStatus::BadUsage,
-                                ExitStatus::NoLibrary, ExitStatus::FileFailed}));
-    command->callback([&session, options] { Scan(session, *options); });
+        .AddText("--record", options->record,
+                 "Writes what was heard as a scenario, which --simulated plays")
+        .Named("FILE");
+    AddLibraryOptions(command, libraryOptions);
+    command.AddFooter("orv --simulated scan --watch",
+                      {ExitStatus::Done, ExitStatus::NoBluetooth, ExitStatus::BadUsage,
+                       ExitStatus::NoLibrary, ExitStatus::FileFailed},
+                      Columns);
+    command.Does([&libraryOptions, options] { Scan(libraryOptions, *options); });
 }
 
 }  // namespace orv

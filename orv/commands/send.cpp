@@ -1,106 +1,114 @@
-// orv send: a file to a device, block by block.
-#include <algorithm>
+// orv send: sends a file to a device, block by block.
 #include <cstdio>
-#include <fstream>
+#include <optional>
 
 #include "orv/address.h"
 #include "orv/commands/commands.h"
+#include "orv/scan/search.h"
 #include "orv/terminal/printable.h"
 #include "orv/terminal/terminal.h"
 #include "orv/transfer/link.h"
 #include "orv/transfer/progress.h"
+#include "orv/transfer/source.h"
 
 namespace orv {
 
 namespace {
 
 struct SendOptions {
-    std::string address;
+    std::string device;
     std::string file;
     std::size_t block = UsualBlock;
 };
 
-std::string ReadFile(const std::string& name) {
-    // A folder can be opened on some systems, but not read.
-    std::error_code ignored;
-    std::ifstream file;
-    if (!std::filesystem::is_directory(PathOf(name), ignored)) {
-        file.open(PathOf(name), std::ios::binary);
-    }
-    std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    if (!file.is_open() || file.bad()) {
-        throw Problem(ExitStatus::FileFailed,
-                      Printable(name) + " cannot be read: is it a file, and may you read it?");
-    }
-    return bytes;
-}
-
-// What is known of each byte when a transfer ends early.
-std::string Fate(std::size_t total, std::size_t confirmed, std::size_t uncertain) {
-    std::string text = "the first " + Counted(confirmed, "byte") + " were confirmed";
+// States how many bytes were written, may have arrived, or were not sent.
+std::string Fate(std::optional<std::uint64_t> total, std::uint64_t written,
+                 std::uint64_t uncertain) {
+    std::string text = Counted(written, "byte") + " written";
     if (uncertain > 0) {
-        text += ", the " + std::to_string(uncertain) + " after them may have arrived";
+        text += ", the next " + std::to_string(uncertain) + " may have arrived";
     }
-    return text + ", the last " + std::to_string(total - confirmed - uncertain) +
-           " were not sent. To go on, find out what the device has: a block that is sent twice may "
-           "arrive twice";
+    if (!total || *total < written + uncertain) {  // a pipe has no size, and a file may grow
+        text += ", the rest not sent";
+    } else if (*total > written + uncertain) {
+        text += ", the last " + std::to_string(*total - written - uncertain) + " not sent";
+    }
+    return text +
+           ". Before you continue, ask the device what it has received: a block that is sent twice "
+           "may arrive twice";
 }
 
-void Send(const SessionOptions& session, const SendOptions& options) {
-    const BluetoothAddress address = AddressOf(options.address);
-    const std::string bytes = ReadFile(options.file);
-    Library library = OpenLibrary(session);
-    terminal::CatchInterrupts();
-    Link link(library, address);
+struct Sent {
+    std::uint64_t written = 0;   // confirmed bytes
+    std::uint64_t answered = 0;  // bytes that the device sent during the transfer
+};
 
-    Progress progress("sending", bytes.size());
-    std::size_t confirmed = 0;
-    std::size_t answered = 0;
-    while (confirmed < bytes.size()) {
-        const auto block = std::string_view(bytes).substr(confirmed, options.block);
-        const bool interrupted = terminal::IsInterrupted();
-        if (interrupted || !link.Send(block)) {
-            progress.End(confirmed);
-            throw Problem(ExitStatus::Stopped,
-                          (interrupted ? "stopped by Ctrl-C: " : "a block was not confirmed: ") +
-                              Fate(bytes.size(), confirmed, interrupted ? 0 : block.size()));
+Sent SendAll(Link& link, Source& source, std::size_t most, Progress& progress) {
+    Sent sent;
+    for (std::string_view block; !(block = source.Next(most)).empty();) {
+        if (!link.Send(block)) {
+            progress.End(sent.written);
+            throw Problem(ExitStatus::Stopped, "the system did not finish the write of a block: " +
+                                                   Fate(source.Size(), sent.written, block.size()));
         }
-        confirmed += block.size();
-        answered += link.Flush();  // or it would be kept in memory, for nobody
-        progress.Show(confirmed);
+        sent.written += block.size();
+        sent.answered += link.Flush();  // the library would keep unread bytes in memory
+        progress.Show(sent.written);
     }
-    const std::string speed = progress.End(confirmed);
-    printf("sent %s to %s %s\n", Counted(confirmed, "byte").c_str(), AddressText(address).c_str(),
-           speed.c_str());
-    if (answered > 0) {
-        printf("the device sent %s meanwhile, which were thrown away\n",
-               Counted(answered, "byte").c_str());
+    if (terminal::IsInterrupted()) {
+        progress.End(sent.written);
+        throw Problem(ExitStatus::Stopped, std::string("stopped by ") + terminal::Interruption() +
+                                               ": " + Fate(source.Size(), sent.written, 0));
     }
+    return sent;
+}
+
+void Send(const LibraryOptions& libraryOptions, const SendOptions& options) {
+    CheckDevices({options.device});
+    Source source(options.file);
+    Library library = OpenLibrary(libraryOptions);
+    terminal::CatchInterrupts();
+    const BluetoothAddress address = FindDevice(library, options.device);
+    WithLink(library, address, [&](Link& link) {
+        Progress progress("sending", source.Size().value_or(0));
+        const Sent sent = SendAll(link, source, options.block, progress);
+        const std::string speed = progress.End(sent.written);
+        printf("sent %s to %s %s, unconfirmed by the device\n",
+               Counted(sent.written, "byte").c_str(), AddressText(address).c_str(), speed.c_str());
+        if (sent.answered > 0) {
+            printf("the device sent %s meanwhile, which were discarded\n",
+                   Counted(sent.answered, "byte").c_str());
+        }
+        printf(
+            "The system also finishes writes that do not arrive. Only the device can confirm them: "
+            "\"orv talk\" shows its echo, \"orv receive\" reads its answer.\n");
+    });
 }
 
 }  // namespace
 
-void AddBlockOption(CLI::App& command, std::size_t& block) {
+void AddBlockOption(Command command, std::size_t& block) {
     command
-        .add_option("--block", block,
-                    "The most bytes that are sent at once, 1 to 512; otherwise 244, which a link "
-                    "with large packets takes")
-        ->check(CLI::Range(1, 512))
-        ->type_name("N");
+        .AddNumber("--block", block, 1, 512,
+                   "The largest block that is sent at once, in bytes; default 20, which every link "
+                   "accepts. A larger block that the link does not accept is lost without an error")
+        .Named("N");
 }
 
-void AddSendCommand(CLI::App& app, SessionOptions& session) {
+void AddSendCommand(Command program, LibraryOptions& libraryOptions) {
     const auto options = std::make_shared<SendOptions>();
-    CLI::App* command = app.add_subcommand("send", "Sends a file to a device.");
-    command->add_option("ADDRESS", options->address, AddressForms)->required();
-    command->add_option("FILE", options->file, "What to send")->required();
-    AddBlockOption(*command, options->block);
-    AddSessionOptions(*command, session);
-    command->footer(HelpFooter(
+    Command command = program.AddCommand("send", "Sends a file to a device.");
+    command.AddText("DEVICE", options->device, DeviceForms).Required();
+    command
+        .AddText("FILE", options->file, "What to send: a file, a pipe, or - for the standard input")
+        .Required();
+    AddBlockOption(command, options->block);
+    AddLibraryOptions(command, libraryOptions);
+    command.AddFooter(
         "orv send A0:B1:C2:D3:E4:F5 firmware.bin",
         {ExitStatus::Done, ExitStatus::NoBluetooth, ExitStatus::BadUsage, ExitStatus::NoLibrary,
-         ExitStatus::NoLink, ExitStatus::Stopped, ExitStatus::FileFailed}));
-    command->callback([&session, options] { Send(session, *options); });
+         ExitStatus::NoLink, ExitStatus::Stopped, ExitStatus::FileFailed});
+    command.Does([&libraryOptions, options] { Send(libraryOptions, *options); });
 }
 
 }  // namespace orv

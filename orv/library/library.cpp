@@ -3,7 +3,6 @@
 #include <chrono>
 
 #include "orv/problem.h"
-#include "orv/terminal/printable.h"
 
 namespace orv {
 
@@ -18,12 +17,11 @@ std::string TextOf(const std::filesystem::path& path) {
 
 template <typename Function>
 void Library::Load(Function*& function, const char* name, bool required) {
-    function = reinterpret_cast<Function*>(module::Find(handle, name));
+    function = Find<Function>(name);
     if (required && !function) {
-        throw Problem(ExitStatus::NoLibrary,
-                      Printable(TextOf(file)) + " has no function " + name +
-                          ": it is another library, or an older one; give the right one by "
-                          "--library PATH");
+        throw Problem(ExitStatus::NoLibrary, TextOf(file) + " has no function " + name +
+                                                 ": it is a different library, or an older one. "
+                                                 "Give the right file with --library PATH");
     }
 }
 
@@ -31,14 +29,13 @@ Library::Library(const std::filesystem::path& path) : file(path) {
     std::error_code missing;
     if (!std::filesystem::exists(path, missing)) {
         throw Problem(ExitStatus::NoLibrary,
-                      "there is no library " + Printable(TextOf(path)) +
-                          ": put it there, or say where it is by --library PATH");
+                      "there is no library " + TextOf(path) +
+                          ". Copy it there, or give its path with --library PATH");
     }
     std::string error;
     handle = module::Load(path, error);
     if (!handle) {
-        throw Problem(ExitStatus::NoLibrary,
-                      Printable(TextOf(path)) + " cannot be loaded: " + Printable(error));
+        throw Problem(ExitStatus::NoLibrary, TextOf(path) + " cannot be loaded: " + error);
     }
     file = module::FileOf(handle, path);
     Load(bluetoothAvailable, "BluetoothAvailable");
@@ -61,18 +58,20 @@ Library::Library(const std::filesystem::path& path) : file(path) {
 }
 
 std::string Library::Version() const {
-    const std::string version = module::VersionOf(file);
+    const std::string version = module::VersionOf(handle, file);
     return !version.empty() ? version : worldVersion ? worldVersion() : "unknown";
 }
 
-void Library::PlayScenario(const std::filesystem::path& scenario) const {
+void Library::PlayScenario(const std::filesystem::path& scenario, bool simulatedTime) const {
     if (!playScenario) {
-        throw Problem(ExitStatus::NoLibrary,
-                      Printable(TextOf(file)) + " plays no scenarios: it is too old");
+        throw Problem(
+            ExitStatus::NoLibrary,
+            TextOf(file) +
+                " cannot play scenarios: it is too old. Give a newer one with --library PATH");
     }
     char error[1000] = "";
-    if (playScenario(TextOf(scenario).c_str(), 0, error, sizeof error) != 0) {
-        throw Problem(ExitStatus::FileFailed, Printable(error));
+    if (playScenario(TextOf(scenario).c_str(), simulatedTime, error, sizeof error) < 0) {
+        throw Problem(ExitStatus::FileFailed, error);
     }
 }
 
@@ -80,14 +79,39 @@ std::filesystem::path Library::LogFile() const {
     return file.parent_path() / PathOf(TextOf(file.filename()) + ".log");
 }
 
-void Library::EnableLog() {
+// Renames the previous log, which may be the only evidence of a failure. Returns its new name or an
+// empty path.
+std::filesystem::path Library::KeepLog() const {
+    const std::filesystem::path log = LogFile();
+    std::error_code error;
+    if (std::filesystem::file_size(log, error) == 0 || error) {
+        return {};
+    }
+    std::filesystem::path kept;
+    int number = 0;
+    do {
+        kept = log;
+        kept += '.' + std::to_string(++number);
+    } while (std::filesystem::exists(kept, error));
+    std::filesystem::rename(log, kept, error);
+    if (error) {
+        throw Problem(ExitStatus::FileFailed,
+                      "--log would empty the log " + TextOf(log) + ", which cannot be renamed: " +
+                          error.message() + ". Copy it, remove it, and run the command again");
+    }
+    return kept;
+}
+
+std::filesystem::path Library::EnableLog() {
+    std::filesystem::path kept = KeepLog();
     if (loggingEnable() == ORV_FAILED) {
         throw Problem(ExitStatus::FileFailed,
-                      "the log " + Printable(TextOf(LogFile())) +
-                          " cannot be written: copy the library to a folder where you may write, "
-                          "and give it by --library PATH");
+                      "the log " + TextOf(LogFile()) +
+                          " cannot be written. Copy the library to a folder where you may write, "
+                          "and give its path with --library PATH");
     }
     logging = true;
+    return kept;
 }
 
 template <typename Body>

@@ -1,4 +1,4 @@
-// The library as it was found when the program started: its functions, and what its file says.
+// The functions and the file of the library that orv has loaded.
 #pragma once
 
 #include <cstdint>
@@ -12,26 +12,32 @@
 
 namespace orv {
 
-// Paths are UTF-8 inside this program, on every system.
+// Convert paths from and to UTF-8.
 std::filesystem::path PathOf(std::string_view text);
 std::string TextOf(const std::filesystem::path& path);
 
-// Every function returns what the library's own function of that name returns. While the log is
-// on, each call also adds a line with its result and how long it took.
+// Calls the functions of the library and returns their results. While the log is on, each call adds
+// a line with its result and duration.
 class Library {
   public:
-    // Throws a Problem when the file is no library or lacks a function.
+    // Throws a Problem if the file cannot be loaded or lacks a function.
     explicit Library(const std::filesystem::path& file);
 
     const std::filesystem::path& File() const { return file; }
     std::string Version() const;
     bool IsSimulated() const { return isSimulated; }
+    template <typename Function>
+    Function* Find(const char* name) const {
+        return reinterpret_cast<Function*>(module::Find(handle, name));
+    }
 
-    // On real time. Throws a Problem, and then nothing has changed.
-    void PlayScenario(const std::filesystem::path& scenario) const;
+    // Uses simulated time if `simulatedTime` is set and the library has it. If it throws a Problem,
+    // nothing has changed.
+    void PlayScenario(const std::filesystem::path& scenario, bool simulatedTime) const;
 
-    // Empties the log and switches it on. Throws a Problem when it cannot be written.
-    void EnableLog();
+    // Switches the log on. Renames the previous log, which would be emptied. Returns its new name
+    // or an empty path. Throws a Problem if the log cannot be written.
+    std::filesystem::path EnableLog();
     std::filesystem::path LogFile() const;
 
     ResultCode BluetoothAvailable();
@@ -44,11 +50,11 @@ class Library {
     ResultCode Connect(BluetoothAddress address);
     ResultCode Disconnect(BluetoothAddress address);
     ResultCode Send(BluetoothAddress address, std::string_view block);
-    // At most `most` bytes; `bytes` holds what was taken.
     ResultCode Receive(BluetoothAddress address, std::size_t most, std::string& bytes);
     ResultCode Flush(BluetoothAddress address);
 
   private:
+    std::filesystem::path KeepLog() const;
     template <typename Function>
     void Load(Function*& function, const char* name, bool required = true);
     template <typename Body>
@@ -73,7 +79,7 @@ class Library {
     decltype(&OrvDevice_Flush) flush = nullptr;
     decltype(&Logging_Enable) loggingEnable = nullptr;
     decltype(&Logging_AppendLine) appendLine = nullptr;
-    // Only the simulated flavour has these.
+    // Null if the library does not export them.
     std::int32_t (*playScenario)(const char*, std::int32_t, char*, std::int32_t) = nullptr;
     const char* (*worldVersion)() = nullptr;
 };

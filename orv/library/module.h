@@ -1,4 +1,4 @@
-// A library as the system loads it, and where this program itself lies.
+// Loads a library, and finds the files of modules.
 #pragma once
 
 #include <filesystem>
@@ -7,25 +7,21 @@
 
 namespace orv::module {
 
-#ifdef _WIN32
-constexpr const char* LibraryName = "quelvixwinlib.dll";
-#else
-constexpr const char* LibraryName = "libquelvixwinlib.so";
-#endif
+extern const char* const LibraryName;
 
 using Handle = void*;
 
-// Null when it cannot be loaded; `error` is then the system's reason. A loaded one stays.
+// Returns null, and the system's reason in `error`, if loading fails. A loaded library is never
+// unloaded.
 Handle Load(const std::filesystem::path& file, std::string& error);
 
-// Null: the module has no such export.
+// Returns null if the module has no such export.
 void* Find(Handle module, const char* name);
 
-// The file that a loaded module came from, with its whole path.
 std::filesystem::path FileOf(Handle module, const std::filesystem::path& loadedAs);
 
-// The version in the file's own description, empty where it has none.
-std::string VersionOf(const std::filesystem::path& file);
+// Returns the version in a module's file, or an empty text if it has none.
+std::string VersionOf(Handle module, const std::filesystem::path& file);
 
 std::filesystem::path OwnFolder();
 

@@ -4,6 +4,8 @@
 
 namespace orv::module {
 
+const char* const LibraryName = "libquelvixwinlib.so";
+
 Handle Load(const std::filesystem::path& file, std::string& error) {
     const Handle module = dlopen(std::filesystem::absolute(file).c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!module) {
@@ -20,8 +22,11 @@ std::filesystem::path FileOf(Handle, const std::filesystem::path& loadedAs) {
     return std::filesystem::canonical(loadedAs);
 }
 
-std::string VersionOf(const std::filesystem::path&) {
-    return {};
+// Returns the version after ".so." in the file name, such as libquelvixwinlib.so.1.0.0.
+std::string VersionOf(Handle, const std::filesystem::path& file) {
+    const std::string name = file.filename().string();
+    const std::size_t end = name.find(".so.");
+    return end == std::string::npos ? "" : name.substr(end + 4);
 }
 
 std::filesystem::path OwnFolder() {

@@ -1,15 +1,18 @@
 #include <windows.h>
 
+#include <cstring>
 #include <vector>
 
 #include "orv/library/module.h"
 
 namespace orv::module {
 
+const char* const LibraryName = "quelvixwinlib.dll";
+
 namespace {
 
 std::filesystem::path FileNameOf(HMODULE module) {
-    std::vector<wchar_t> path(32768);  // the longest there is
+    std::vector<wchar_t> path(32768);  // maximum length of a path
     GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
     return path.data();
 }
@@ -28,7 +31,7 @@ std::string SystemMessage(DWORD error) {
 
 }  // namespace
 
-// By its full path, and what it needs itself from the system's folder only.
+// Loads the DLL by its full path, and the DLLs that it needs from the system's directory only.
 Handle Load(const std::filesystem::path& file, std::string& error) {
     const std::filesystem::path path = std::filesystem::absolute(file).make_preferred();
     const HMODULE module = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
@@ -46,20 +49,28 @@ std::filesystem::path FileOf(Handle module, const std::filesystem::path&) {
     return FileNameOf(static_cast<HMODULE>(module));
 }
 
-std::string VersionOf(const std::filesystem::path& file) {
-    DWORD ignored = 0;
-    std::vector<char> description(GetFileVersionInfoSizeW(file.c_str(), &ignored));
-    VS_FIXEDFILEINFO* facts = nullptr;
-    UINT length = 0;
-    if (description.empty() ||
-        !GetFileVersionInfoW(file.c_str(), 0, static_cast<DWORD>(description.size()),
-                             description.data()) ||
-        !VerQueryValueW(description.data(), L"\\", reinterpret_cast<void**>(&facts), &length)) {
+// Reads the loaded module, because Windows may load VERSION.dll from the program's directory, where
+// anybody could place it.
+std::string VersionOf(Handle handle, const std::filesystem::path&) {
+    const auto module = static_cast<HMODULE>(handle);
+    // The resource begins with three words and the key "VS_VERSION_INFO", padded to 4 bytes.
+    constexpr std::size_t FactsAt = 40;
+    constexpr WORD VersionResource =
+        16;  // RT_VERSION; the macro may have the type for narrow strings
+    const HRSRC entry =
+        FindResourceW(module, MAKEINTRESOURCEW(VS_VERSION_INFO), MAKEINTRESOURCEW(VersionResource));
+    const HGLOBAL resource = entry ? LoadResource(module, entry) : nullptr;
+    const void* const bytes = resource ? LockResource(resource) : nullptr;
+    VS_FIXEDFILEINFO facts{};
+    if (!bytes || SizeofResource(module, entry) < FactsAt + sizeof facts) {
         return {};
     }
-    return std::to_string(HIWORD(facts->dwFileVersionMS)) + "." +
-           std::to_string(LOWORD(facts->dwFileVersionMS)) + "." +
-           std::to_string(HIWORD(facts->dwFileVersionLS));
+    std::memcpy(&facts, static_cast<const char*>(bytes) + FactsAt, sizeof facts);
+    return facts.dwSignature != VS_FFI_SIGNATURE
+               ? ""
+               : std::to_string(HIWORD(facts.dwFileVersionMS)) + "." +
+                     std::to_string(LOWORD(facts.dwFileVersionMS)) + "." +
+                     std::to_string(HIWORD(facts.dwFileVersionLS));
 }
 
 std::filesystem::path OwnFolder() {

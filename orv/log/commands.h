@@ -1,11 +1,17 @@
-// The part of the command line that reads logs: `orv log explain`, `follow` and `report`.
+// The commands `orv log explain`, `follow` and `report`.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <string>
+
+#include "orv/log/infer/call_tracker.h"
+#include "orv/options.h"
 
 namespace orv::log {
 
-// The commands raise a Problem when they cannot do what was asked.
-void AddLogCommands(CLI::App& app);
+// Adds the command group `log`. Its commands throw a Problem if they fail.
+void AddLogCommands(Command program);
+
+// Writes the report of a log to `output`. Throws a Problem if a file cannot be read or written.
+void WriteReport(const std::string& path, Threads threads, const std::string& output);
 
 }  // namespace orv::log

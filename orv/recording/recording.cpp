@@ -1,7 +1,7 @@
 #include "orv/recording/recording.h"
 
 #include <cstring>
-#include <fstream>
+#include <nlohmann/json.hpp>
 
 #include "orv/address.h"
 #include "orv/library/library.h"
@@ -13,16 +13,21 @@ namespace orv {
 
 namespace {
 
+using Json = nlohmann::ordered_json;
+
 constexpr std::size_t LargestNotification = 244;
-constexpr int ServiceData = 22;  // the kind of section that carries the values
+constexpr int ServiceData = 22;  // type of an advertisement's section with values
+// Limits of the events. A playable scenario has at most 64 MiB and 2,000,000 values, including its
+// devices.
+constexpr std::size_t MostBytes = std::size_t{60} << 20;
+constexpr std::size_t MostValues = 1'900'000;
 constexpr std::string_view FamilyPrefix = "ORV";
 
-// A name whose last character was cut is completed by any character with the same beginning: the
-// library cuts it again at the same byte.
+// Completes a character that was cut at the end of the name. The library cuts it again.
 std::string WholeName(std::string_view name) {
     std::string whole(name);
     for (std::size_t left = UnfinishedBytes(whole) > 0 ? 3 : 0; left > 0; --left) {
-        // The lowest continuation is none for these two beginnings.
+        // After these lead bytes, 0x80 is not valid.
         const auto last = static_cast<unsigned char>(whole.back());
         whole += last == 0xE0 || last == 0xF0 ? '\xA0' : '\x80';
         if (UnfinishedBytes(whole) == 0) {
@@ -40,7 +45,8 @@ std::string_view BytesOf(const std::uint8_t* value, std::size_t length) {
     return {reinterpret_cast<const char*>(value), length};
 }
 
-// The values of a device as its scan response carries them, keys with the lower byte first.
+// Returns the values of a device as sections of a scan response. Each section begins with its key,
+// low byte first.
 Json Sections(const DiscoveredDevice& device) {
     Json sections = Json::array();
     if (device.value0500 != 0xFF) {
@@ -62,27 +68,71 @@ bool HaveSameNames(const DiscoveredDevice& one, const DiscoveredDevice& other) {
     return std::memcmp(one.name, other.name, sizeof one.name) == 0;
 }
 
-Json NewScenario(const char* title, const char* about, Json devices, const Json& events) {
-    return {
-        {"title", title}, {"about", about}, {"devices", std::move(devices)}, {"events", events}};
+std::string Text(const Json& json) {
+    return json.dump(-1, ' ', true, Json::error_handler_t::replace);
+}
+
+// Ignores failures, because another one may be reported.
+template <typename Recording>
+void EndQuietly(Recording& recording) noexcept {
+    try {
+        recording.End();
+    } catch (...) {
+    }
 }
 
 }  // namespace
 
 RecordingFile::RecordingFile(const std::string& fileName) : name(fileName) {
-    if (!std::ofstream(PathOf(name), std::ios::app)) {
-        throw Problem(ExitStatus::FileFailed,
-                      "the recording " + Printable(name) +
-                          " cannot be written: is there such a folder, and may you write there?");
+    if (!name.empty()) {
+        file = std::make_unique<OutputFile>(name);
     }
 }
 
-void RecordingFile::Write(const Json& scenario) const {
-    std::ofstream file(PathOf(name), std::ios::binary);
-    file << scenario.dump(2, ' ', true, Json::error_handler_t::replace) << '\n';
-    if (!file.flush()) {
-        throw Problem(ExitStatus::FileFailed,
-                      "the recording " + Printable(name) + " was not written as a whole");
+RecordingFile::~RecordingFile() = default;
+
+void RecordingFile::Begin(const char* title, const char* about) {
+    if (file) {
+        file->Write("{\"title\": " + Text(title) + ",\n\"about\": " + Text(about) +
+                    ",\n\"events\": [");
+    }
+}
+
+void RecordingFile::Add(const std::string& event, std::size_t values, std::int64_t at) {
+    if (!file || fullAt) {
+        return;
+    }
+    if (bytesWritten + event.size() > MostBytes || valuesWritten + values > MostValues) {
+        fullAt = at;
+        return;
+    }
+    file->Write((valuesWritten == 0 ? "\n" : ",\n") + event);
+    bytesWritten += event.size();
+    valuesWritten += values;
+}
+
+void RecordingFile::Flush() {
+    if (file) {
+        file->Flush();
+    }
+}
+
+void RecordingFile::End(const std::vector<BluetoothAddress>& devices) {
+    // After a failure, the destructor must not end the recording again.
+    const std::unique_ptr<OutputFile> ending = std::move(file);
+    if (!ending) {
+        return;
+    }
+    Json list = Json::array();
+    for (const BluetoothAddress device : devices) {
+        list.push_back({{"address", AddressText(device)}});
+    }
+    ending->Write("\n],\n\"devices\": " + Text(list) + "}\n");
+    ending->Commit();
+    if (fullAt) {
+        throw Problem(ExitStatus::FileFailed, "the recording " + name + " ends after " +
+                                                  std::to_string(*fullAt / 1000) +
+                                                  " s: it has the largest size that can be played");
     }
 }
 
@@ -91,34 +141,59 @@ std::int64_t RecordingClock::Now() const {
     return duration_cast<milliseconds>(steady_clock::now() - begin).count();
 }
 
+ScanRecording::ScanRecording(RecordingFile& recordingFile) : file(recordingFile) {
+    file.Begin("A recorded scan",
+               "What orv scan heard: each change of a listed device that it saw.");
+}
+
+ScanRecording::~ScanRecording() {
+    EndQuietly(*this);
+}
+
+void ScanRecording::AddPacket(Content content, const DiscoveredDevice& device) {
+    const bool isResponse = content == Content::Values;
+    const std::int64_t at = clock.Now();
+    Json event = {{"at", at},
+                  {"device", AddressText(device.address)},
+                  {"advertise", isResponse ? "ScanResponse" : "Advertisement"},
+                  {"signal", device.rssi}};
+    std::size_t values = 6;
+    if (isResponse) {
+        event["sections"] = Sections(device);
+        values += 3 * event["sections"].size();
+    } else if (content == Content::FamilyName) {
+        event["name"] = FamilyPrefix;
+    } else {
+        const std::string_view name = NameOf(device);
+        event["name"] = name.empty() ? Json(nullptr) : Json(WholeName(name));
+    }
+    file.Add(Text(event), values, at);
+}
+
 void ScanRecording::AddChange(const DiscoveredDevice* before, const DiscoveredDevice& now) {
-    const auto add = [&](const char* packet, const char* field, Json content) {
-        Json event = {{"at", clock.Now()},
-                      {"device", AddressText(now.address)},
-                      {"advertise", packet},
-                      {"signal", now.rssi}};
-        event[field] = std::move(content);
-        events.push_back(std::move(event));
-    };
     const std::string_view name = NameOf(now);
     if (!before && name.substr(0, FamilyPrefix.size()) != FamilyPrefix) {
-        // It has changed its name since it was listed, which takes this beginning.
-        add("Advertisement", "name", FamilyPrefix);
+        // The library lists a device only after a name of the family. The device has changed it
+        // since.
+        AddPacket(Content::FamilyName, now);
     }
     const bool hasValues = before ? !HaveSameValues(*before, now)
                                   : !ValueText(now.value0500).empty() ||
                                         !ValueText(now.value1130).empty() || !DataText(now).empty();
     const bool hasName = !before || !HaveSameNames(*before, now);
-    // A packet that brought a new signal and nothing else was most likely an advertisement.
+    // If only the signal changed, the packet was most likely an advertisement.
     if (hasName || !hasValues) {
-        add("Advertisement", "name", name.empty() ? Json(nullptr) : Json(WholeName(name)));
+        AddPacket(Content::Name, now);
     }
     if (hasValues) {
-        add("ScanResponse", "sections", Sections(now));
+        AddPacket(Content::Values, now);
     }
 }
 
 void ScanRecording::Add(const std::vector<DiscoveredDevice>& devices) {
+    if (!file.IsOpen()) {
+        return;
+    }
     for (std::size_t i = 0; i < devices.size(); ++i) {
         const DiscoveredDevice* before = i < known.size() ? &known[i] : nullptr;
         if (!before || std::memcmp(before, &devices[i], sizeof devices[i]) != 0) {
@@ -126,32 +201,41 @@ void ScanRecording::Add(const std::vector<DiscoveredDevice>& devices) {
         }
     }
     known = devices;
+    file.Flush();
 }
 
-Json ScanRecording::Scenario() const {
-    Json devices = Json::array();
+void ScanRecording::End() {
+    std::vector<BluetoothAddress> addresses;
     for (const DiscoveredDevice& device : known) {
-        devices.push_back({{"address", AddressText(device.address)}});
+        addresses.push_back(device.address);
     }
-    return NewScenario("A recorded scan",
-                       "What orv scan heard: each change of a listed device that it saw.",
-                       std::move(devices), events);
+    file.End(addresses);
+}
+
+TalkRecording::TalkRecording(RecordingFile& recordingFile, BluetoothAddress device)
+    : file(recordingFile), address(device) {
+    file.Begin("A recorded conversation",
+               "What a device sent during orv talk, at the same times after its link opens.");
+}
+
+TalkRecording::~TalkRecording() {
+    EndQuietly(*this);
 }
 
 void TalkRecording::Add(std::string_view received) {
-    for (; !received.empty();
+    for (; file.IsOpen() && !received.empty();
          received.remove_prefix(std::min(received.size(), LargestNotification))) {
-        events.push_back({{"after", clock.Now()},
-                          {"device", AddressText(address)},
-                          {"notify", HexText(received.substr(0, LargestNotification))}});
+        const std::int64_t after = clock.Now();
+        const Json event = {{"after", after},
+                            {"device", AddressText(address)},
+                            {"notify", HexText(received.substr(0, LargestNotification))}};
+        file.Add(Text(event), 4, after);
     }
+    file.Flush();
 }
 
-Json TalkRecording::Scenario() const {
-    return NewScenario(
-        "A recorded conversation",
-        "What a device sent during orv talk, at the same times after its link opens.",
-        Json::array({{{"address", AddressText(address)}}}), events);
+void TalkRecording::End() {
+    file.End({address});
 }
 
 }  // namespace orv

@@ -1,36 +1,50 @@
-// What was heard, as a scenario that the simulated world plays again.
+// Records a scan or a conversation as a scenario for the simulated world.
 //
-// A host sees what it polls: a device's latest record, and a stream of bytes. So a recording holds
-// neither packets that changed nothing or came between two polls, nor devices of other kinds, nor
-// what the host sent, nor where one notification ended and the next began.
+// A host polls the latest record of a device and a stream of bytes. So a recording lacks packets
+// that changed nothing or arrived between two polls, devices of other families, sent bytes, and the
+// ends of notifications.
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
-#include <filesystem>
-#include <map>
-#include <nlohmann/json.hpp>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "orv/output_file.h"
 #include "quelvixwinlib.h"
 
 namespace orv {
 
-using Json = nlohmann::ordered_json;
-
-// Where a recording goes. It is made sure at the beginning that it can be written.
+// A scenario file that is written event by event, up to the limits of a playable scenario.
 class RecordingFile {
   public:
+    // Records nothing if `name` is empty. Throws a Problem if the file cannot be created.
     explicit RecordingFile(const std::string& name);
-    void Write(const Json& scenario) const;
+    ~RecordingFile();
+    RecordingFile(const RecordingFile&) = delete;
+    RecordingFile& operator=(const RecordingFile&) = delete;
+
+    bool IsOpen() const { return file != nullptr; }
+    void Begin(const char* title, const char* about);
+    // Adds an event at `at` ms that contains `values` JSON values. Ignores the event if a limit was
+    // reached before.
+    void Add(const std::string& event, std::size_t values, std::int64_t at);
+    void Flush();
+    // Adds the devices and renames the file to `name`. Throws a Problem if a limit was reached.
+    void End(const std::vector<BluetoothAddress>& devices);
 
   private:
     std::string name;
+    std::unique_ptr<OutputFile> file;
+    std::size_t bytesWritten = 0;
+    std::size_t valuesWritten = 0;
+    std::optional<std::int64_t> fullAt;
 };
 
-// Milliseconds since the recording began.
 class RecordingClock {
   public:
     std::int64_t Now() const;
@@ -39,30 +53,42 @@ class RecordingClock {
     std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
 };
 
+// The destructors of both recordings complete the file, even after a failure.
 class ScanRecording {
   public:
-    // The devices as they are listed now: each keeps its place.
+    explicit ScanRecording(RecordingFile& recordingFile);
+    ~ScanRecording();
+    ScanRecording(const ScanRecording&) = delete;
+    ScanRecording& operator=(const ScanRecording&) = delete;
+
+    // Records the changes of the listed devices, whose indices must not change.
     void Add(const std::vector<DiscoveredDevice>& devices);
-    Json Scenario() const;
+    void End();
 
   private:
+    enum class Content : std::uint8_t { FamilyName, Name, Values };
     void AddChange(const DiscoveredDevice* before, const DiscoveredDevice& now);
+    void AddPacket(Content content, const DiscoveredDevice& device);
 
+    RecordingFile& file;
     RecordingClock clock;
     std::vector<DiscoveredDevice> known;
-    Json events = Json::array();
 };
 
 class TalkRecording {
   public:
-    explicit TalkRecording(BluetoothAddress device) : address(device) {}
+    TalkRecording(RecordingFile& recordingFile, BluetoothAddress device);
+    ~TalkRecording();
+    TalkRecording(const TalkRecording&) = delete;
+    TalkRecording& operator=(const TalkRecording&) = delete;
+
     void Add(std::string_view received);
-    Json Scenario() const;
+    void End();
 
   private:
+    RecordingFile& file;
     RecordingClock clock;
     BluetoothAddress address;
-    Json events = Json::array();
 };
 
 }  // namespace orv

@@ -1,4 +1,4 @@
-// Puts the page together and writes it as C++.
+// Writes the page with its scripts and styles as C++.
 //
 // Usage: node build.mjs SOURCE_FOLDER UPLOT_FOLDER OUTPUT.cpp
 import { createHash } from "node:crypto";
@@ -7,7 +7,7 @@ import { readFileSync, writeFileSync } from "node:fs";
 const [source, uplot, output] = process.argv.slice(2);
 const read = (...path) => readFileSync(path.join("/"), "utf8");
 
-// `data` comes first: the others read it.
+// main.js is first, because it defines `data` for the other scripts.
 const scripts = ["main", "time", "charts", "lanes", "tables"].map((name) => read(source, name + ".js"));
 const [main, ...parts] = scripts;
 const firstUse = main.indexOf("function makeCharts");
@@ -29,7 +29,7 @@ const page = read(source, "page.html")
     .replace("{{script}}", () => script);
 const [before, after] = page.split("{{data}}");
 
-// Pieces of a length that every compiler takes, none of which cuts a character.
+// Divides the page into string literals that every compiler accepts, but never within a character.
 const pieces = (text) => {
     const characters = Array.from(text);
     const made = [];
@@ -40,7 +40,7 @@ const pieces = (text) => {
 };
 writeFileSync(
     output,
-    `#include "orv/log/report_page.h"
+    `#include "orv/log/show/report_page.h"
 
 namespace orv::log {
 

@@ -1,4 +1,4 @@
-// The charts: what they share, signal strength and throughput.
+// The charts of signal strength and throughput, and functions for all charts.
 
 const charts = [];
 
@@ -20,7 +20,7 @@ function timeAxis() {
     };
 }
 
-// A zoom of one chart is a zoom of all.
+// Copies the time range of one chart to all others.
 let sharing = false;
 function shareTime(chart, scale) {
     if (scale !== "x" || sharing) return;
@@ -71,7 +71,8 @@ function makeLines(place, height, series, values, unit) {
     );
 }
 
-// The middles of the bins, between the log's first and last moment, so that all charts begin alike.
+// Returns the times of the values: the middle of each bin, and the start and end of the log, so
+// that all charts have the same time range.
 function binTimes(width, count) {
     const span = Math.max(data.span, 1);
     const times = Array.from({ length: count }, (_, bin) => Math.min((bin + 0.5) * width, span));
@@ -81,7 +82,7 @@ const padded = (values) => [null, ...values, null];
 
 const short = (name) => (name.length > 24 ? name.slice(0, 23) + "\u2026" : name);
 
-// A line goes on over the time between two advertisements, and breaks where a device fell silent.
+// Returns the gaps that interrupt the line: those much longer than the mean time between values.
 function longGaps(chart, device, gaps) {
     const heard = device.values.filter((value) => value !== null).length;
     const silence = Math.max(3000, (10 * data.span) / Math.max(heard, 1));

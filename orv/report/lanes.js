@@ -1,37 +1,39 @@
-// The lanes of the timeline: calls as bars as long as they took, events as their density.
+// The lanes of the timeline. A bar is as long as its call; bars of events show their number.
 
 const laneHeight = 34;
 const stateColours = ["--ok", "--failed", "--unknown"];
 const stateWords = ["", "failed", "result unknown"];
 
-// Every lane's band, from the top of the chart down, in canvas pixels.
+// Returns the area of a lane in canvas pixels. Lane 0 is at the top.
 function laneBox(chart, index) {
     const height = chart.bbox.height / data.lanes.length;
     const pad = height * 0.18;
     return { top: chart.bbox.top + index * height + pad, height: height - 2 * pad };
 }
 
-function drawDensity(chart, lane, box) {
+// Draws a bar for each bin of `counts`. The bin of `lane` with the most events has the full height.
+function drawDensity(chart, lane, box, counts, fill) {
     const context = chart.ctx;
     const most = Math.max(1, ...lane.density);
-    context.fillStyle = colour(lane.failure ? "--failed" : lane.spans ? "--unknown" : "--event");
+    context.fillStyle = colour(fill);
     const { min, max } = chart.scales.x;
-    const last = Math.min(lane.density.length - 1, Math.floor(max / data.binMs));
+    const last = Math.min(counts.length - 1, Math.floor(max / data.binMs));
     for (let bin = Math.max(0, Math.floor(min / data.binMs)); bin <= last; bin++) {
-        if (lane.density[bin] === 0) continue;
-        const left = chart.valToPos(bin * data.binMs, "x", true);
-        const right = chart.valToPos((bin + 1) * data.binMs, "x", true);
-        // A single event must still be seen beside a bin of thousands.
-        const height = box.height * Math.max(0.15, Math.sqrt(lane.density[bin] / most));
-        context.fillRect(left, box.top + box.height - height, Math.max(right - left, devicePixelRatio), height);
+        if (counts[bin] === 0) continue;
+        // Rounds to whole pixels, so the edge of a bar does not mix with the colour of the bar
+        // below.
+        const left = Math.floor(chart.valToPos(bin * data.binMs, "x", true));
+        const right = Math.ceil(chart.valToPos((bin + 1) * data.binMs, "x", true));
+        // A minimum height keeps a single event visible beside a bin of thousands.
+        const height = box.height * Math.max(0.15, Math.sqrt(counts[bin] / most));
+        context.fillRect(left, box.top + box.height - height, Math.max(right - left, Math.ceil(devicePixelRatio)), height);
     }
 }
 
-function drawSpans(chart, lane, box) {
+function drawSpans(chart, lane, box, states) {
     const context = chart.ctx;
     const { min, max } = chart.scales.x;
-    // Failed ones last, so that nothing covers them.
-    for (const state of [2, 0, 1]) {
+    for (const state of states) {
         context.fillStyle = colour(stateColours[state]);
         for (const [start, length, itsState] of lane.spans) {
             if (itsState !== state || start > max || start + length < min) continue;
@@ -52,13 +54,23 @@ function drawLanes(chart) {
     ctx.clip();
     data.lanes.forEach((lane, index) => {
         const box = laneBox(chart, index);
-        if (lane.density) drawDensity(chart, lane, box);
-        if (lane.spans) drawSpans(chart, lane, box);
+        if (!lane.spans) {
+            drawDensity(chart, lane, box, lane.density, lane.failure ? "--failed" : "--event");
+            return;
+        }
+        // Draws failed calls last, so nothing covers them.
+        if (lane.density) {
+            drawDensity(chart, lane, box, lane.density, "--ok");
+            drawDensity(chart, lane, box, lane.unknown, "--unknown");
+        }
+        drawSpans(chart, lane, box, [2, 0]);
+        if (lane.density) drawDensity(chart, lane, box, lane.failed, "--failed");
+        drawSpans(chart, lane, box, [1]);
     });
     ctx.restore();
 }
 
-// What lies under the cursor, in words.
+// Returns a text about the calls or events under the cursor.
 function wordsAt(chart, left, top) {
     const index = Math.floor((top / chart.over.clientHeight) * data.lanes.length);
     const lane = data.lanes[index];
@@ -74,7 +86,19 @@ function wordsAt(chart, left, top) {
     }
     const bin = Math.floor(time / data.binMs);
     const count = lane.density && lane.density[bin];
-    return count ? timeOfDay(bin * data.binMs, true) + "  ·  " + lane.name + ": " + count + " within " + lengthOfTime(data.binMs) : "";
+    if (!count) return "";
+    const failed = lane.failed && lane.failed[bin] ? ", " + lane.failed[bin] + " failed" : "";
+    return timeOfDay(bin * data.binMs, true) + "  ·  " + lane.name + ": " + count + " within " + lengthOfTime(data.binMs) + failed;
+}
+
+// States how many calls are drawn one by one.
+function fillMerged() {
+    const step = lengthOfTime(data.binMs);
+    const merged = data.lanes
+        .filter((lane) => lane.spans && lane.density)
+        .map((lane) => `${lane.name}: ${number(lane.count)} calls, ${number(lane.spans.length)} of them drawn one by one`);
+    document.getElementById("merged").textContent = merged.length === 0 ? "" :
+        `${merged.join("; ")}. All are counted in steps of ${step}, and a step in which a call failed is red.`;
 }
 
 function makeLanes(place) {

@@ -1,4 +1,4 @@
-// Fills the page from the data in it.
+// Fills the page with the data that it contains.
 
 const data = JSON.parse(document.getElementById("data").textContent);
 
@@ -33,6 +33,7 @@ function fitCharts() {
 fillFacts();
 fillNotes();
 makeCharts();
+fillMerged();
 bindButtons();
 fillFailures();
 fillDevices();

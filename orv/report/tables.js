@@ -1,4 +1,4 @@
-// Facts, notes, failures and devices. All text goes in as text: nothing of a log is ever markup.
+// Tables of facts, notes, failures and devices. Text of a log is inserted as text, never as markup.
 
 function element(name, text, className) {
     const made = document.createElement(name);
@@ -34,7 +34,7 @@ function fillFacts() {
     }
 }
 
-// A time that shows its surroundings in the charts.
+// Returns a button with a time. A click zooms the charts to this time.
 function timeLink(time, words) {
     const link = element("button", words, "link");
     link.addEventListener("click", () => {
@@ -92,7 +92,7 @@ function failureCard(failure) {
     for (const [time, words] of failure.times) times.append(timeLink(time, words), " ");
     const causes = element("ul");
     for (const cause of failure.causes) causes.append(causeItem(cause));
-    const intro = failure.known ? (failure.causes.length > 1 ? "One of, likelier first:" : "") : "If it failed, one of, likelier first:";
+    const intro = failure.known ? (failure.causes.length > 1 ? "Possible causes, the likeliest first:" : "") : "If it failed: possible causes, the likeliest first:";
     card.append(title, times, element("p", intro), causes);
     return card;
 }

@@ -1,4 +1,4 @@
-// Times of the log: milliseconds since its first line, shown as the time of day that it carries.
+// Times are milliseconds since the first line of the log. The page shows them as time of day.
 
 const two = (number) => String(number).padStart(2, "0");
 
@@ -11,7 +11,7 @@ function timeOfDay(ms, withMs) {
     return withMs ? text + "." + String(time % 1000).padStart(3, "0") : text;
 }
 
-// "2.5 s", "3 min 20 s".
+// Returns a text such as "2.5 s" or "3 min 20 s".
 function lengthOfTime(ms) {
     if (ms < 1000) return ms + " ms";
     if (ms < 60000) return (ms / 1000).toFixed(1) + " s";
@@ -21,12 +21,12 @@ function lengthOfTime(ms) {
         : Math.floor(minutes / 60) + " h " + (minutes % 60) + " min";
 }
 
-// Labels of a time axis; with milliseconds where its marks stand closer than a second.
+// Returns the labels of a time axis, with milliseconds if the marks are closer than a second.
 function timeLabels(chart, marks, axis, space, step) {
     return marks.map((mark) => timeOfDay(mark, step < 1000));
 }
 
-// Marks at round times of day, though 0 is the log's first line.
+// Returns the marks of a time axis, at round times of day.
 function timeMarks(chart, axis, min, max, step) {
     const marks = [];
     const first = Math.ceil((min + data.firstStamp) / step) * step - data.firstStamp;
@@ -34,7 +34,7 @@ function timeMarks(chart, axis, min, max, step) {
     return marks;
 }
 
-// Distances that a clock's divisions suggest, in ms.
+// Possible distances of marks in ms.
 const timeSteps = [1, 2, 5, 10, 20, 50, 100, 200, 500].concat(
     [1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600, 7200, 14400, 28800, 86400].map((s) => s * 1000),
     [2, 5, 10, 20, 50, 100].map((days) => days * 86400000),

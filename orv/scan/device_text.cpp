@@ -1,7 +1,7 @@
 #include "orv/scan/device_text.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cctype>
 #include <nlohmann/json.hpp>
 
 #include "orv/address.h"
@@ -13,17 +13,24 @@ namespace {
 
 constexpr std::uint8_t Unset = 0xFF;
 
-// A field of a CSV line, which stays one line and one field. What a spreadsheet shows is all that
-// has to be kept: a formula begins with one of these signs.
+// The signs that begin a formula in a spreadsheet, with their full-width and small forms.
+constexpr std::u32string_view FormulaSigns = U"=+-@|%＝＋－＠｜％﹦﹢﹣﹫﹪⁼⁺⁻₌₊₋−";
+
+// Writes a field of a CSV line. A spreadsheet may split the field at any character that is not
+// a letter or digit, even in quotes. So an apostrophe precedes each sign that could then begin a
+// formula.
 std::string CsvText(std::string_view text) {
-    std::string shown = Printable(text);
-    const std::size_t first = shown.find_first_not_of(' ');
-    if (first != std::string::npos && std::strchr("=+-@|%", shown[first])) {
-        shown.insert(0, 1, '\'');
-    }
+    const std::string shown = Printable(text);
     std::string field = "\"";
-    for (const char letter : shown) {
-        field += letter == '"' ? "\"\"" : std::string(1, letter);
+    bool isInWord = false;
+    for (std::string_view rest = shown; !rest.empty();) {
+        const Character next = FirstCharacter(rest);
+        if (!isInWord && FormulaSigns.find(next.code) != FormulaSigns.npos) {
+            field += '\'';
+        }
+        field += next.code == U'"' ? "\"\"" : rest.substr(0, next.bytes);
+        isInWord = next.code < 0x80 && std::isalnum(static_cast<int>(next.code)) != 0;
+        rest.remove_prefix(next.bytes);
     }
     return field + '"';
 }

@@ -1,4 +1,4 @@
-// A device's values as text, and lists of devices for other programs.
+// Writes devices and their values as text, JSON and CSV.
 #pragma once
 
 #include <string>
@@ -11,18 +11,19 @@ namespace orv {
 
 std::string_view NameOf(const DiscoveredDevice& device);
 
-// Two hexadecimal digits; empty while no scan response has brought the value.
+// Returns two hexadecimal digits, or an empty text if no scan response has set the value.
 std::string ValueText(std::uint8_t value);
-// The 16 bytes up to the last that is not 0.
+// Returns the 16 bytes as hexadecimal digits, without zeros at the end.
 std::string DataText(const DiscoveredDevice& device);
 
 std::string HexText(std::string_view bytes);
 
-// An array of objects, in ASCII: other characters are escaped, bytes that are no UTF-8 are U+FFFD.
+// Returns an array of objects in ASCII. Other characters are escaped; bytes that are not UTF-8
+// become U+FFFD.
 std::string JsonOf(const std::vector<DiscoveredDevice>& devices);
 
-// A table with a head, a line for each device. A name that a spreadsheet would run as a formula has
-// an apostrophe in front.
+// Returns a title line and a line for each device. Prevents a spreadsheet from reading a name as a
+// formula.
 std::string CsvOf(const std::vector<DiscoveredDevice>& devices);
 
 }  // namespace orv

@@ -1,4 +1,4 @@
-// One scan, from its start to its end.
+// A scan, from its start to its end.
 #pragma once
 
 #include <vector>
@@ -11,22 +11,24 @@ using Devices = std::vector<DiscoveredDevice>;
 
 class Scanner {
   public:
-    // Starts scanning; throws a Problem when the system refuses.
+    // Starts scanning. Throws a Problem if the system rejects it.
     explicit Scanner(Library& library);
-    // Ends the scan, also on the way out of a failure.
     ~Scanner();
     Scanner(const Scanner&) = delete;
     Scanner& operator=(const Scanner&) = delete;
 
+    // Starts a new scan, because switching off the radio has ended the previous one.
+    void Restart();
     void Stop();
 
-    // As they are listed now: a device keeps its place.
+    // Returns the listed devices. The index of a device does not change.
     Devices Heard();
 
   private:
     Library& library;
     std::int32_t id;
     bool isRunning = false;
+    Devices earlier;  // devices of earlier scans; each start empties the library's list
 };
 
 }  // namespace orv

@@ -4,129 +4,163 @@
 
 #include "orv/address.h"
 #include "orv/scan/device_text.h"
+#include "orv/scan/signal.h"
 #include "orv/terminal/printable.h"
 
 namespace orv {
 
 namespace {
 
-// dBm of an empty and of a full bar: about the ends of what a radio hears and of what is near.
-constexpr int Weakest = -100;
-constexpr int Strongest = -40;
 constexpr std::size_t BarColumns = 10;
-
-// How much of `full` a signal fills, 0 to `full`.
-std::size_t Share(int signal, std::size_t full) {
-    const int clamped = std::clamp(signal, Weakest, Strongest) - Weakest;
-    return (static_cast<std::size_t>(clamped) * full + (Strongest - Weakest) / 2) /
-           static_cast<std::size_t>(Strongest - Weakest);
-}
+constexpr const char* Grey = "\033[90m";
+constexpr const char* UsualColour = "\033[39m";
 
 std::string Bar(int signal) {
     std::string bar;
     for (std::size_t i = 0; i < BarColumns; ++i) {
-        bar += i < Share(signal, BarColumns) ? "█" : "░";
+        bar += i < SignalShare(signal, BarColumns) ? "█" : "░";
     }
     return bar;
+}
+
+std::string Ago(double seconds) {
+    const auto whole = static_cast<unsigned>(seconds);
+    return whole < 2      ? "now"
+           : whole < 60   ? std::to_string(whole) + " s ago"
+           : whole < 3600 ? std::to_string(whole / 60) + " min ago"
+                          : std::to_string(whole / 3600) + " h ago";
 }
 
 struct Column {
     const char* title;
     std::size_t width;
-    int importance;  // 0 is never left out
-    std::string (*text)(const DiscoveredDevice&, const SignalHistory*);
+    int importance;       // columns with smaller numbers are added first
+    TableKind leastKind;  // first kind of table that has this column
+    std::string (*text)(const DiscoveredDevice&, const ScanHistory&);
 };
 
 constexpr std::size_t NameColumns = sizeof(DiscoveredDevice::name) - 1;
 constexpr std::size_t NameColumnsAtLeast = 8;
+constexpr std::size_t Name = 1;
+constexpr const char* Nothing = "-";
 
 std::string OrDash(const std::string& text) {
-    return text.empty() ? "-" : text;
+    return text.empty() ? Nothing : text;
 }
 
 const Column Columns[] = {
-    {"address", 17, 0, [](auto& device, auto*) { return AddressText(device.address); }},
-    {"name", NameColumns, 1, [](auto& device, auto*) { return Printable(NameOf(device)); }},
-    {"signal", BarColumns, 5, [](auto& device, auto*) { return Bar(device.rssi); }},
-    {"dBm", 4, 2, [](auto& device, auto*) { return std::to_string(device.rssi); }},
-    {"latest", SignalHistory::Length, 6,
-     [](auto& device, auto* history) { return history->Of(device.address); }},
-    {"0500", 4, 3, [](auto& device, auto*) { return OrDash(ValueText(device.value0500)); }},
-    {"1130", 4, 4, [](auto& device, auto*) { return OrDash(ValueText(device.value1130)); }},
-    {"1118", 2 * sizeof(DiscoveredDevice::data1118), 7,
-     [](auto& device, auto*) { return OrDash(DataText(device)); }},
+    {"address", 17, 0, TableKind::Once,
+     [](auto& device, auto&) { return AddressText(device.address); }},
+    {"name", NameColumns, 1, TableKind::Once,
+     [](auto& device, auto& history) { return Printable(history.NameOf(device.address)); }},
+    {"signal", BarColumns, 6, TableKind::Once,
+     [](auto& device, auto& history) {
+         return history.IsGone(device) ? std::string() : Bar(device.rssi);
+     }},
+    {"dBm", 4, 2, TableKind::Once, [](auto& device, auto&) { return std::to_string(device.rssi); }},
+    {"latest", ScanHistory::Signals, 7, TableKind::Live,
+     [](auto& device, auto& history) { return history.SignalsOf(device.address); }},
+    {"last heard", 10, 3, TableKind::Changes,
+     [](auto& device, auto& history) { return Ago(history.SecondsSinceHeard(device.address)); }},
+    {"0500", 4, 4, TableKind::Once,
+     [](auto& device, auto&) { return OrDash(ValueText(device.value0500)); }},
+    {"1130", 4, 5, TableKind::Once,
+     [](auto& device, auto&) { return OrDash(ValueText(device.value1130)); }},
+    {"1118", 2 * sizeof(DiscoveredDevice::data1118), 8, TableKind::Once,
+     [](auto& device, auto&) { return OrDash(DataText(device)); }},
 };
+constexpr std::size_t Count = std::size(Columns);
 
-// What is shown: for each column its width, 0 for one that is left out.
-std::vector<std::size_t> Widths(std::size_t columns, std::size_t nameColumns, bool withHistory) {
-    std::vector<std::size_t> widths(std::size(Columns), 0);
-    std::size_t used = 0;
-    const int last = static_cast<int>(std::size(Columns));
-    for (int importance = 0; importance < last; ++importance) {
-        for (std::size_t i = 0; i < std::size(Columns); ++i) {
-            const bool isName = importance == 1;
-            const std::size_t gap = used > 0 ? 1 : 0;
-            const std::size_t width = isName ? NameColumnsAtLeast : Columns[i].width;
-            if (Columns[i].importance != importance || used + gap + width > columns ||
-                (Columns[i].title == std::string("latest") && !withHistory)) {
-                continue;
+using Row = std::vector<std::string>;
+
+// Divides the width of the terminal among the table's columns. The width 0 omits a column.
+class Layout {
+  public:
+    explicit Layout(std::size_t columns) : left(columns) {}
+
+    template <typename Wanted>
+    void Take(const Wanted& isWanted) {
+        for (int importance = 0; importance < static_cast<int>(Count); ++importance) {
+            for (std::size_t i = 0; i < Count; ++i) {
+                if (Columns[i].importance == importance && isWanted(i)) {
+                    Take(i);
+                }
             }
-            widths[i] = width;
-            used += gap + width;
         }
     }
-    // The name takes what is left over.
-    if (widths[1] > 0) {
-        widths[1] = std::min(nameColumns, widths[1] + columns - used);
+    void WidenName(std::size_t width) {
+        const std::size_t more = width > widths[Name] ? width - widths[Name] : 0;
+        if (widths[Name] > 0) {
+            widths[Name] += std::min(more, left);
+            left -= std::min(more, left);
+        }
     }
-    return widths;
+    const std::vector<std::size_t>& Widths() const { return widths; }
+
+  private:
+    void Take(std::size_t column) {
+        const std::size_t width = column == Name ? NameColumnsAtLeast : Columns[column].width;
+        const std::size_t used = width + (isFirst ? 0 : 1);
+        if (used <= left) {
+            widths[column] = width;
+            left -= used;
+            isFirst = false;
+        }
+    }
+
+    std::vector<std::size_t> widths = std::vector<std::size_t>(Count, 0);
+    std::size_t left;
+    bool isFirst = true;
+};
+
+// Adds columns without values only if the longest name leaves enough room.
+std::vector<std::size_t> Widths(const std::vector<Row>& rows, std::size_t columns, TableKind kind) {
+    const auto isEmpty = [&](std::size_t column) {
+        return std::all_of(rows.begin(), rows.end(),
+                           [&](const Row& row) { return row[column] == Nothing; });
+    };
+    const auto isIn = [&](std::size_t column) { return Columns[column].leastKind <= kind; };
+    std::size_t longest = 0;
+    for (const Row& row : rows) {
+        longest = std::max(longest, ColumnsOf(row[Name]));
+    }
+    Layout layout(columns);
+    layout.Take([&](std::size_t i) { return isIn(i) && (rows.empty() || !isEmpty(i)); });
+    layout.WidenName(longest);
+    layout.Take([&](std::size_t i) { return isIn(i) && !rows.empty() && isEmpty(i); });
+    layout.WidenName(NameColumns);
+    return layout.Widths();
+}
+
+std::string LineOf(const Row& row, const std::vector<std::size_t>& widths, std::size_t columns) {
+    std::string line;
+    for (std::size_t i = 0; i < Count; ++i) {
+        if (widths[i] > 0) {
+            line += (line.empty() ? "" : " ") + Fitted(row[i], widths[i]);
+        }
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    return Fitted(line, std::min(columns, ColumnsOf(line)));
 }
 
 }  // namespace
 
-void SignalHistory::Add(const std::vector<DiscoveredDevice>& devices) {
-    for (const DiscoveredDevice& device : devices) {
-        std::vector<int>& signal = signals[device.address];
-        signal.push_back(device.rssi);
-        if (signal.size() > Length) {
-            signal.erase(signal.begin());
-        }
-    }
-}
-
-std::string SignalHistory::Of(BluetoothAddress address) const {
-    static constexpr const char* Steps[] = {"▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
-    std::string text;
-    const auto found = signals.find(address);
-    if (found != signals.end()) {
-        for (const int signal : found->second) {
-            text += Steps[Share(signal, std::size(Steps) - 1)];
-        }
-    }
-    return text;
-}
-
 std::vector<std::string> TableOf(const std::vector<DiscoveredDevice>& devices, std::size_t columns,
-                                 const SignalHistory* history) {
-    std::size_t nameColumns = NameColumns;  // more where something in a name had to be escaped
-    for (const DiscoveredDevice& device : devices) {
-        nameColumns = std::max(nameColumns, ColumnsOf(Printable(NameOf(device))));
-    }
-    const std::vector<std::size_t> widths = Widths(columns, nameColumns, history != nullptr);
-    const auto lineOf = [&](auto&& textOf) {
-        std::string line;
-        for (std::size_t i = 0; i < widths.size(); ++i) {
-            if (widths[i] > 0) {
-                line += (line.empty() ? "" : " ") + Fitted(textOf(Columns[i]), widths[i]);
-            }
+                                 const ScanHistory& history, TableKind kind) {
+    std::vector<Row> rows(devices.size());
+    Row titles;
+    for (const Column& column : Columns) {
+        titles.emplace_back(column.title);
+        for (std::size_t i = 0; i < devices.size(); ++i) {
+            rows[i].push_back(column.text(devices[i], history));
         }
-        line.erase(line.find_last_not_of(' ') + 1);
-        return Fitted(line, std::min(columns, ColumnsOf(line)));
-    };
-    std::vector<std::string> lines;
-    lines.push_back(lineOf([](const Column& column) { return std::string(column.title); }));
-    for (const DiscoveredDevice& device : devices) {
-        lines.push_back(lineOf([&](const Column& column) { return column.text(device, history); }));
+    }
+    const std::vector<std::size_t> widths = Widths(rows, columns, kind);
+    std::vector<std::string> lines{LineOf(titles, widths, columns)};
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+        const std::string line = LineOf(rows[i], widths, columns);
+        const bool isGrey = kind == TableKind::Live && history.IsGone(devices[i]);
+        lines.push_back(isGrey ? Grey + line + UsualColour : line);
     }
     return lines;
 }

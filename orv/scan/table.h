@@ -1,31 +1,25 @@
-// The list of devices as a table that fits the terminal.
+// Writes the list of devices as a table that fits the terminal.
 #pragma once
 
 #include <cstddef>
-#include <map>
+#include <cstdint>
 #include <string>
 #include <vector>
 
+#include "orv/scan/history.h"
 #include "quelvixwinlib.h"
 
 namespace orv {
 
-// The latest values of signal strength of each device, oldest first.
-class SignalHistory {
-  public:
-    static constexpr std::size_t Length = 8;
-
-    void Add(const std::vector<DiscoveredDevice>& devices);
-    // A bar for each value, the higher the stronger.
-    std::string Of(BluetoothAddress address) const;
-
-  private:
-    std::map<BluetoothAddress, std::vector<int>> signals;
+enum class TableKind : std::uint8_t {
+    Once,     // the list at the end of a scan
+    Changes,  // as Once, with the time since each device changed
+    Live,     // as Changes, with the latest signals; a device that is gone is grey
 };
 
-// A head, then a line for each device, none longer than `columns`. In a narrow terminal whole
-// columns are left out, the least important first. `history` null: without that column.
+// Returns a title line and a line for each device, none wider than `columns`. A narrow terminal
+// omits the least important columns. `history` must contain all devices.
 std::vector<std::string> TableOf(const std::vector<DiscoveredDevice>& devices, std::size_t columns,
-                                 const SignalHistory* history);
+                                 const ScanHistory& history, TableKind kind);
 
 }  // namespace orv

@@ -1,6 +1,10 @@
-// The line that somebody types while other lines appear above it.
+// The line that the user types while other lines appear above it.
+//
+// This is no library, because readline (GPL) and libedit do not exist for Windows, Debian has no
+// line editor for MinGW, and none supports counters before the line while other lines are printed.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,21 +13,34 @@ namespace orv {
 
 class LineEditor {
   public:
-    // Takes keys as the terminal sends them. Returns the lines that were finished by Enter.
+    // Processes keys as the terminal sends them. Returns the lines that Enter completed.
     std::vector<std::string> Take(std::string_view keys);
 
     const std::string& Text() const { return text; }
-    // Ctrl-D was pressed in an empty line.
+    // Returns the index in Text at which the next character is inserted.
+    std::size_t Cursor() const { return cursor; }
+    // Returns whether Ctrl-D was pressed in an empty line.
     bool HasEnded() const { return ended; }
 
   private:
     void TakeKey(char key, std::vector<std::string>& lines);
-    void EraseLast();
+    void TakeControl(char key);
+    void TakeSequence(char last);
+    void Finish(std::vector<std::string>& lines);
+    void Recall(std::size_t entry);
+    void Erase(std::size_t from, std::size_t to);
+    std::size_t Before() const;
+    std::size_t After() const;
 
     enum class Escape { None, Begun, Sequence };
 
     std::string text;
-    Escape escape = Escape::None;  // within the bytes of a key that is no character
+    std::size_t cursor = 0;
+    std::vector<std::string> history;  // finished lines, oldest first
+    std::size_t recalled = 0;  // index of the line that is shown; history.size() for the new line
+    std::string draft;         // the new line while an older one is shown
+    Escape escape = Escape::None;  // state within an escape sequence
+    std::string parameters;        // digits and semicolons of the escape sequence
     bool afterReturn = false;
     bool ended = false;
 };

@@ -60,7 +60,7 @@ void Screen::ShowNote(std::string_view text) {
     AddLine("* " + std::string(text));
 }
 
-void Screen::ShowTyped(const Counters& counters, const std::string& typed) {
+void Screen::ShowTyped(const Counters& counters, const LineEditor& typed) {
     if (!interactive) {
         return;
     }
@@ -70,12 +70,21 @@ void Screen::ShowTyped(const Counters& counters, const std::string& typed) {
     if (line.size() + 10 > columns) {
         line.clear();
     }
-    // The end of what is typed has to be seen.
-    std::string shown = Printable(typed);
-    while (!shown.empty() && line.size() + ColumnsOf(shown) + 1 > columns) {
-        shown.erase(0, FirstCharacter(shown).bytes);
+    // Cuts the text before the cursor at its start, so that the cursor remains visible.
+    const std::size_t room = std::max<std::size_t>(columns, line.size() + 1) - line.size() - 1;
+    std::string before = Printable(typed.Text().substr(0, typed.Cursor()));
+    while (ColumnsOf(before) > room) {
+        before.erase(0, FirstCharacter(before).bytes);
     }
-    const std::string drawn = "\r\033[K" + line + shown;
+    std::string after = Printable(typed.Text().substr(typed.Cursor()));
+    const std::size_t left = room - ColumnsOf(before);
+    if (ColumnsOf(after) > left) {
+        after = Fitted(after, left);
+    }
+    std::string drawn = "\r\033[K" + line + before + after;
+    if (!after.empty()) {
+        drawn += "\033[" + std::to_string(ColumnsOf(after)) + "D";
+    }
     if (drawn != prompt) {
         prompt = drawn;
         terminal::Write(prompt);

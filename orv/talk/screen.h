@@ -1,35 +1,38 @@
-// What a conversation looks like: lines that stay, and on a terminal, below them, the counters and
-// what is being typed.
+// Shows a conversation: permanent lines and, on a terminal below them, the counters and the typed
+// line.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
+#include "orv/talk/line_editor.h"
+
 namespace orv {
 
 struct Counters {
     std::uint64_t sent = 0;
     std::uint64_t received = 0;
-    std::uint64_t blocks = 0;       // that were confirmed
-    std::uint64_t unconfirmed = 0;  // blocks of which nobody knows whether they arrived
-    std::uint64_t refused = 0;      // lines that were not sent, because they mean no bytes
+    std::uint64_t blocks = 0;       // blocks that the system confirmed
+    std::uint64_t unconfirmed = 0;  // blocks that may not have arrived
+    std::uint64_t refused = 0;      // lines that were not sent because they are invalid
 };
 
 class Screen {
   public:
-    // `hex`: bytes are shown as hexadecimal digits, with their letters behind them.
-    // `interactive`: there is somebody who types, and sees.
+    // If `hex` is set, shows bytes as hexadecimal digits and letters. If `interactive` is set, a
+    // user types on a terminal.
     Screen(bool hex, bool interactive);
     ~Screen();
     Screen(const Screen&) = delete;
     Screen& operator=(const Screen&) = delete;
 
     void ShowSent(std::string_view bytes);
-    // Bytes that came at once; empty: nothing came for a while.
+    // Shows received bytes. Keeps an incomplete character for the next call, unless `bytes` is
+    // empty.
     void ShowReceived(std::string_view bytes);
     void ShowNote(std::string_view text);
-    void ShowTyped(const Counters& counters, const std::string& typed);
+    void ShowTyped(const Counters& counters, const LineEditor& typed);
 
   private:
     void ShowBytes(char mark, std::string_view bytes);
@@ -37,7 +40,7 @@ class Screen {
 
     bool hex;
     bool interactive;
-    std::string unfinished;  // received, but not yet a whole character
+    std::string unfinished;  // an incomplete character
     std::string prompt;
 };
 

@@ -1,4 +1,4 @@
-// Lines that are drawn again in their place.
+// Lines that are drawn again at the same place of a terminal.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,8 @@
 
 namespace orv::terminal {
 
-// Only for a terminal. The cursor is hidden and long lines are cut by the terminal until this is
-// destroyed; the lines drawn last stay, with the cursor below them.
+// Hides the cursor and disables line wrapping until this object is destroyed. Use it only on a
+// terminal. The last lines remain, with the cursor below them.
 class LiveLines {
   public:
     LiveLines();
@@ -16,7 +16,7 @@ class LiveLines {
     LiveLines(const LiveLines&) = delete;
     LiveLines& operator=(const LiveLines&) = delete;
 
-    // Fewer lines than the terminal has rows.
+    // `lines` must be fewer than the rows of the terminal.
     void Draw(const std::vector<std::string>& lines);
     void Clear();
 

@@ -21,14 +21,14 @@ bool IsIn(const Range (&ranges)[Count], char32_t code) {
                        [&](Range range) { return range.first <= code && code <= range.last; });
 }
 
-// Control characters, line and paragraph separators, invisible characters and those that turn the
-// direction of writing.
+// Control characters, line and paragraph separators, invisible characters, and characters that
+// change the writing direction.
 constexpr Range Harmful[] = {{0x00, 0x1F},     {0x7F, 0x9F},      {0xAD, 0xAD},
                              {0x061C, 0x061C}, {0x180E, 0x180E},  {0x200B, 0x200F},
                              {0x2028, 0x202E}, {0x2060, 0x206F},  {0xFEFF, 0xFEFF},
                              {0xFFF9, 0xFFFB}, {0xE0000, 0xE0FFF}};
 
-// Marks that a terminal draws over the character before.
+// Marks that a terminal draws over the previous character.
 constexpr Range Combining[] = {{0x0300, 0x036F}, {0x0483, 0x0489}, {0x0591, 0x05BD},
                                {0x064B, 0x065F}, {0x0E34, 0x0E3A}, {0x0E47, 0x0E4E},
                                {0x1AB0, 0x1AFF}, {0x1DC0, 0x1DFF}, {0x20D0, 0x20FF},
@@ -43,7 +43,7 @@ std::size_t ColumnsOf(char32_t code) {
     return IsIn(Combining, code) ? 0 : IsIn(Wide, code) ? 2 : 1;
 }
 
-// How many bytes a character has that begins with `lead`; 0: none begins so.
+// Returns the number of bytes of a character that begins with `lead`, or 0.
 std::size_t LengthFor(unsigned char lead) {
     return lead < 0x80   ? 1
            : lead < 0xC2 ? 0
@@ -143,10 +143,6 @@ std::string Fitted(std::string_view printable, std::size_t columns) {
         ++used;
     }
     return result.append(columns - used, ' ');
-}
-
-std::string Counted(std::uint64_t count, const char* noun) {
-    return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
 }
 
 std::size_t UnfinishedBytes(std::string_view text) {

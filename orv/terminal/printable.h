@@ -1,15 +1,15 @@
-// Text from elsewhere made harmless: names and bytes of devices, paths, lines of a log.
+// Makes untrusted text harmless: names and bytes of devices, paths, lines of a log.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
-#include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace orv {
 
-// One character at the beginning of a text: how many bytes it takes, and which it is. A byte that
-// begins no UTF-8 character stands for U+FFFD, alone.
+// The first character of a text and its length in bytes. A byte that begins no character becomes
+// U+FFFD, with the length 1.
 struct Character {
     char32_t code;
     std::size_t bytes;
@@ -18,21 +18,24 @@ Character FirstCharacter(std::string_view text);
 
 void AppendUtf8(std::string& text, char32_t code);
 
-// Valid UTF-8 in any case, for a line of a terminal: control characters, line ends and what turns
-// the direction of writing show as \x1B or \u202E, bytes that are no UTF-8 as U+FFFD. A backslash
-// stays as it is, so this is for reading, not for reading back.
+// Returns valid UTF-8 for one line of a terminal. Escapes control characters, line ends and
+// characters that change the writing direction: \x1B, \u202E. Replaces bytes that are not UTF-8
+// with U+FFFD. Does not escape backslashes, so the text cannot be converted back.
 std::string Printable(std::string_view text);
 
-// How many columns of a terminal a printable text takes.
+// Returns the number of terminal columns that the text needs.
 std::size_t ColumnsOf(std::string_view printable);
 
-// Cut or filled with spaces to exactly `columns`; where something was cut, the last is "…".
+// Cuts or fills the text to exactly `columns`. A cut text ends with "…".
 std::string Fitted(std::string_view printable, std::size_t columns);
 
-// "1 byte", "2 bytes".
-std::string Counted(std::uint64_t count, const char* noun);
+// Returns a text such as "1 byte" or "2 bytes".
+template <std::integral Number>
+std::string Counted(Number count, const char* noun) {
+    return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
+}
 
-// How many bytes at the end are the beginning of a UTF-8 character whose rest may still come.
+// Returns the length of an incomplete UTF-8 character at the end, or 0.
 std::size_t UnfinishedBytes(std::string_view text);
 
 }  // namespace orv

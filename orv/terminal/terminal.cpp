@@ -1,4 +1,3 @@
-// What is the same on every system.
 #include "orv/terminal/terminal.h"
 
 #include <chrono>
@@ -15,7 +14,7 @@ bool Pause(int milliseconds) {
         if (left <= steady_clock::duration::zero()) {
             return true;
         }
-        // In slices: an interrupt does not end a sleep.
+        // Sleeps in slices, because an interrupt does not end a sleep.
         std::this_thread::sleep_for(std::min<steady_clock::duration>(left, 20ms));
     }
     return false;

@@ -1,4 +1,4 @@
-// The terminal around this program, or its absence.
+// The terminal of this program.
 #pragma once
 
 #include <cstddef>
@@ -8,12 +8,11 @@
 
 namespace orv::terminal {
 
-// To be called first. Returns the program's arguments, without its name, as UTF-8.
+// Call this first. Returns the arguments as UTF-8, without the program's name.
 std::vector<std::string> Start(int argc, char** argv);
 
-// Whether what is printed is seen by a person, on something that knows escape sequences.
+// Returns whether the output is a terminal that supports escape sequences.
 bool IsOutput();
-// Whether what is read is typed by a person.
 bool IsInput();
 
 struct Size {
@@ -22,14 +21,17 @@ struct Size {
 };
 Size SizeOf();
 
-// From the first call on, Ctrl-C and requests to end are no longer the end of the program.
+// After this, the first interrupt, such as Ctrl-C, only sets IsInterrupted. The second one ends the
+// program.
 void CatchInterrupts();
 bool IsInterrupted();
+// Returns the interrupt's name for messages, such as "Ctrl-C" or "SIGTERM".
+const char* Interruption();
 
-// Waits that long. False: it was interrupted, maybe before.
+// Waits. Returns false at once if there is or was an interrupt.
 bool Pause(int milliseconds);
 
-// While this lives, what is typed is neither shown nor gathered into lines by the system.
+// While it exists, the system does not show typed characters and does not buffer them by line.
 class RawInput {
   public:
     RawInput();
@@ -38,10 +40,10 @@ class RawInput {
     RawInput& operator=(const RawInput&) = delete;
 };
 
-// Waits for input, UTF-8 where it is typed. Nothing: the input has ended.
+// Waits for input and returns it, typed input as UTF-8. Returns nothing at its end.
 std::optional<std::string> ReadInput();
 
-// Writes all of it to the standard output, at once.
+// Writes the whole text to the standard output, without buffering.
 void Write(const std::string& text);
 
 }  // namespace orv::terminal

@@ -13,12 +13,13 @@ namespace orv::terminal {
 
 namespace {
 
-volatile sig_atomic_t interrupted = 0;
+volatile sig_atomic_t interrupted = 0;  // number of the received signal
 
 termios before;
 volatile sig_atomic_t isRaw = 0;
 
-// The second ends the program at once, with the terminal as it was: a call may not come back.
+// The second interrupt restores the terminal and ends the program at once, because a call may never
+// return.
 void OnSignal(int number) {
     if (interrupted) {
         constexpr char Usual[] = "\033[?7h\033[?25h";
@@ -26,12 +27,12 @@ void OnSignal(int number) {
             tcsetattr(STDIN_FILENO, TCSANOW, &before);
         }
         if (isatty(STDOUT_FILENO) && write(STDOUT_FILENO, Usual, sizeof Usual - 1) < 0) {
-            // Then nobody sees it.
+            // The failure is ignored, because the program ends.
         }
         signal(number, SIG_DFL);
         raise(number);
     }
-    interrupted = 1;
+    interrupted = number;
 }
 
 }  // namespace
@@ -63,11 +64,24 @@ void CatchInterrupts() {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         sigaction(number, &action, nullptr);
     }
-    signal(SIGPIPE, SIG_IGN);  // the output says that nobody reads it
+    signal(SIGPIPE, SIG_IGN);  // makes a write to a closed pipe fail instead
 }
 
 bool IsInterrupted() {
     return interrupted || ferror(stdout);
+}
+
+const char* Interruption() {
+    switch (interrupted) {
+        case SIGINT:
+            return "Ctrl-C";
+        case SIGTERM:
+            return "SIGTERM";
+        case SIGHUP:
+            return "SIGHUP";
+        default:
+            return "the end of the output";
+    }
 }
 
 RawInput::RawInput() {

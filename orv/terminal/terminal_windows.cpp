@@ -2,7 +2,7 @@
 #include <io.h>
 #include <stdio.h>
 #include <windows.h>
-// After windows.h, which it needs.
+// Must follow windows.h.
 #include <shellapi.h>
 
 #include <atomic>
@@ -13,7 +13,8 @@ namespace orv::terminal {
 
 namespace {
 
-std::atomic<bool> interrupted{false};
+constexpr DWORD NotInterrupted = ~DWORD{0};
+std::atomic<DWORD> interrupted{NotInterrupted};  // type of the received control event
 bool understandsEscapes = false;
 DWORD before = 0;
 bool isRaw = false;
@@ -26,9 +27,10 @@ std::string Utf8(const wchar_t* text, int length) {
     return bytes;
 }
 
-// The second is left to the system, which ends the program at once: a call may not come back.
-BOOL WINAPI OnControl(DWORD) {
-    return !interrupted.exchange(true);
+// The system handles the second interrupt and ends the program at once, because a call may never
+// return.
+BOOL WINAPI OnControl(DWORD event) {
+    return interrupted.exchange(event) == NotInterrupted;
 }
 
 HANDLE Input() {
@@ -38,7 +40,7 @@ HANDLE Input() {
 }  // namespace
 
 std::vector<std::string> Start(int, char**) {
-    // Line ends and bytes go out as they are.
+    // Binary mode keeps line ends unchanged.
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stdin), _O_BINARY);
     SetConsoleOutputCP(CP_UTF8);
@@ -80,14 +82,31 @@ void CatchInterrupts() {
 }
 
 bool IsInterrupted() {
-    return interrupted || ferror(stdout);
+    return interrupted != NotInterrupted || ferror(stdout);
+}
+
+const char* Interruption() {
+    switch (interrupted) {
+        case CTRL_C_EVENT:
+            return "Ctrl-C";
+        case CTRL_BREAK_EVENT:
+            return "Ctrl-Break";
+        case NotInterrupted:
+            return "the end of the output";
+        default:
+            return "the end of the session";
+    }
 }
 
 RawInput::RawInput() {
     isRaw = GetConsoleMode(Input(), &before) != 0;
     if (isRaw) {
-        SetConsoleMode(Input(),
-                       before & ~static_cast<DWORD>(ENABLE_LINE_INPUT | ENABLE_ECHO_INPUT));
+        // With virtual terminal input, cursor keys send the same sequences as on other systems. An
+        // old console rejects it.
+        const DWORD raw = before & ~static_cast<DWORD>(ENABLE_LINE_INPUT | ENABLE_ECHO_INPUT);
+        if (!SetConsoleMode(Input(), raw | 0x0200 /* virtual terminal input */)) {
+            SetConsoleMode(Input(), raw);
+        }
     }
 }
 

@@ -1,32 +1,55 @@
 // An open link to a device, from connect to disconnect.
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 
 #include "orv/library/library.h"
+#include "orv/problem.h"
 
 namespace orv {
 
 class Link {
   public:
-    // Throws a Problem when there is no radio or the device takes no link.
+    // Connects. If the connect is rejected at once, scans for the device and connects again,
+    // because the system rejects a device that it has never received. Throws a Problem if no radio
+    // is on, if connecting fails, or after an interrupt.
     Link(Library& library, BluetoothAddress address);
-    // Disconnects, also on the way out of a failure.
+    // Disconnects, which may never return.
     ~Link();
     Link(const Link&) = delete;
     Link& operator=(const Link&) = delete;
 
-    // Sends one block. False: it was not confirmed, and nobody knows whether it arrived.
+    BluetoothAddress Address() const { return address; }
+
+    // Returns false if the block was not confirmed; it may still have arrived.
     bool Send(std::string_view block);
-    // What has arrived, `most` bytes at most, nothing when there is nothing yet.
+    // Returns at most `most` bytes that have arrived, possibly none.
     std::string Receive(std::size_t most);
-    // Throws away what has arrived. Returns how many bytes that were.
+    // Discards the bytes that have arrived and returns their number.
     std::size_t Flush();
 
   private:
+    bool Connect();
+    void Disconnect();
+
     Library& library;
     BluetoothAddress address;
 };
+
+// Runs `body` with an open link. Prints results and failures before disconnecting, which may never
+// return.
+template <typename Body>
+void WithLink(Library& library, BluetoothAddress address, Body&& body) {
+    Link link(library, address);
+    try {
+        body(link);
+    } catch (Problem& problem) {
+        Report(problem);
+        throw;
+    }
+    fflush(stdout);
+}
 
 }  // namespace orv

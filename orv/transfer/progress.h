@@ -1,4 +1,4 @@
-// How far a transfer is: on a terminal a bar in one line, elsewhere nothing until its end.
+// Shows the progress of a transfer as a bar on a terminal.
 #pragma once
 
 #include <chrono>
@@ -10,16 +10,16 @@
 
 namespace orv {
 
-// Bytes with the unit that suits them, such as "64.0 KiB".
+// Returns a text with a suitable unit, such as "64.0 KiB".
 std::string SizeText(double bytes);
 
 class Progress {
   public:
-    // `total` 0: nobody knows how many bytes will come.
+    // `total` is a number of bytes, or 0 if it is unknown.
     Progress(const char* verb, std::uint64_t total);
 
     void Show(std::uint64_t bytes);
-    // Takes the bar away. Returns how long it took and how fast it was, for the line that follows.
+    // Removes the bar. Returns a text with the duration and the speed.
     std::string End(std::uint64_t bytes);
 
   private:

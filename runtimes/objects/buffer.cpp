@@ -5,11 +5,14 @@ namespace orv::objects {
 
 namespace {
 
-// Asked by the runtime itself to tell its own buffers from foreign ones; known to nobody else. The
-// answer carries no reference and is no call of anybody's.
+// Private interface identifier by which the runtime recognizes its own buffers. A query for it adds
+// no reference and is not recorded as a call.
 constexpr GUID OwnBufferIid = Guid("6f3ae1d7-0c52-4b9e-9d41-72c5b80f1a36");
 
 Class bufferClass("IBuffer");
+Member getCapacityMember(bufferClass.name, "get_Capacity");
+Member getLengthMember(bufferClass.name, "get_Length");
+Member bufferMember(bufferClass.name, "Buffer");
 
 }  // namespace
 
@@ -45,14 +48,16 @@ HRESULT MemoryBuffer::QueryInterface(const GUID* iid, void** object) {
     return Object::QueryInterface(iid, object);
 }
 
+HRESULT MemoryBuffer::get_Capacity(UINT32* value) {
+    return Property(getCapacityMember, value, static_cast<UINT32>(content.size()));
+}
+
 HRESULT MemoryBuffer::get_Length(UINT32* value) {
-    static Member member("IBuffer", "get_Length");
-    return Property(member, value, static_cast<UINT32>(content.size()));
+    return Property(getLengthMember, value, static_cast<UINT32>(content.size()));
 }
 
 HRESULT MemoryBuffer::Buffer(BYTE** value) {
-    static Member member("IBuffer", "Buffer");
-    return Property(member, value, content.data());
+    return Property(bufferMember, value, content.data());
 }
 
 }  // namespace orv::objects

@@ -12,13 +12,14 @@ class MemoryBuffer final : public Object<Stub<IBuffer>, IBufferByteAccess> {
   public:
     explicit MemoryBuffer(std::vector<BYTE> bytes);
 
-    // The same buffer seen from inside. A foreign buffer is asked for its bytes, which are copied;
-    // null when it does not give them.
+    // Returns `buffer` if it is a MemoryBuffer, otherwise a new buffer with a copy of its bytes.
+    // Returns null if the bytes cannot be read.
     static Ref<MemoryBuffer> From(IBuffer* buffer);
 
     const std::vector<BYTE>& Bytes() const { return content; }
 
     HRESULT QueryInterface(const GUID* iid, void** object) override;
+    HRESULT get_Capacity(UINT32* value) override;
     HRESULT get_Length(UINT32* value) override;
     HRESULT Buffer(BYTE** value) override;
 

@@ -7,7 +7,7 @@
 
 namespace orv::objects {
 
-// Has no lock: the owner guards it, and copies the handlers out before it invokes them.
+// This class has no lock. Its owner copies the handlers under a lock and invokes them without it.
 template <typename Interface>
 class Event {
   public:
@@ -18,11 +18,22 @@ class Event {
         return EventRegistrationToken{static_cast<INT64>(registered.size())};
     }
     const Handlers& All() const { return registered; }
-    // The handlers, to be released where no lock is held.
+    // Removes and returns all handlers, so that the caller can release them without a lock.
     Handlers TakeAll() { return std::move(registered); }
 
   private:
     Handlers registered;
 };
+
+// Implements a function that registers a handler. `add` stores the handler under the owner's lock
+// and returns its token.
+template <typename Interface, typename Add>
+HRESULT AddHandler(Interface* handler, EventRegistrationToken* token, Add&& add) {
+    if (handler == nullptr || token == nullptr) {
+        return E_POINTER;
+    }
+    *token = add(TakeHandler(handler));
+    return S_OK;
+}
 
 }  // namespace orv::objects

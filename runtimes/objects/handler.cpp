@@ -1,4 +1,4 @@
-// What is asked of a foreign handler when it is registered.
+// Checks a client's handler when it is registered.
 #include "runtimes/objects/handler.h"
 
 namespace orv::objects {

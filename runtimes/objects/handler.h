@@ -1,4 +1,4 @@
-// Handlers that came from outside: the reference to them, and whether they are what they must be.
+// References to the client's handlers, and a check of their interfaces.
 #pragma once
 
 #include <memory>
@@ -7,21 +7,22 @@
 
 namespace orv::objects {
 
-// A handler may be called from any of the runtime's threads only when it says so, and it is asked
-// for its own interface and for a marshaler when it has to cross apartments.
+// Returns whether the handler supports its own interface, IAgileObject and IMarshal. The runtime
+// needs the last two to call the handler from any thread.
 bool IsProperHandler(IUnknown* handler, const GUID& ownIid) noexcept;
 
-// One counted reference to a foreign handler. It is shared by everything that may still invoke it.
+// Owns one reference to a client's handler and counts the handler in the ledger.
 template <typename Interface>
-class Handler {
+class HandlerReference {
   public:
-    explicit Handler(Interface* handler) : foreign(handler), ledger(TheObserver().CurrentLedger()) {
+    explicit HandlerReference(Interface* handler)
+        : foreign(handler), ledger(TheObserver().CurrentLedger()) {
         foreign->AddRef();
         ledger->handlers.fetch_add(1, std::memory_order_relaxed);
     }
-    Handler(const Handler&) = delete;
-    Handler& operator=(const Handler&) = delete;
-    ~Handler() {
+    HandlerReference(const HandlerReference&) = delete;
+    HandlerReference& operator=(const HandlerReference&) = delete;
+    ~HandlerReference() {
         foreign->Release();
         ledger->handlers.fetch_sub(1, std::memory_order_release);
     }
@@ -34,16 +35,16 @@ class Handler {
 };
 
 template <typename Interface>
-using SharedHandler = std::shared_ptr<Handler<Interface>>;
+using SharedHandler = std::shared_ptr<HandlerReference<Interface>>;
 
-// Takes a handler in; null is the caller's to refuse first. Calls the handler, so no lock of the
-// runtime may be held.
+// Checks a handler and returns a reference to it. `handler` must not be null. Hold no lock of the
+// runtime, because this function calls the handler.
 template <typename Interface>
 SharedHandler<Interface> TakeHandler(Interface* handler) {
     if (!IsProperHandler(handler, IidOf<Interface>)) {
         TheObserver().ImproperHandler();
     }
-    return std::make_shared<Handler<Interface>>(handler);
+    return std::make_shared<HandlerReference<Interface>>(handler);
 }
 
 }  // namespace orv::objects

@@ -1,11 +1,11 @@
-// The free-threaded marshaler: the system's own, or a stand-in where there are no apartments.
+// The free-threaded marshaler of the system, or a replacement on systems without apartments.
 #pragma once
 
 #include "platform/abi/base.h"
 
 namespace orv::objects {
 
-// Aggregated into `outer`, see runtime::CreateFreeThreadedMarshaler.
+// Creates a marshaler that `outer` aggregates, see runtime::CreateFreeThreadedMarshaler.
 HRESULT CreateFreeThreadedMarshaler(IUnknown* outer, IUnknown** inner);
 
 }  // namespace orv::objects

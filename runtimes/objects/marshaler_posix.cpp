@@ -1,17 +1,16 @@
-// A marshaler for a place without apartments: there is nothing to marshal, but objects are asked
-// for one all the same.
-#include <atomic>
+// A marshaler for systems without apartments. It cannot marshal, but handlers must provide one.
 #include <new>
 
+#include "runtimes/objects/counted.h"
 #include "runtimes/objects/marshaler.h"
 
 namespace orv::objects {
 
 namespace {
 
-// Aggregation: the object itself is the inner IUnknown with a count of its own, while the IMarshal
-// that it answers passes questions and references on to the outer object.
-class Marshaler final : public IUnknown {
+// Supports aggregation. The object is the inner IUnknown with its own reference count. Its IMarshal
+// forwards queries and references to the outer object.
+class Marshaler final : public Counted<IUnknown> {
   public:
     explicit Marshaler(IUnknown* outer)
         : marshal(outer == nullptr ? static_cast<IUnknown*>(this) : outer) {}
@@ -29,14 +28,6 @@ class Marshaler final : public IUnknown {
             marshal.AddRef();
         }
         return *object == nullptr ? E_NOINTERFACE : S_OK;
-    }
-    ULONG AddRef() override { return references.fetch_add(1, std::memory_order_relaxed) + 1; }
-    ULONG Release() override {
-        const ULONG left = references.fetch_sub(1, std::memory_order_acq_rel) - 1;
-        if (left == 0) {
-            delete this;
-        }
-        return left;
     }
 
   private:
@@ -67,7 +58,6 @@ class Marshaler final : public IUnknown {
         IUnknown* const outer;
     };
 
-    std::atomic<ULONG> references{1};
     Marshal marshal;
 };
 

@@ -1,4 +1,4 @@
-// Objects of a runtime: their references, their identity, and the questions every object answers.
+// Base classes of a runtime's objects: references, identity and QueryInterface.
 #pragma once
 
 #include <atomic>
@@ -9,26 +9,26 @@
 
 namespace orv::objects {
 
-// Counts two kinds of references apart: those held from outside, through AddRef and Release, and
-// those by which the runtime keeps its own objects. The object goes with the last of both.
+// Counts the references of the client (external: AddRef and Release) and those of the runtime
+// (internal) separately. Deletes the object when no reference is left.
 class ObjectBase {
   public:
-    // `ledger` null: references to this object are not counted anywhere.
+    // If `ledgerOfObject` is null, no references are counted.
     explicit ObjectBase(Ledger* ledgerOfObject) : ledger(ledgerOfObject) {}
     ObjectBase(const ObjectBase&) = delete;
     ObjectBase& operator=(const ObjectBase&) = delete;
-    // Pure, so that no compiler takes an object for a bare ObjectBase where it deletes one.
+    // Pure, so that no compiler assumes that `delete this` deletes a plain ObjectBase.
     virtual ~ObjectBase() = 0;
 
-    void Keep() noexcept { counts.fetch_add(Inner, std::memory_order_relaxed); }
-    void LetGo() noexcept {
-        if (counts.fetch_sub(Inner, std::memory_order_acq_rel) == Inner) {
+    void AddInternal() noexcept { counts.fetch_add(Internal, std::memory_order_relaxed); }
+    void ReleaseInternal() noexcept {
+        if (counts.fetch_sub(Internal, std::memory_order_acq_rel) == Internal) {
             delete this;
         }
     }
 
   protected:
-    ULONG Hold() noexcept {
+    ULONG AddExternal() noexcept {
         const UINT64 before = counts.fetch_add(1, std::memory_order_relaxed);
         const ULONG outside = static_cast<ULONG>(before);
         if (ledger != nullptr) {
@@ -38,13 +38,13 @@ class ObjectBase {
             }
         }
         if (outside == 0) {
-            GivenOut();
+            OnFirstExternal();
         }
         return outside + 1;
     }
 
-    ULONG Drop() noexcept {
-        // Before the reference goes: without it the object may be gone at any moment.
+    ULONG ReleaseExternal() noexcept {
+        // Reads `ledger` first, because another thread may delete the object after the decrement.
         Ledger* const counted = ledger;
         const UINT64 before = counts.fetch_sub(1, std::memory_order_acq_rel);
         const ULONG outside = static_cast<ULONG>(before) - 1;
@@ -60,25 +60,25 @@ class ObjectBase {
         return outside;
     }
 
-    // Somebody outside holds the object who did not before.
-    virtual void GivenOut() noexcept {}
+    // Called when the number of external references changes from 0 to 1.
+    virtual void OnFirstExternal() noexcept {}
 
   private:
-    static constexpr UINT64 Inner = UINT64{1} << 32;
+    static constexpr UINT64 Internal = UINT64{1} << 32;
 
-    std::atomic<UINT64> counts{0};  // inner references above, those from outside below
+    std::atomic<UINT64> counts{0};  // upper half: internal references; lower half: external
     Ledger* const ledger;
 };
 inline ObjectBase::~ObjectBase() = default;
 
-// An inner reference.
+// A smart pointer that owns an internal reference.
 template <typename T>
 class Ref {
   public:
     Ref() = default;
     explicit Ref(T* kept) : object(kept) {
         if (object != nullptr) {
-            object->Keep();
+            object->AddInternal();
         }
     }
     Ref(const Ref& other) : Ref(other.object) {}
@@ -89,7 +89,7 @@ class Ref {
     }
     ~Ref() {
         if (object != nullptr) {
-            object->LetGo();
+            object->ReleaseInternal();
         }
     }
 
@@ -106,7 +106,7 @@ Ref<T> Make(Arguments&&... arguments) {
     return Ref<T>(new T(std::forward<Arguments>(arguments)...));
 }
 
-// Hands an object out: the receiver gets a reference of its own.
+// Returns an object to the client with a new external reference.
 template <typename Interface, typename T>
 HRESULT Give(Interface** receiver, const Ref<T>& object) {
     if (receiver == nullptr) {
@@ -119,8 +119,8 @@ HRESULT Give(Interface** receiver, const Ref<T>& object) {
     return S_OK;
 }
 
-// An object with these interfaces. The first is its identity and its default interface; it derives
-// from IInspectable.
+// An object with these interfaces. The first interface derives from IInspectable and is the
+// object's identity and default interface.
 template <typename... Interfaces>
 class Object : public Interfaces..., public ObjectBase {
   public:
@@ -128,7 +128,7 @@ class Object : public Interfaces..., public ObjectBase {
     Object(Class& runtimeClass, Ledger* ledgerOfObject)
         : ObjectBase(ledgerOfObject), itsClass(runtimeClass) {}
 
-    // The interface without a reference, or null. Not told to the observer.
+    // Returns the interface or null. Adds no reference and does not notify the observer.
     void* Find(const GUID& iid) {
         void* found = nullptr;
         static_cast<void>(
@@ -150,12 +150,12 @@ class Object : public Interfaces..., public ObjectBase {
             if (*object == nullptr) {
                 return E_NOINTERFACE;
             }
-            Hold();
+            AddExternal();
             return S_OK;
         });
     }
-    ULONG AddRef() final { return Hold(); }
-    ULONG Release() final { return Drop(); }
+    ULONG AddRef() final { return AddExternal(); }
+    ULONG Release() override { return ReleaseExternal(); }
 
     HRESULT GetIids(ULONG*, GUID**) final { return Unexpected(itsClass.name, "GetIids"); }
     HRESULT GetRuntimeClassName(HSTRING*) final {

@@ -1,9 +1,9 @@
-// The hook of the observer.
+// Storage for the process's observer.
 #include "runtimes/objects/observer.h"
 
 namespace orv::objects {
 
-std::atomic<Observer*> observer{nullptr};
+std::atomic<CallObserver*> observer{nullptr};
 
 HRESULT Unexpected(const char* owner, const char* name) noexcept {
     try {

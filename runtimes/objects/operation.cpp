@@ -1,4 +1,4 @@
-// Names of an operation's members, one for all its instances.
+// Names of an operation's members, shared by all instances.
 #include "runtimes/objects/operation.h"
 
 namespace orv::objects {
@@ -6,5 +6,8 @@ namespace orv::objects {
 Class asyncOperationClass("IAsyncOperation");
 Member putCompletedMember("IAsyncOperation", "put_Completed");
 Member getResultsMember("IAsyncOperation", "GetResults");
+Member getStatusMember("IAsyncInfo", "get_Status");
+Member getErrorCodeMember("IAsyncInfo", "get_ErrorCode");
+Member closeMember("IAsyncInfo", "Close");
 
 }  // namespace orv::objects

@@ -1,11 +1,11 @@
-// An asynchronous operation: started, ended once, its handler invoked once, its result taken.
+// An asynchronous operation, which ends once and invokes its handler once.
 #pragma once
 
 #include <functional>
-#include <mutex>
 
 #include "platform/abi/foundation.h"
 #include "runtimes/objects/handler.h"
+#include "runtimes/objects/mutex.h"
 #include "runtimes/objects/object.h"
 #include "runtimes/objects/stubs/foundation.h"
 
@@ -14,9 +14,12 @@ namespace orv::objects {
 extern Class asyncOperationClass;
 extern Member putCompletedMember;
 extern Member getResultsMember;
+extern Member getStatusMember;
+extern Member getErrorCodeMember;
+extern Member closeMember;
 
-// Runs the invocation of a handler that was registered on an operation that had ended already. It
-// belongs on a thread of the runtime, not on the one that registers.
+// Invokes a handler that was registered after its operation had ended. Invoke must use a thread of
+// the runtime, not the thread that registers the handler.
 class Invoker {
   public:
     virtual void Invoke(std::function<void()> invocation) = 0;
@@ -25,7 +28,7 @@ class Invoker {
     ~Invoker() = default;
 };
 
-// How an operation ended. `code` is what GetResults gives unless it completed.
+// The state in which an operation ended. GetResults returns `code` if `status` is not Completed.
 struct Ending {
     AsyncStatus status = AsyncStatus::Completed;
     HRESULT code = S_OK;
@@ -35,21 +38,21 @@ template <typename T>
 class Operation final : public Object<IAsyncOperation<T>, Stub<IAsyncInfo>> {
   public:
     using CompletedHandler = AsyncOperationCompletedHandler<T>;
-    // Gives the result of a completed operation; called each time that it is taken.
+    // Returns the result of a completed operation. Each GetResults calls this function.
     using Result = std::function<HRESULT(Abi<T>*)>;
 
-    // `refusal`: what registering a handler gives instead of being carried out, if not S_OK.
+    // If `refusal` is not S_OK, registering a handler fails with it.
     Operation(Invoker& invokerOfLateHandlers, HRESULT refusal, Result resultWhenCompleted)
         : Object<IAsyncOperation<T>, Stub<IAsyncInfo>>(asyncOperationClass),
           invoker(invokerOfLateHandlers),
           registrationRefusal(refusal),
           result(std::move(resultWhenCompleted)) {}
 
-    // Called once. Invokes the handler, if there is one already, on this thread.
+    // Ends the operation. Call it once. Invokes the handler on this thread if one is registered.
     void End(const Ending& how) {
         SharedHandler<CompletedHandler> waiting;
         {
-            const std::lock_guard<std::mutex> lock(mutex);
+            const Lock lock(mutex);
             ending = how;
             waiting = std::move(handler);
         }
@@ -79,16 +82,31 @@ class Operation final : public Object<IAsyncOperation<T>, Stub<IAsyncInfo>> {
         });
     }
 
+    // The library uses only the handler. The next three functions are for other clients.
+    HRESULT get_Status(AsyncStatus* status) override {
+        return Property(getStatusMember, status, CurrentEnding().status);
+    }
+    HRESULT get_ErrorCode(HRESULT* code) override {
+        const Ending how = CurrentEnding();
+        return Property(getErrorCodeMember, code,
+                        how.status == AsyncStatus::Started ? S_OK : how.code);
+    }
+    HRESULT Close() override {
+        return Call(closeMember, [&] {
+            return CurrentEnding().status == AsyncStatus::Started ? E_ILLEGAL_STATE_CHANGE : S_OK;
+        });
+    }
+
   private:
     Ending CurrentEnding() {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const Lock lock(mutex);
         return ending;
     }
 
     HRESULT Register(SharedHandler<CompletedHandler> taken) {
         Ending how;
         {
-            const std::lock_guard<std::mutex> lock(mutex);
+            const Lock lock(mutex);
             if (assigned) {
                 return E_ILLEGAL_DELEGATE_ASSIGNMENT;
             }
@@ -108,10 +126,10 @@ class Operation final : public Object<IAsyncOperation<T>, Stub<IAsyncInfo>> {
     Invoker& invoker;
     const HRESULT registrationRefusal;
     const Result result;
-    std::mutex mutex;
-    Ending ending{AsyncStatus::Started, E_ILLEGAL_METHOD_CALL};  // guarded by mutex
-    bool assigned = false;                                       // guarded by mutex
-    SharedHandler<CompletedHandler> handler;                     // guarded by mutex
+    Mutex mutex;
+    Ending ending GUARDED_BY(mutex){AsyncStatus::Started, E_ILLEGAL_METHOD_CALL};
+    bool assigned GUARDED_BY(mutex) = false;
+    SharedHandler<CompletedHandler> handler GUARDED_BY(mutex);
 };
 
 }  // namespace orv::objects

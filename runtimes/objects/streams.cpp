@@ -1,33 +1,49 @@
-// Reader and writer over buffers in memory.
+// Reads and writes buffers in memory.
 #include "runtimes/objects/streams.h"
 
 namespace orv::objects {
 
+namespace {
+
 Class dataReaderClass("DataReader");
+Member getUnconsumedBufferLengthMember(dataReaderClass.name, "get_UnconsumedBufferLength");
+Member readByteMember(dataReaderClass.name, "ReadByte");
 Class dataWriterClass("DataWriter");
+Member writeBytesMember(dataWriterClass.name, "WriteBytes");
+Member detachBufferMember(dataWriterClass.name, "DetachBuffer");
 
-MemoryReader::MemoryReader(Ref<MemoryBuffer> source)
-    : Object(dataReaderClass),
-      buffer(std::move(source)),
-      position(buffer->Bytes().data()),
-      end(position + buffer->Bytes().size()) {}
+// Reads a value in two calls for each byte. If `IsHeard` is false, the calls do not notify the
+// observer, so each call takes only a few instructions.
+template <bool IsHeard>
+class MemoryReader final : public Object<Stub<IDataReader>> {
+  public:
+    explicit MemoryReader(Ref<MemoryBuffer> source)
+        : Object(dataReaderClass),
+          buffer(std::move(source)),
+          position(buffer->Bytes().data()),
+          end(position + buffer->Bytes().size()) {}
 
-HRESULT MemoryReader::FromBuffer(IBuffer* buffer, IDataReader** reader) {
-    if (buffer == nullptr) {
-        return E_POINTER;
+    HRESULT get_UnconsumedBufferLength(UINT32* value) override {
+        const auto left = static_cast<UINT32>(end - position);
+        if constexpr (IsHeard) {
+            return Property(getUnconsumedBufferLengthMember, value, left);
+        }
+        if (value == nullptr) {
+            return E_POINTER;
+        }
+        *value = left;
+        return S_OK;
     }
-    const Ref<MemoryBuffer> source = MemoryBuffer::From(buffer);
-    return source ? Give(reader, Make<MemoryReader>(source)) : E_INVALIDARG;
-}
 
-HRESULT MemoryReader::get_UnconsumedBufferLength(UINT32* value) {
-    static Member member("DataReader", "get_UnconsumedBufferLength");
-    return Property(member, value, static_cast<UINT32>(end - position));
-}
+    HRESULT ReadByte(BYTE* value) override {
+        if constexpr (IsHeard) {
+            return Call(readByteMember, [&] { return Next(value); });
+        }
+        return Next(value);
+    }
 
-HRESULT MemoryReader::ReadByte(BYTE* value) {
-    static Member member("DataReader", "ReadByte");
-    return Call(member, [&] {
+  private:
+    HRESULT Next(BYTE* value) {
         if (value == nullptr) {
             return E_POINTER;
         }
@@ -36,15 +52,32 @@ HRESULT MemoryReader::ReadByte(BYTE* value) {
         }
         *value = *position++;
         return S_OK;
-    });
+    }
+
+    const Ref<MemoryBuffer> buffer;
+    const BYTE* position;
+    const BYTE* const end;
+};
+
+}  // namespace
+
+HRESULT ReadFromBuffer(IBuffer* buffer, IDataReader** reader) {
+    if (buffer == nullptr) {
+        return E_POINTER;
+    }
+    const Ref<MemoryBuffer> source = MemoryBuffer::From(buffer);
+    if (!source) {
+        return E_INVALIDARG;
+    }
+    return TheObserver().hearsCalls ? Give(reader, Make<MemoryReader<true>>(source))
+                                    : Give(reader, Make<MemoryReader<false>>(source));
 }
 
 MemoryWriter::MemoryWriter() : Object(dataWriterClass) {}
 
 HRESULT MemoryWriter::WriteBytes(UINT32 length, const BYTE* values) {
-    static Member member("DataWriter", "WriteBytes");
-    return Call(member, [&] {
-        if (values == nullptr && length != 0) {
+    return Call(writeBytesMember, [&] {
+        if (values == nullptr) {
             return E_POINTER;
         }
         written.insert(written.end(), values, values + length);
@@ -53,8 +86,7 @@ HRESULT MemoryWriter::WriteBytes(UINT32 length, const BYTE* values) {
 }
 
 HRESULT MemoryWriter::DetachBuffer(IBuffer** buffer) {
-    static Member member("DataWriter", "DetachBuffer");
-    return Call(member, [&] {
+    return Call(detachBufferMember, [&] {
         std::vector<BYTE> bytes;
         bytes.swap(written);
         return Give(buffer, Make<MemoryBuffer>(std::move(bytes)));

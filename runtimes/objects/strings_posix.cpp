@@ -1,4 +1,4 @@
-// The runtime's strings where the system has none.
+// Implements the platform's strings on systems without them.
 #include <cstdlib>
 #include <cstring>
 
@@ -6,7 +6,7 @@
 
 namespace orv {
 
-// The characters, zero-terminated, follow in the same block.
+// The header of a string. The zero-terminated characters follow it.
 struct HSTRING__ {
     UINT32 length;
 };

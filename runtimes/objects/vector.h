@@ -1,4 +1,4 @@
-// Vectors of runtime objects: read-only, and the kind that only looks changeable.
+// Vectors of runtime objects. Both classes are read-only: functions that change them fail.
 #pragma once
 
 #include <vector>
@@ -15,6 +15,41 @@ extern Class vectorClass;
 extern Member vectorGetAt;
 extern Member vectorGetSize;
 
+extern Class iteratorClass;
+extern Member iterableFirst;
+extern Member iteratorGetCurrent;
+extern Member iteratorGetHasCurrent;
+extern Member iteratorMoveNext;
+
+// Iterates over a vector once. Like the platform's iterators, it is not thread-safe.
+template <typename T, typename Item>
+class Iterator final : public Object<IIterator<T>> {
+  public:
+    explicit Iterator(const std::vector<Ref<Item>>& content)
+        : Object<IIterator<T>>(iteratorClass), items(content) {}
+
+    HRESULT get_Current(Abi<T>* item) override {
+        return Call(iteratorGetCurrent,
+                    [&] { return HasCurrent() ? Give(item, items[position]) : E_BOUNDS; });
+    }
+    HRESULT get_HasCurrent(boolean* value) override {
+        return Property(iteratorGetHasCurrent, value, HasCurrent());
+    }
+    HRESULT MoveNext(boolean* hasCurrent) override {
+        position += HasCurrent();
+        return Property(iteratorMoveNext, hasCurrent, HasCurrent());
+    }
+    HRESULT GetMany(UINT32, Abi<T>*, UINT32*) override {
+        return Unexpected(iteratorClass.name, "GetMany");
+    }
+
+  private:
+    boolean HasCurrent() const { return position < items.size(); }
+
+    const std::vector<Ref<Item>> items;
+    std::size_t position = 0;
+};
+
 namespace vector_detail {
 
 template <typename Item, typename Interface>
@@ -27,16 +62,19 @@ HRESULT GetAt(Member& member, const std::vector<Ref<Item>>& items, UINT32 index,
 
 // `Item` is the class that implements the runtime class `T`.
 template <typename T, typename Item>
-class VectorView final : public Object<IVectorView<T>> {
+class VectorView final : public Object<IVectorView<T>, IIterable<T>> {
   public:
     explicit VectorView(std::vector<Ref<Item>> content)
-        : Object<IVectorView<T>>(vectorViewClass), items(std::move(content)) {}
+        : Object<IVectorView<T>, IIterable<T>>(vectorViewClass), items(std::move(content)) {}
 
     HRESULT GetAt(UINT32 index, Abi<T>* item) override {
         return vector_detail::GetAt(vectorViewGetAt, items, index, item);
     }
     HRESULT get_Size(UINT32* size) override {
         return Property(vectorViewGetSize, size, static_cast<UINT32>(items.size()));
+    }
+    HRESULT First(IIterator<T>** iterator) override {
+        return Call(iterableFirst, [&] { return Give(iterator, Make<Iterator<T, Item>>(items)); });
     }
     HRESULT IndexOf(Abi<T>, UINT32*, boolean*) override { return Refuse("IndexOf"); }
     HRESULT GetMany(UINT32, UINT32, Abi<T>*, UINT32*) override { return Refuse("GetMany"); }
@@ -48,16 +86,19 @@ class VectorView final : public Object<IVectorView<T>> {
 };
 
 template <typename T, typename Item>
-class Vector final : public Object<IVector<T>> {
+class Vector final : public Object<IVector<T>, IIterable<T>> {
   public:
     explicit Vector(std::vector<Ref<Item>> content)
-        : Object<IVector<T>>(vectorClass), items(std::move(content)) {}
+        : Object<IVector<T>, IIterable<T>>(vectorClass), items(std::move(content)) {}
 
     HRESULT GetAt(UINT32 index, Abi<T>* item) override {
         return vector_detail::GetAt(vectorGetAt, items, index, item);
     }
     HRESULT get_Size(UINT32* size) override {
         return Property(vectorGetSize, size, static_cast<UINT32>(items.size()));
+    }
+    HRESULT First(IIterator<T>** iterator) override {
+        return Call(iterableFirst, [&] { return Give(iterator, Make<Iterator<T, Item>>(items)); });
     }
     HRESULT GetView(IVectorView<T>**) override { return Refuse("GetView"); }
     HRESULT IndexOf(Abi<T>, UINT32*, boolean*) override { return Refuse("IndexOf"); }

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prints the latencies of a contention run as a table and draws them.
+"""Prints the latencies of a contention run as a table and draws a diagram.
 
 Usage: contention_plot.py CONTENTION_JSON SVG
 """
@@ -9,7 +9,7 @@ import sys
 
 PARTS = ("p50", "p99", "p99.9", "worst")
 COLOURS = {"p50": "#2b8a3e", "p99": "#1864ab", "p99.9": "#e67700", "worst": "#c92a2a"}
-LOWEST, HIGHEST = 1, 8  # decades of nanoseconds
+LOWEST, HIGHEST = 1, 8  # powers of ten, in nanoseconds
 WIDTH, HEIGHT, LEFT, TOP = 420, 260, 60, 40
 
 
@@ -33,7 +33,7 @@ def height_of(ns):
 
 
 def panel(rows, title, x, y):
-    """One diagram: a column for each pair of thread counts, a mark for each part."""
+    """Draws one diagram: a column for each pair of thread counts, a mark for each percentile."""
     out = ['<g transform="translate(%d %d)">' % (x, y),
            '<text x="%d" y="20" class="title">%s</text>' % (LEFT, title)]
     for decade in range(LOWEST, HIGHEST + 1):

@@ -3,8 +3,8 @@
 
 Usage: count_tests.py NAME JUNIT_FILE
 
-A GoogleTest program counts with its own tests, anything else as one. Skipped tests are neither
-passed nor failed; they are named on the error output.
+Counts each test of a GoogleTest program, and any other program as one test. Skipped tests do not
+count; their number is printed to standard error.
 """
 import re
 import sys
@@ -12,11 +12,11 @@ import xml.etree.ElementTree
 
 
 def count(case):
-    """How many passed, failed and were skipped in one entry of CTest."""
+    """Returns how many tests passed, failed and were skipped in one entry of CTest."""
     output = case.findtext("system-out") or ""
     own = [sum(map(int, re.findall(r"^\[ *%s *\] (\d+) tests?[.,]" % state, output, re.MULTILINE)))
            for state in ("PASSED", "FAILED", "SKIPPED")]
-    if case.get("status") != "run":  # also a program that crashed after, or without, its summary
+    if case.get("status") != "run":  # the program crashed or printed no summary
         own[1] = max(own[1], 1)
     elif own[0] == 0 and own[2] == 0:
         own[0] = 1

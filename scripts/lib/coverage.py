@@ -1,19 +1,20 @@
-"""Reads llvm-cov's export: a line for each file, then each line and branch that was never taken."""
+"""Reads llvm-cov's export. Prints a line for each file, then each line and branch that was not
+reached."""
 import json
 import os
 import sys
 
 
 def never_taken(file):
-    """Lines with code that no test ran; conditions of which one outcome never came."""
+    """Returns the execution counts of lines and of conditions' results."""
     lines, branches = {}, {}
     segments = file['segments']
     for (line, _, count, has_count, _, is_gap), after in zip(segments, segments[1:]):
-        # Up to the next segment; the line where that begins is its own.
+        # A segment ends on the line before the next one, but always contains its own line.
         for covered in range(line, max(line + 1, after[0])):
             if has_count and not is_gap:
                 lines[covered] = max(lines.get(covered, 0), count)
-    # A template has an entry for each of its types; any of them will do.
+    # A template has an entry for each instance; their counts are added.
     for line, column, _, _, taken, not_taken, *_ in file['branches']:
         seen = branches.setdefault((line, column), [0, 0])
         seen[0] += taken

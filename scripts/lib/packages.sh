@@ -1,4 +1,4 @@
-# Debian packages that a script needs: installed by name, and only what is missing.
+# Installs the Debian packages that a script needs and that are missing.
 
 need_packages() {
     local package missing=()
@@ -14,7 +14,7 @@ need_packages() {
         apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# What npm needs, unless it has come from elsewhere.
+# Prints the packages for npm, unless npm is installed in another way.
 npm_packages() {
     command -v npm >/dev/null || echo nodejs npm
 }

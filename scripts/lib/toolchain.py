@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Prints the compiler and the flags of a build folder.
+"""Prints the compiler and the flags of a build directory.
 
-Usage: toolchain.py FOLDER
+Usage: toolchain.py DIRECTORY
 """
 import json
 import shlex

@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "platform/runtime.h"
-#include "platform/text.h"
+#include "platform/text_buffer.h"
 #include "quelvixwinlib.h"
 
 namespace orv {
@@ -14,14 +14,15 @@ DiagnosticsLog diagnosticsLog;
 
 namespace {
 
-void AppendPadded(Text& line, int value, int firstPlace) {
+void AppendPadded(TextBuffer& line, int value, int firstPlace) {
     for (int place = firstPlace; place > 0; place /= 10) {
         line.Append(static_cast<char>('0' + value / place % 10));
     }
 }
 
-// "hh:mm:ss.mmm" and a tab. One reading of the clock gives both the second and its milliseconds.
-void AppendStamp(Text& line) {
+// Appends the local time as "hh:mm:ss.mmm" and a tab. Reads the clock only once, so that seconds
+// and milliseconds are of the same moment.
+void AppendStamp(TextBuffer& line) {
     const INT64 sinceEpoch = runtime::SystemTimeMs();
     const std::tm time = system::ToLocalTime(static_cast<std::time_t>(sinceEpoch / 1000));
     AppendPadded(line, time.tm_hour, 10);
@@ -34,8 +35,8 @@ void AppendStamp(Text& line) {
     line.Append('\t');
 }
 
-// As a text file stores it, on every platform alike: a line feed is carriage return and line feed.
-void AppendTranslated(Text& line, std::string_view text) {
+// Appends text and replaces each line feed by a carriage return and a line feed, on every platform.
+void AppendTranslated(TextBuffer& line, std::string_view text) {
     while (!text.empty()) {
         const std::size_t lineFeed = std::min(text.find('\n'), text.size());
         line.Append(text.substr(0, lineFeed));
@@ -48,12 +49,12 @@ void AppendTranslated(Text& line, std::string_view text) {
 }
 
 bool WriteLine(std::string_view text) {
-    Text line;
+    TextBuffer line;
     line.Reserve(text.size() + 16);
     AppendStamp(line);
     AppendTranslated(line, text);
     line.Append("\r\n");
-    const Lock lock(diagnosticsLog.lock);
+    const Lock lock(diagnosticsLog.mutex);
     return system::AppendToFile(diagnosticsLog.path, line.View());
 }
 
@@ -62,18 +63,19 @@ bool StartLog() {
     if (!system::ReadModulePath(module)) {
         return false;
     }
-    const Lock lock(diagnosticsLog.lock);
+    const Lock lock(diagnosticsLog.mutex);
     strcpy(diagnosticsLog.path, module);
     strcat(diagnosticsLog.path, ".log");
     if (!system::EmptyFile(diagnosticsLog.path)) {
         return false;
     }
-    // Under the lock: a line may only be written once the file is empty.
+    // Enables the log last and under the lock: no line may be written before the file is empty.
     diagnosticsLog.enabled.exchange(true);
     return true;
 }
 
-// The log's own edge: what fails here cannot be logged, so it only becomes -1.
+// Runs `body`, an operation of the log. Returns -1 if it throws; a failure of the log cannot be
+// logged.
 template <typename Body>
 ResultCode RunLogExport(Body&& body) noexcept {
     try {
@@ -107,7 +109,7 @@ extern "C" ResultCode Logging_AppendLine(const char* text, std::int32_t length) 
     if (!diagnosticsLog.IsEnabled() || (!text && length > 0)) {
         return ORV_FAILED;
     }
-    constexpr std::int32_t StampLength = 14;  // with the line feed at the end
+    constexpr std::int32_t StampLength = 14;  // 12 bytes of time, a tab and the final line feed
     const std::int32_t used = std::max(length, 0);
     return RunLogExport([text, used]() -> ResultCode {
         if (!WriteLine({text, static_cast<std::size_t>(used)})) {

@@ -1,4 +1,4 @@
-// The diagnostics log: a text file beside the library's own file, one line per event.
+// The diagnostics log, a text file beside the library's own file with one line per event.
 #pragma once
 
 #include <atomic>
@@ -9,24 +9,24 @@
 
 namespace orv {
 
-// Process-wide. Needs no code to create and none to destroy, so it works from the first instruction
-// after load to the last before unload.
+// The log of the process. It is constant-initialized and never destroyed, so that it can be used
+// from load to unload.
 //
-// Threads: `enabled` is read without the lock. `lock` is held for the open, write and close of one
-// line, and is a leaf: never take it with another lock of the library held.
+// Threads: `enabled` is read without the mutex. A thread holds `mutex`, and no other lock of the
+// library, while it opens the file, writes one line and closes the file.
 struct DiagnosticsLog {
     std::atomic<bool> enabled{false};
-    Mutex lock;
-    // Zero-terminated. Kept when the log is switched off.
-    char path[system::LongestPath + sizeof ".log"] GUARDED_BY(lock) = {};
+    Mutex mutex;
+    // Zero-terminated path of the log file. The path is kept when the log is switched off.
+    char path[system::LongestPath + sizeof ".log"] GUARDED_BY(mutex) = {};
 
-    // A caller that composes a line can spare itself the work when this is false.
+    // Returns whether lines are written. If not, the caller need not compose a line.
     bool IsEnabled() const { return enabled.load(std::memory_order_relaxed); }
 };
 
 extern DiagnosticsLog diagnosticsLog;
 
-// One line of the library's own. Its failure is nobody's business. Never throws.
+// Writes one line of the library itself. Ignores failures and never throws.
 void AppendLogLine(std::string_view text) noexcept;
 
 }  // namespace orv

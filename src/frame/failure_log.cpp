@@ -1,23 +1,24 @@
 #include "frame/failure_log.h"
 
+#include <cxxabi.h>
+
 #include <exception>
-#include <stdexcept>
 #include <string_view>
 
 #include "frame/diagnostics_log.h"
 #include "platform/failure.h"
-#include "platform/text.h"
+#include "platform/text_buffer.h"
 
 namespace orv {
 
 namespace {
 
 struct FailureText {
-    std::string_view own;  // of this toolchain's standard library
+    std::string_view own;  // text in this toolchain's standard library
     std::string_view logged;
 };
 
-// One text per failure in every log, whichever standard library the build used.
+// Makes the log use the same text for a failure, whichever standard library the build used.
 constexpr FailureText FailureTexts[] = {
     {"std::bad_alloc", "bad allocation"},
     {"std::bad_array_new_length", "bad array new length"},
@@ -25,11 +26,16 @@ constexpr FailureText FailureTexts[] = {
     {"std::exception", "Unknown exception"},
 };
 
-// Texts of a container's size limit, which name the operation that met it.
+// Failures that exceed a container's limit; `own` is the beginning of the text. For a string, the
+// text is only the operation's name; texts of other string failures contain spaces.
 constexpr FailureText LimitTexts[] = {
-    {"basic_string", "string too long"},
-    {"cannot create std::deque", "deque<T> too long"},
+    {"basic_string::", "string too long"},
+    {"cannot create std::deque larger", "deque<T> too long"},
 };
+bool IsLimit(std::string_view own, std::string_view beginning) {
+    return own.substr(0, beginning.size()) == beginning &&
+           (beginning.back() != ':' || own.find(' ') == own.npos);
+}
 
 std::string_view LoggedText(const std::exception& failure) {
     const char* what = failure.what();
@@ -42,21 +48,21 @@ std::string_view LoggedText(const std::exception& failure) {
             return text.logged;
         }
     }
-    if (dynamic_cast<const std::length_error*>(&failure)) {
-        for (const FailureText& text : LimitTexts) {
-            if (own.substr(0, text.own.size()) == text.own) {
-                return text.logged;
-            }
+    for (const FailureText& text : LimitTexts) {
+        if (IsLimit(own, text.own)) {
+            return text.logged;
         }
     }
     return own;
 }
 
-void LogFailure(const std::exception_ptr& failure) {
+// Throws the current exception again to inspect it. std::exception_ptr would need memory, and the
+// failure may be that memory ran out.
+void LogFailure() {
     try {
-        std::rethrow_exception(failure);
+        throw;
     } catch (const std::exception& standard) {
-        Text line;
+        TextBuffer line;
         line.Append("Exception: ");
         line.Append(LoggedText(standard));
         AppendLogLine(line.View());
@@ -71,14 +77,13 @@ void LogCurrentException() noexcept {
     if (!diagnosticsLog.IsEnabled()) {
         return;
     }
-    const std::exception_ptr failure = std::current_exception();
-    if (!failure) {
+    if (!abi::__cxa_current_exception_type()) {
         AppendLogLine("Exception: none");
         return;
     }
-    // A second guard: what() or composing the line of a long text can fail itself.
+    // Catches again, because what() can throw and composing a long line can run out of memory.
     try {
-        LogFailure(failure);
+        LogFailure();
     } catch (...) {
         AppendLogLine("Exception: error retrieving exception");
     }

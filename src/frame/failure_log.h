@@ -1,10 +1,9 @@
-// How a caught failure becomes a line of the log.
 #pragma once
 
 namespace orv {
 
-// Writes the text of the failure that is being handled. Call it in a catch block, with no lock of
-// the library held. Never throws.
+// Writes the text of the current exception to the log. Call it in a catch block while the thread
+// holds no lock of the library. Never throws.
 void LogCurrentException() noexcept;
 
 }  // namespace orv

@@ -1,4 +1,3 @@
-// OrvDevice_Connect and OrvDevice_Disconnect.
 #include "frame/export_frame.h"
 #include "link/connection_table.h"
 #include "link/receive.h"
@@ -13,8 +12,8 @@ namespace {
 constexpr GUID LinkServiceUuid = Guid("4880c12c-fdcb-4077-8920-a450d7f9b907");
 constexpr GUID LinkCharacteristicUuid = Guid("fec26ec4-6d71-4442-9f81-55bc21d658d6");
 
-// Each of the following steps is refused, without raising anything, by an operation that does not
-// complete in time or whose answer is not the one wanted. What it obtained stays in `link`.
+// The steps of a connect. Each step stores the object that it obtains in `link`. It returns false
+// if its operation times out or is rejected, and throws on any other failure.
 
 bool FindDevice(DeviceLink& link) {
     const auto statics = FactoryOf<BluetoothLEDevice, IBluetoothLEDeviceStatics>();
@@ -71,8 +70,8 @@ auto StartNotifyWrite(const DeviceLink& link,
                &IGattCharacteristic::WriteClientCharacteristicConfigurationDescriptorAsync, value);
 }
 
-// The handler is registered first, so that no notification is missed once they are on. It stays
-// registered for good: its token is dropped.
+// Registers the handler before it switches notifications on, so that no notification is missed.
+// Drops the registration token, because the handler is never unregistered.
 bool SwitchNotificationsOn(DeviceLink& link) {
     const auto handler =
         EventHandler<GattCharacteristic, GattValueChangedEventArgs>::Create(OnDataReceived);
@@ -83,7 +82,7 @@ bool SwitchNotificationsOn(DeviceLink& link) {
     return status == GattCommunicationStatus::Success;
 }
 
-// Enters the one link in `built` as the youngest.
+// Moves the only link in `built` to the end of the table.
 void Enter(std::list<DeviceLink>& built) {
     const Lock lock(connectionTable.mutex);
     connectionTable.links.splice(connectionTable.links.end(), built);
@@ -94,14 +93,14 @@ void Close(const Reference<Interface>& object) {
     Call(object.template As<IClosable>(), &IClosable::Close);
 }
 
-// Switches notifications off, closes the service and returns it, for its last release. A link whose
-// device can then not be closed stays in the table without its service; a repeat must not write to
-// it, which a closed service refuses, and goes on with the device.
+// Switches notifications off, closes the service and returns it, so that the caller can release it
+// later. If the caller then fails to close the device, the link stays in the table without a
+// service. The next disconnect skips this step, because a closed service rejects writes.
 Reference<IGattDeviceService> SilenceAndCloseService(DeviceLink& link) {
     if (!link.service) {
         return nullptr;
     }
-    // Whatever the device says, or if it says nothing, the link is taken down.
+    // Ignores the status: the link is removed even if the device rejects the write or times out.
     WaitForCompletion(
         StartNotifyWrite(link, GattClientCharacteristicConfigurationDescriptorValue::None),
         GattWaitLimitMs);
@@ -109,8 +108,8 @@ Reference<IGattDeviceService> SilenceAndCloseService(DeviceLink& link) {
     return std::move(link.service);
 }
 
-// For the way out of a failed connect: closing one object must not keep the other from being
-// closed.
+// Closes an object after a failed connect. Logs a failure instead of throwing it, so that the
+// caller can still close the other object.
 template <typename Interface>
 void CloseAfterFailure(const Reference<Interface>& object) noexcept {
     if (object) {
@@ -118,7 +117,6 @@ void CloseAfterFailure(const Reference<Interface>& object) noexcept {
     }
 }
 
-// Takes the link out and leaves it in `removed`.
 void Take(const DeviceLink* link, std::list<DeviceLink>& removed) REQUIRES(connectionTable.mutex) {
     auto& links = connectionTable.links;
     auto place = links.begin();
@@ -135,7 +133,7 @@ void Take(const DeviceLink* link, std::list<DeviceLink>& removed) REQUIRES(conne
 using namespace orv;
 
 extern "C" ResultCode OrvDevice_Connect(BluetoothAddress address) {
-    // Outside the frame, because a failure is logged before what was opened is closed.
+    // Declared outside RunExport, which must log a failure before the opened objects are closed.
     std::list<DeviceLink> built;
     const ResultCode result = RunExport(Traced("OrvDevice_Connect", address), [&]() -> ResultCode {
         built.emplace_back();
@@ -157,8 +155,8 @@ extern "C" ResultCode OrvDevice_Connect(BluetoothAddress address) {
 
 extern "C" ResultCode OrvDevice_Disconnect(BluetoothAddress address) {
     return RunExport(Traced("OrvDevice_Disconnect", address), [&]() -> ResultCode {
-        // Destroyed without the lock: a final release is the platform's code, which may wait for a
-        // notification that itself waits for the lock.
+        // These two are destroyed after the lock is released. Their final release runs platform
+        // code, which may wait for a notification handler that waits for this lock.
         std::list<DeviceLink> removed;
         Reference<IGattDeviceService> closed;
         const Lock lock(connectionTable.mutex);

@@ -1,4 +1,4 @@
-// The open links, oldest first, and the one lock over them and every byte queued on them.
+// The open links, oldest first, and the one lock that guards them and their queues.
 #pragma once
 
 #include <list>
@@ -11,29 +11,31 @@
 
 namespace orv {
 
-// Limit of every wait for a device.
+// Timeout of each wait for an operation of a device.
 constexpr UINT32 GattWaitLimitMs = 2000;
 
-// One open link. A half-built link is never in the table: connect enters it as its last step.
+// One open link. OrvDevice_Connect inserts it in its last step, so every link in the table is
+// complete.
 struct DeviceLink {
-    BluetoothAddress address;  // key of by-address lookups; several links may share it
+    BluetoothAddress address;  // several links may have the same address
     Reference<IBluetoothLEDevice> device;
-    Reference<IGattDeviceService> service;          // null once closed, see OrvDevice_Disconnect
-    Reference<IGattCharacteristic> characteristic;  // identity key of incoming notifications
-    ReceiveQueue receiveQueue;                      // notified and not yet taken; unbounded
+    Reference<IGattDeviceService> service;          // null after OrvDevice_Disconnect closed it
+    Reference<IGattCharacteristic> characteristic;  // sender of the link's notifications
+    ReceiveQueue receiveQueue;                      // bytes that the host has not yet received
 };
 
-// Process-wide.
+// The table of the process.
 //
-// Threads: `mutex` is held by host threads and by the platform's notification threads. Disconnect
-// and send keep it through one wait of at most GattWaitLimitMs, so everything else here may block
-// that long; disconnect keeps it also while it closes the device, which has no limit of its own.
-// Write the trace line before taking it; log failures after releasing it.
+// Threads: host threads and the platform's notification threads lock `mutex`. OrvDevice_Disconnect
+// and OrvDevice_Send hold it during one wait of at most GattWaitLimitMs. OrvDevice_Disconnect also
+// holds it while it closes the device, which has no timeout. Do not write to the log while holding
+// it.
 struct ConnectionTable {
     Mutex mutex;
     std::list<DeviceLink> links GUARDED_BY(mutex);
 
-    // The oldest match, or null. Valid until the caller releases `mutex`.
+    // Returns the oldest link of the address, or null. The pointer is valid until the caller
+    // releases `mutex`.
     DeviceLink* FindByAddress(BluetoothAddress address) REQUIRES(mutex);
     DeviceLink* FindByCharacteristic(const Reference<IGattCharacteristic>& sender) REQUIRES(mutex);
 };

@@ -30,11 +30,12 @@ void OnDataReceived(const Reference<IGattCharacteristic>& sender,
         auto opened =
             Get(readers, &IDataReaderStatics::FromBuffer,
                 Get(arguments, &IGattValueChangedEventArgs::get_CharacteristicValue).Get());
-        // No call has ever seen this variable's address, so the pointer in it stays in a register
-        // through the loop over the bytes.
+        // No function receives the address of `reader`, so the compiler can keep its pointer in a
+        // register during the loop.
         const auto reader = std::move(opened);
-        // One lock hold for the whole value: a receive sees either none or all of it. The link is
-        // found by the characteristic, not by the address, which several links may share.
+        // Locks once for the whole value, so that OrvDevice_Receive finds either none or all of its
+        // bytes. Finds the link by its characteristic, because several links may have the same
+        // address.
         const Lock lock(connectionTable.mutex);
         DeviceLink* link = connectionTable.FindByCharacteristic(sender);
         if (!link) {

@@ -1,4 +1,3 @@
-// What the library does with a notification.
 #pragma once
 
 #include "platform/abi/gatt.h"
@@ -6,9 +5,8 @@
 
 namespace orv {
 
-// Handler of the link characteristic's ValueChanged event. Runs on threads of the platform,
-// possibly several at once, from before the link is in the table until long after it has left.
-// Takes the connection table's mutex.
+// Appends the value of a notification to the link's queue. Threads of the platform call it, several
+// at once, also before the link is in the table and after it was removed. Locks the table's mutex.
 void OnDataReceived(const Reference<IGattCharacteristic>& sender,
                     const Reference<IGattValueChangedEventArgs>& arguments) noexcept;
 

@@ -35,7 +35,7 @@ std::size_t ReceiveQueue::Clear() {
 }
 
 void ReceiveQueue::AddBlock() {
-    auto* added = new Block;  // its bytes are written before they are read
+    auto* added = new Block;  // uninitialized: bytes are written before they are read
     added->next = nullptr;
     (last ? last->next : first) = added;
     last = added;

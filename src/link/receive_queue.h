@@ -1,4 +1,3 @@
-// The bytes that a device has sent and the host has not taken.
 #pragma once
 
 #include <cstddef>
@@ -6,12 +5,12 @@
 
 namespace orv {
 
-// First in, first out; no limit but memory. Not synchronised: the connection table's mutex guards
-// every queue.
+// A queue for the bytes that a device has sent and the host has not yet received, limited by memory
+// only. Not synchronized: the connection table's mutex guards every queue.
 //
-// Bytes lie in a chain of blocks, so that appending never moves what is queued and taking copies
-// whole stretches. The last block is kept when the queue runs empty: a host that polls steadily
-// costs no allocation.
+// Stores the bytes in a linked list of blocks, so that appending never moves bytes and Take copies
+// whole ranges. Take keeps the last block of an empty queue, so that regular polling does not
+// allocate.
 class ReceiveQueue {
   public:
     ReceiveQueue() = default;
@@ -21,9 +20,8 @@ class ReceiveQueue {
 
     std::size_t Size() const { return size; }
 
-    // Bytes on their way into the queue, which has them when this goes out of scope, also by a
-    // failure. Until then nothing else may be done with the queue. It exists so that a value is
-    // appended byte by byte without a look at the queue for each.
+    // Appends bytes one by one. The destructor updates the queue, also after an exception. Do not
+    // use the queue in any other way before that.
     class Filling {
       public:
         explicit Filling(ReceiveQueue& filled) : queue(filled) { Open(); }
@@ -31,7 +29,8 @@ class ReceiveQueue {
         Filling(const Filling&) = delete;
         Filling& operator=(const Filling&) = delete;
 
-        // Where the next byte belongs. Raises when memory runs out; all that was added stays.
+        // Returns the address for the next byte. Throws when memory runs out; the earlier bytes
+        // stay in the queue.
         std::uint8_t* Place() {
             if (place == end) {
                 Commit();
@@ -40,7 +39,7 @@ class ReceiveQueue {
             }
             return place;
         }
-        // The byte is there.
+        // Appends the byte that the caller has stored at Place().
         void Add() { ++place; }
 
       private:
@@ -55,22 +54,22 @@ class ReceiveQueue {
         }
 
         ReceiveQueue& queue;
-        std::uint8_t* begin;  // of what the queue does not know of yet
+        std::uint8_t* begin;  // first byte not yet counted in the queue's size
         std::uint8_t* place;
         std::uint8_t* end;
     };
 
-    // Raises when memory runs out; what was queued is unchanged then.
+    // Appends a byte. Throws when memory runs out; the queue is unchanged then.
     void Append(std::uint8_t byte) {
         Filling filling(*this);
         *filling.Place() = byte;
         filling.Add();
     }
 
-    // Moves up to `count` bytes from the front to `target` and returns how many.
+    // Moves at most `count` bytes from the front to `target` and returns their number.
     std::size_t Take(std::uint8_t* target, std::size_t count);
 
-    // Drops all bytes and releases their storage. Returns how many there were.
+    // Removes all bytes and frees their storage. Returns the number of bytes removed.
     std::size_t Clear();
 
   private:
@@ -85,8 +84,8 @@ class ReceiveQueue {
 
     Block* first = nullptr;
     Block* last = nullptr;
-    std::size_t firstBegin = 0;  // of the bytes in `first`
-    std::size_t lastEnd = 0;     // of the bytes in `last`; means nothing while there is none
+    std::size_t firstBegin = 0;  // index of the oldest byte in `first`
+    std::size_t lastEnd = 0;     // index after the newest byte in `last`
     std::size_t size = 0;
 };
 

@@ -1,4 +1,3 @@
-// OrvDevice_Send.
 #include "frame/export_frame.h"
 #include "link/connection_table.h"
 #include "platform/activation.h"
@@ -12,9 +11,12 @@ extern "C" ResultCode OrvDevice_Send(BluetoothAddress address, std::int32_t leng
         if (length < 0 || (!data && length > 0)) {
             return Failure;
         }
-        // Copied before the lock is taken, so that the time under it does not grow with the block.
+        // Copies the block before the lock is taken, so that a large block does not delay other
+        // threads.
         const auto writer = Activate<DataWriter>();
-        Call(writer, &IDataWriter::WriteBytes, static_cast<UINT32>(length), data);
+        // An empty block needs an address, too, because the runtime may reject a null pointer.
+        const std::uint8_t none = 0;
+        Call(writer, &IDataWriter::WriteBytes, static_cast<UINT32>(length), data ? data : &none);
 
         const Lock lock(connectionTable.mutex);
         const DeviceLink* link = connectionTable.FindByAddress(address);
@@ -27,7 +29,7 @@ extern "C" ResultCode OrvDevice_Send(BluetoothAddress address, std::int32_t leng
         }
         const auto write =
             Get(link->characteristic, &IGattCharacteristic::WriteValueAsync, block.Get());
-        // How the device answered is not asked: a write that has ended in time counts as sent.
+        // Does not read the device's answer: every write that completes in time counts as sent.
         return WaitForCompletion(write, GattWaitLimitMs) == AsyncStatus::Completed ? length
                                                                                    : Failure;
     });

@@ -1,38 +1,52 @@
 #include "platform/activation.h"
 
-#include <string>
+#include <algorithm>
+#include <string_view>
 
 #include "platform/runtime.h"
+#include "platform/system.h"
 
 namespace orv {
 
 namespace {
 
-bool TakeApartmentUse() {
-    CheckResult(runtime::JoinMultithreadedApartment());
+// Adds a usage count to the process's multithreaded apartment, in the first call that succeeds.
+// Never removes the count, because cached factories must outlive the host's own apartments.
+// Concurrent first calls may each add a count, which is harmless. Returns false when the system
+// refuses.
+//
+// First makes the library stay loaded: after an unload, the next load would add another count.
+bool JoinApartment() noexcept {
+    static std::atomic<bool> joined{false};
+    if (joined.load(std::memory_order_acquire)) {
+        return true;
+    }
+    try {
+        system::KeepModuleLoaded();
+    } catch (...) {
+        return false;
+    }
+    if (Failed(runtime::JoinMultithreadedApartment())) {
+        return false;
+    }
+    joined.store(true, std::memory_order_release);
     return true;
 }
 
-// Takes the process's one use of the multithreaded apartment, at the first call that succeeds. It
-// is never given back: cached factories must outlive the host's own apartments.
-bool JoinApartment() noexcept {
-    try {
-        static const bool joined = TakeApartmentUse();
-        return joined;
-    } catch (...) {
-        return false;  // an initialisation that raised is tried again by the next call
-    }
-}
-
-// Tries libraries named after the class's namespace: for A.B.Class "A.B.dll", then "A.dll".
+// Requests the factory from files named after the class's namespace: for class A.B.C, from A.B.dll
+// and then from A.dll.
 HRESULT AskNamespaceLibraries(std::u16string_view className, const GUID& iid, void** factory) {
+    constexpr std::u16string_view Ending = u".dll";
+    constexpr std::size_t LongestName = 128;  // limit for class names, which are all shorter
+    char16_t library[LongestName + Ending.size() + 1];
     HRESULT code = REGDB_E_CLASSNOTREG;
-    std::u16string_view name = className;
+    std::u16string_view name = className.substr(0, LongestName);
     for (std::size_t dot = name.rfind(u'.'); Failed(code) && dot != name.npos;
          dot = name.rfind(u'.')) {
         name = name.substr(0, dot);
-        const std::u16string library = std::u16string(name) + u".dll";
-        code = runtime::GetLibraryFactory(library.c_str(), className.data(), iid, factory);
+        char16_t* end = std::copy(name.begin(), name.end(), library);
+        *std::copy(Ending.begin(), Ending.end(), end) = u'\0';
+        code = runtime::GetLibraryFactory(library, className.data(), iid, factory);
     }
     return code;
 }
@@ -44,7 +58,7 @@ Reference<IUnknown> RequestFactory(const char16_t* className, const GUID& iid) {
     if (code == CO_E_NOTINITIALIZED && JoinApartment()) {
         code = runtime::GetActivationFactory(className, iid, output);
     }
-    // Whatever the libraries say, the failure that is raised is the runtime's own.
+    // Throws the runtime's error if no library provides the class either.
     if (Failed(code) && Failed(AskNamespaceLibraries(className, iid, output))) {
         RaiseFailure(code);
     }
@@ -63,13 +77,14 @@ Reference<IUnknown> FindFactory(SharedFactory& shared, const char16_t* className
         return Reference<IUnknown>(found);
     }
     Reference<IUnknown> factory = RequestFactory(className, iid);
-    // Without the apartment a cached factory could be torn down with the host's own.
+    // Does not cache the factory if joining the apartment fails, because the end of the host's
+    // apartment could then destroy the factory.
     if (!IsAgile(factory) || !JoinApartment()) {
         return factory;
     }
     IUnknown* published = nullptr;
     if (shared.compare_exchange_strong(published, factory.Get(), std::memory_order_acq_rel)) {
-        factory.Get()->AddRef();  // the cache's own
+        factory.Get()->AddRef();  // the cache owns this reference
         return factory;
     }
     return Reference<IUnknown>(published);

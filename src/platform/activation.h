@@ -1,4 +1,3 @@
-// Activation: from the name of a runtime class to its factory and its objects.
 #pragma once
 
 #include <atomic>
@@ -7,25 +6,24 @@
 
 namespace orv {
 
-// The place of one factory that all threads share once it was found. Never released: it lasts until
-// the process ends, so it has no destructor either.
+// A cache for one factory, shared by all threads; null until the factory is found. Needs no
+// destructor, because the factory is never released.
 using SharedFactory = std::atomic<IUnknown*>;
 
-// The factory's interface `iid`, with a reference that is the caller's. Raises the runtime's code
-// when the class cannot be activated.
+// Returns the interface `iid` of the factory, which is cached in `shared`. The caller owns the
+// reference. Throws the runtime's code when the class cannot be activated.
 Reference<IUnknown> FindFactory(SharedFactory& shared, const char16_t* className, const GUID& iid);
 
-// The factory of a runtime class, as the interface of its static operations. Looked up once per
-// process where it may be used from any thread, otherwise at each use.
+// Returns an interface of the factory of a runtime class. A factory that any thread may use is
+// requested once per process; any other factory is requested in each call.
 template <typename Class, typename Interface>
 Reference<Interface> FactoryOf() {
     static SharedFactory shared{nullptr};
     Reference<IUnknown> factory = FindFactory(shared, Class::Name, IidOf<Interface>);
-    // FindFactory asked for just this interface, so the pointer is one.
+    // The cast is safe, because FindFactory requested exactly this interface.
     return Reference<Interface>::Adopt(static_cast<Interface*>(factory.Detach()));
 }
 
-// A new object of a runtime class, by its default construction.
 template <typename Class>
 Reference<typename Class::DefaultInterface> Activate() {
     return Get(FactoryOf<Class, IActivationFactory>(), &IActivationFactory::ActivateInstance)

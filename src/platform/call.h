@@ -1,4 +1,5 @@
-// Calls of runtime members as the logic writes them: a failure is raised, outputs are owned.
+// Calls functions of runtime objects, throws their failures, and returns outputs that own their
+// value.
 #pragma once
 
 #include <tuple>
@@ -6,7 +7,7 @@
 
 #include "platform/failure.h"
 #include "platform/reference.h"
-#include "platform/strings.h"
+#include "platform/runtime_string.h"
 
 namespace orv {
 
@@ -34,19 +35,19 @@ using OutputOf = std::remove_pointer_t<
 
 }  // namespace call_detail
 
-// What owns a value of the binary interface: a Reference for an interface, a RuntimeString for a
-// string, the value itself for anything else.
+// The type that owns an output value: Reference for an interface, RuntimeString for a string,
+// otherwise the type of the value.
 template <typename Output>
 using Owned = typename call_detail::Owner<Output>::Type;
 
-// Calls a member that gives nothing back. A missing object is a failure like any other.
+// Calls a member function without output. Throws if it fails or if `object` is null.
 template <typename Interface, typename... Parameters, typename... Inputs>
 void Call(const Reference<Interface>& object, HRESULT (Interface::*member)(Parameters...),
           Inputs... inputs) {
     CheckResult(object ? (object.Get()->*member)(inputs...) : E_POINTER);
 }
 
-// Calls a member whose last parameter is its output, and returns that.
+// Calls a member function whose last parameter is its output, and returns the output.
 template <typename Interface, typename... Parameters, typename... Inputs>
 auto Get(const Reference<Interface>& object, HRESULT (Interface::*member)(Parameters...),
          Inputs... inputs) {

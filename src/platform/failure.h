@@ -1,17 +1,16 @@
-// How failing calls of the runtime and the operating system are raised.
 #pragma once
 
 #include "platform/abi/base.h"
 
 namespace orv {
 
-// A failing call, with the code that it gave. Deliberately not a std::exception: the log tells
-// failures of the platform from the library's own.
+// The exception for a failed call. It is not derived from std::exception, because the log
+// distinguishes failures of the platform from those of the library.
 struct PlatformFailure {
     HRESULT code;
 };
 
-// Raises `code`: out of memory as std::bad_alloc, everything else as PlatformFailure.
+// Throws std::bad_alloc for an out-of-memory code, otherwise PlatformFailure.
 [[noreturn]] void RaiseFailure(HRESULT code);
 
 inline void CheckResult(HRESULT code) {

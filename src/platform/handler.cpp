@@ -6,7 +6,8 @@
 namespace orv {
 
 HandlerState::HandlerState() {
-    // Asking the system once is enough; asking twice in a race does no harm.
+    // Calls KeepModuleLoaded until one call succeeds. Several threads may call it at once, which is
+    // harmless.
     static std::atomic<bool> kept{false};
     if (!kept.load(std::memory_order_acquire)) {
         system::KeepModuleLoaded();

@@ -1,4 +1,4 @@
-// Handlers: the objects that the library gives to the runtime to be called back.
+// Handlers: objects of the library whose functions the runtime calls.
 #pragma once
 
 #include <atomic>
@@ -9,10 +9,11 @@
 
 namespace orv {
 
-// What all handlers have in common, apart from the types that the runtime sees.
+// The part of a handler that does not depend on its event's types.
 //
-// Creating a handler keeps the library loaded for the rest of the process, because the runtime may
-// call or release it at any later time, on any thread. Raises when that cannot be had.
+// The constructor keeps the library loaded until the process ends, because the runtime may call or
+// release the handler at any later time, on any thread. Throws if the library cannot be kept
+// loaded.
 class HandlerState {
   public:
     HandlerState();
@@ -23,20 +24,20 @@ class HandlerState {
     ULONG AddReference() { return references.fetch_add(1, std::memory_order_relaxed) + 1; }
     ULONG DropReference() { return references.fetch_sub(1, std::memory_order_acq_rel) - 1; }
 
-    // Answers for IUnknown, the handler's own interface, IAgileObject and IMarshal. The last two
-    // say that the runtime may call the handler directly on any of its threads.
+    // Returns one of the handler's interfaces: IUnknown, `ownIid`, IAgileObject or IMarshal. The
+    // last two declare that the runtime may call the handler directly on any of its threads.
     HRESULT Query(IUnknown* handler, const GUID& ownIid, const GUID* iid, void** object);
 
   private:
     HRESULT QueryMarshaler(IUnknown* handler, void** object);
 
     std::atomic<ULONG> references{1};
-    // The handler's free-threaded marshaler, aggregated, from the first request for one on. It
-    // stays as long as the handler, since its IMarshal counts its references on the handler.
+    // The aggregated free-threaded marshaler, created at the first request. It lives as long as the
+    // handler, because a reference to its IMarshal counts as a reference to the handler.
     std::atomic<IUnknown*> marshaler{nullptr};
 };
 
-// Base of a handler class. It is born with one reference, its creator's.
+// Base of a handler class. A new handler has one reference, which its creator owns.
 template <typename Interface, typename Derived>
 class Handler : public Interface {
   public:
@@ -56,7 +57,8 @@ class Handler : public Interface {
     HandlerState state;
 };
 
-// Passes an event on to a function. Being noexcept, that lets no failure out to the runtime.
+// Calls `callback` for each event. The callback is noexcept, so that no exception reaches the
+// runtime.
 template <typename Sender, typename Arguments>
 class EventHandler final
     : public Handler<TypedEventHandler<Sender, Arguments>, EventHandler<Sender, Arguments>> {

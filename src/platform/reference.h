@@ -1,4 +1,4 @@
-// Reference<T>, the counted reference to a runtime object, and the test for object identity.
+// Reference<T>, a counted reference to a runtime object, and a search by object identity.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@ class Reference {
   public:
     Reference() = default;
     Reference(std::nullptr_t) {}
-    // Takes a reference of its own; the caller keeps its own.
+    // Adds a reference; the caller keeps its own reference.
     explicit Reference(Interface* borrowed) : object(borrowed) {
         if (object) {
             object->AddRef();
@@ -23,20 +23,21 @@ class Reference {
     Reference(Reference&& other) noexcept : object(std::exchange(other.object, nullptr)) {}
     ~Reference() { Reset(); }
 
-    // By value: what was held before is released when `other` goes, after the new one is in place.
+    // Takes `other` by value: its destructor releases the old object after the new one is in place.
     Reference& operator=(Reference other) noexcept {
         std::swap(object, other.object);
         return *this;
     }
 
-    // Takes over a reference that somebody else counted.
+    // Returns the owner of a reference that is already counted.
     static Reference Adopt(Interface* counted) {
         Reference reference;
         reference.object = counted;
         return reference;
     }
 
-    // For an output parameter: whatever was held is released first, whatever is put is owned.
+    // Releases the current object and returns an address for an output parameter. The Reference
+    // owns the object that is stored there.
     Interface** Put() {
         Reset();
         return &object;
@@ -48,14 +49,14 @@ class Reference {
         }
     }
 
-    // The reference is the caller's to release from here on.
+    // Returns the object and becomes null; the caller must release the object.
     Interface* Detach() { return std::exchange(object, nullptr); }
 
-    // Borrowed; null when nothing is held.
+    // Returns a borrowed pointer, or null.
     Interface* Get() const { return object; }
     explicit operator bool() const { return object != nullptr; }
 
-    // The object's other interface. Raises when the object does not have it.
+    // Returns another interface of the object. Throws if the object lacks the interface.
     template <typename Other>
     Reference<Other> As() const {
         Reference<Other> other;
@@ -63,7 +64,7 @@ class Reference {
         return other;
     }
 
-    // The same, with the code for the caller to judge.
+    // Like As, but returns the code instead of throwing.
     template <typename Other>
     HRESULT Query(Reference<Other>& other) const {
         if (!object) {
@@ -76,10 +77,9 @@ class Reference {
     Interface* object = nullptr;
 };
 
-// Walks `records` from the front for the one whose `member` denotes the same object as `sought`:
-// the same pointer, or the same IUnknown identity. Null when there is none. An object has one
-// pointer for its default interface, so the pointer alone answers, and is tried on all records
-// before any object is asked; only a runtime that hands out proxies gets to the second walk.
+// Returns the first of `records` whose `member` is the same object as `sought`, or null. First
+// compares pointers, which usually suffices. Then compares IUnknown pointers, which is needed only
+// if the runtime uses proxies.
 template <typename Records, typename Record, typename Interface>
 Record* FindSameObject(Records& records, Reference<Interface> Record::*member,
                        const Reference<Interface>& sought) {

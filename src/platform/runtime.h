@@ -1,38 +1,37 @@
-// What the library asks of the Windows Runtime beside the interfaces in abi/: factories, the
-// apartment, marshalers, the kernel events that waits sleep on, and the time. `runtime_windows.cpp`
-// asks the system; a runtime that is linked into the library defines these functions itself, and
-// owns the clock by which time limits pass and log lines are stamped.
+// The functions of the Windows Runtime that the library needs besides the interfaces in abi/.
+// `runtime_windows.cpp` calls the system. A runtime that is linked into the library defines these
+// functions itself, including the clock for timeouts and log lines.
 #pragma once
 
 #include "platform/abi/base.h"
 
 namespace orv::runtime {
 
-// The runtime's own request for a factory. `className` is zero-terminated.
+// Requests a factory from the runtime. `className` is zero-terminated.
 HRESULT GetActivationFactory(const char16_t* className, const GUID& iid, void** factory);
 
-// Takes one use of the process's multithreaded apartment, which puts every thread without an
-// apartment into it. Never given back.
+// Adds a usage count to the process's multithreaded apartment and never removes it. Threads that
+// have not joined an apartment then belong to this apartment.
 HRESULT JoinMultithreadedApartment();
 
-// Asks the library file `library` (a bare name, looked for among the system's own libraries only)
-// for the factory. A library that answered stays loaded.
+// Requests the factory from the file `library`, which is searched in the system's directory only.
+// The file stays loaded if it provides the factory.
 HRESULT GetLibraryFactory(const char16_t* library, const char16_t* className, const GUID& iid,
                           void** factory);
 
-// A marshaler that lets any thread use `outer` directly, aggregated into it: `inner` is its own
-// IUnknown, while the IMarshal that it answers counts its references on `outer`.
+// Creates a marshaler that lets any thread use `outer` directly. The marshaler is aggregated:
+// `inner` is its own IUnknown, while its IMarshal counts references on `outer`.
 HRESULT CreateFreeThreadedMarshaler(IUnknown* outer, IUnknown** inner);
 
-// A manual-reset kernel event, not signalled.
+// The handle of a manual-reset event, which is not signalled at first.
 using EventHandle = void*;
 HRESULT CreateKernelEvent(EventHandle* event);
 void SetKernelEvent(EventHandle event);
-// Sleeps until the event is set or the limit has passed. Which of them it was is not told.
+// Waits until the event is signalled or the timeout ends. Does not report which happened.
 void WaitForKernelEvent(EventHandle event, UINT32 limitMs);
 void CloseKernelEvent(EventHandle event);
 
-// Milliseconds since 1970, UTC.
+// Returns the milliseconds since 1970, UTC.
 INT64 SystemTimeMs() noexcept;
 
 }  // namespace orv::runtime

@@ -1,10 +1,9 @@
-// The runtime that Windows itself provides.
+// Implements runtime.h with the Windows Runtime.
 //
-// The system's header comes last: it makes macros of names that ours declare.
+// The system's header is included last: it defines macros with names that our headers declare.
 // clang-format off
 #include "platform/runtime.h"
 
-#include <chrono>
 #include <string_view>
 
 #include <windows.h>
@@ -15,7 +14,7 @@ namespace orv::runtime {
 namespace {
 
 extern "C" {
-// From the runtime's own headers, with the types of abi/.
+// The declarations of the system's headers, with the types of abi/ instead.
 struct StringHeader {
     void* reserved[3];
 };
@@ -25,7 +24,7 @@ HRESULT RoGetActivationFactory(HSTRING className, const GUID& iid, void** factor
 HRESULT CoCreateFreeThreadedMarshaler(IUnknown* outer, IUnknown** inner);
 }
 
-// A runtime string over text that somebody else keeps: nothing is copied, nothing to delete.
+// A runtime string that refers to the caller's text without copying it.
 class StringReference {
   public:
     explicit StringReference(std::u16string_view text) {
@@ -42,7 +41,7 @@ class StringReference {
     StringHeader header;
 };
 
-// A code of the system's last error. Never a success, so that a failure is never taken for one.
+// Returns the system's last error as a failure code; E_FAIL if the last error is 0.
 HRESULT LastErrorResult() {
     const auto error = static_cast<HRESULT>(GetLastError());
     if (error == 0) {
@@ -56,8 +55,8 @@ Function FindExport(HMODULE module, const char* name) {
     return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
 
-// The file's own answer. A library without the export, or one that knows the class by another
-// interface only, is no answer.
+// Requests a factory from a loaded library. Fails if the library lacks the export, the class or the
+// interface.
 HRESULT AskLibrary(HMODULE module, HSTRING className, const GUID& iid, void** factory) {
     using DllGetActivationFactory = HRESULT (*)(HSTRING, IActivationFactory**);
     const auto ask = FindExport<DllGetActivationFactory>(module, "DllGetActivationFactory");
@@ -93,8 +92,8 @@ HRESULT JoinMultithreadedApartment() {
     return join ? join(&cookie) : CO_E_NOTINITIALIZED;
 }
 
-// The system directory alone: a bare name looked for beside the application or in the current
-// folder would let anyone plant code there.
+// Searches the system directory only, so that a file planted in the application's or the current
+// directory is not loaded.
 HRESULT GetLibraryFactory(const char16_t* library, const char16_t* className, const GUID& iid,
                           void** factory) {
     const StringReference name{std::u16string_view(className)};
@@ -135,9 +134,12 @@ void CloseKernelEvent(EventHandle event) {
 }
 
 INT64 SystemTimeMs() noexcept {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(
-               std::chrono::system_clock::now().time_since_epoch())
-        .count();
+    constexpr INT64 TicksPerMs = 10'000;  // a tick is 100 ns, counted from 1601
+    constexpr INT64 Until1970Ms = 11'644'473'600'000;
+    FILETIME time;
+    GetSystemTimePreciseAsFileTime(&time);
+    const INT64 ticks = static_cast<INT64>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+    return ticks / TicksPerMs - Until1970Ms;
 }
 
 }  // namespace orv::runtime

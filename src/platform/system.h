@@ -1,30 +1,42 @@
-// What the library asks of the operating system beside the Windows Runtime: its own file, staying
-// loaded, local time, and files. One system_*.cpp per operating system.
+// The functions of the operating system that the library needs besides the Windows Runtime. Each
+// operating system has a file system_*.cpp.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <ctime>
 #include <string_view>
 
 namespace orv::system {
 
-// Bytes of a path, its terminating zero included.
+// Size of a path in bytes, including its terminating zero.
 constexpr std::size_t LongestPath = 4096;
 
-// Writes the full path of the file that this library's code was loaded from; false when it cannot
-// be found. A success keeps the library loaded; on Windows it adds a reference to the module that
-// is never given back, and the path is in the ANSI code page, cut to 259 bytes.
+// Writes the full path of the library's file. Returns false if the path is unknown or, on Windows,
+// if the ANSI code page cannot express it. A successful call keeps the library loaded. On Windows,
+// each call adds a module reference that is never released, and cuts the path to 259 bytes.
 bool ReadModulePath(char (&path)[LongestPath]);
 
-// From the first success on, the library is not unloaded before the process ends. Raises when that
-// cannot be had.
+// Keeps the library loaded until the process ends. Throws when the system refuses.
 void KeepModuleLoaded();
 
-// By the process's time zone and daylight-saving rules.
+// Storage for a lock of the operating system. All zeros means unlocked.
+struct LockState {
+    void* words[5] = {};
+};
+
+// Locking needs no memory and cannot fail. A thread must not acquire a lock that it already holds.
+void AcquireLock(LockState& lock) noexcept;
+void ReleaseLock(LockState& lock) noexcept;
+
+// Converts with the process's time zone and daylight-saving rules.
 std::tm ToLocalTime(std::time_t seconds);
 
-// Both open the file for writing, shared with everyone, and create it if needed; false when it
-// cannot be opened. Whether the bytes could be written is not told.
+// Returns bits that an attacker cannot predict. Throws when the system cannot provide any.
+std::uint64_t RandomBits();
+
+// Both functions open the file for shared writing and create it if needed. They return false if the
+// file cannot be opened or, on Linux, is a symbolic link. They do not report write errors.
 bool EmptyFile(const char* path);
 bool AppendToFile(const char* path, std::string_view bytes);
 

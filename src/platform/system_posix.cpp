@@ -1,8 +1,8 @@
-// The operating system's part on Linux.
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <link.h>
+#include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -17,12 +17,12 @@ namespace orv::system {
 
 namespace {
 
-// Any address inside this library's own code.
+// Returns an address inside this library's code.
 const void* OwnAddress() {
     return reinterpret_cast<const void*>(&ReadModulePath);
 }
 
-// A file that was replaced or deleted since it was mapped is marked so behind its path.
+// Removes the text that Linux appends to the path of a replaced or deleted file.
 void CutMarkOfDeleted(char* path) {
     constexpr std::string_view Mark = " (deleted)";
     const std::size_t length = strlen(path);
@@ -31,8 +31,8 @@ void CutMarkOfDeleted(char* path) {
     }
 }
 
-// The file that one line of the memory map names, or null when it does not map `address`. The line
-// is "first-last rights offset device inode   path\n", and is changed.
+// Returns the file path in a line of the memory map, or null if the line does not map `address`.
+// Modifies the line, which is "first-last rights offset device inode path\n".
 const char* MappedFile(char* line, std::uintptr_t address) {
     unsigned long first = 0;
     unsigned long last = 0;
@@ -47,7 +47,8 @@ const char* MappedFile(char* line, std::uintptr_t address) {
 }
 
 bool OpenThen(const char* path, int mode, std::string_view bytes) {
-    const int file = open(path, O_WRONLY | O_CREAT | O_CLOEXEC | mode, 0666);
+    // O_NOFOLLOW: a planted symbolic link must not redirect the log into another file.
+    const int file = open(path, O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | mode, 0666);
     if (file < 0) {
         return false;
     }
@@ -63,10 +64,16 @@ bool OpenThen(const char* path, int mode, std::string_view bytes) {
     return true;
 }
 
+pthread_mutex_t* MutexIn(LockState& lock) {
+    // In glibc, a mutex of zeros is initialized and unlocked, like a LockState of zeros.
+    static_assert(sizeof(pthread_mutex_t) <= sizeof(LockState));
+    return reinterpret_cast<pthread_mutex_t*>(lock.words);
+}
+
 }  // namespace
 
-// The dynamic loader knows the path only as it was given, which may be relative to a folder that
-// has changed since; the memory map has it whole.
+// Reads the memory map, because the dynamic loader may return a relative path, and the current
+// directory may have changed.
 bool ReadModulePath(char (&path)[LongestPath]) {
     FILE* map = fopen("/proc/self/maps", "re");
     if (!map) {
@@ -92,7 +99,7 @@ void KeepModuleLoaded() {
     Dl_info info;
     link_map* module = nullptr;
     void** extra = reinterpret_cast<void**>(&module);
-    // The program itself has an empty name, and dlopen knows it by null.
+    // The main program has an empty name; dlopen expects null for it.
     if (!dladdr1(OwnAddress(), &info, extra, RTLD_DL_LINKMAP) ||
         !dlopen(*module->l_name ? module->l_name : nullptr,
                 RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE)) {
@@ -100,10 +107,26 @@ void KeepModuleLoaded() {
     }
 }
 
+void AcquireLock(LockState& lock) noexcept {
+    pthread_mutex_lock(MutexIn(lock));
+}
+
+void ReleaseLock(LockState& lock) noexcept {
+    pthread_mutex_unlock(MutexIn(lock));
+}
+
 std::tm ToLocalTime(std::time_t seconds) {
     std::tm local{};
     localtime_r(&seconds, &local);
     return local;
+}
+
+std::uint64_t RandomBits() {
+    std::uint64_t bits = 0;
+    if (getentropy(&bits, sizeof bits) != 0) {
+        RaiseFailure(E_FAIL);
+    }
+    return bits;
 }
 
 bool EmptyFile(const char* path) {

@@ -1,10 +1,12 @@
-// The operating system's part on Windows.
+// The operating system functions for Windows.
 //
-// The system's header comes last: it makes macros of names that ours declare.
+// The system's header is included last: it defines macros with names that our headers declare.
 // clang-format off
+#define _CRT_RAND_S  // declares rand_s, which is in msvcrt.dll and imports no other DLL
 #include "platform/system.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "platform/failure.h"
 #include <windows.h>
@@ -14,13 +16,25 @@ namespace orv::system {
 
 namespace {
 
-// The module that holds this code. `flags` say what happens to its reference count.
+// Returns the module that contains this code, or null. `flags` control its reference count.
 HMODULE OwnModule(::DWORD flags) {
     const auto address = reinterpret_cast<LPCWSTR>(&ReadModulePath);
     HMODULE module = nullptr;
     return GetModuleHandleExW(flags | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, address, &module)
                ? module
                : nullptr;
+}
+
+// Returns whether `path`, in the code page of file names, is the path of the module. The system
+// substitutes similar characters for those that the code page lacks. Compares only the beginning,
+// because the system cuts long paths and removes an incomplete multibyte character at the cut.
+bool LeadsBack(const char* path, HMODULE module) {
+    wchar_t names[2][MAX_PATH];
+    const std::wstring_view own(names[0], GetModuleFileNameW(module, names[0], MAX_PATH));
+    const UINT codePage = AreFileApisANSI() ? CP_ACP : CP_OEMCP;
+    const int length = MultiByteToWideChar(codePage, 0, path, -1, names[1], MAX_PATH);
+    const std::wstring_view back(names[1], length > 0 ? static_cast<std::size_t>(length - 1) : 0);
+    return !back.empty() && own.substr(0, back.size()) == back;
 }
 
 bool OpenThen(const char* path, ::DWORD access, ::DWORD creation, std::string_view bytes) {
@@ -42,11 +56,18 @@ bool OpenThen(const char* path, ::DWORD access, ::DWORD creation, std::string_vi
     return true;
 }
 
+SRWLOCK* SlimLockIn(LockState& lock) {
+    static_assert(sizeof(SRWLOCK) <= sizeof(LockState));
+    return reinterpret_cast<SRWLOCK*>(lock.words);
+}
+
 }  // namespace
 
 bool ReadModulePath(char (&path)[LongestPath]) {
     const HMODULE module = OwnModule(0);
-    return module && GetModuleFileNameA(module, path, MAX_PATH) != 0;
+    const ::DWORD length = module ? GetModuleFileNameA(module, path, MAX_PATH) : 0;
+    path[MAX_PATH - 1] = '\0';  // Wine does not terminate a path that it cuts
+    return length != 0 && LeadsBack(path, module);
 }
 
 void KeepModuleLoaded() {
@@ -55,11 +76,28 @@ void KeepModuleLoaded() {
     }
 }
 
+void AcquireLock(LockState& lock) noexcept {
+    AcquireSRWLockExclusive(SlimLockIn(lock));
+}
+
+void ReleaseLock(LockState& lock) noexcept {
+    ReleaseSRWLockExclusive(SlimLockIn(lock));
+}
+
 std::tm ToLocalTime(std::time_t seconds) {
     std::tm local{};
     const __time64_t wide = seconds;
     _localtime64_s(&local, &wide);
     return local;
+}
+
+std::uint64_t RandomBits() {
+    unsigned int high = 0;
+    unsigned int low = 0;
+    if (rand_s(&high) != 0 || rand_s(&low) != 0) {
+        RaiseFailure(E_FAIL);
+    }
+    return std::uint64_t{high} << 32 | low;
 }
 
 bool EmptyFile(const char* path) {

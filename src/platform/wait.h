@@ -1,4 +1,3 @@
-// The bounded wait: turns an asynchronous operation into a step with a time limit.
 #pragma once
 
 #include <atomic>
@@ -10,11 +9,10 @@
 
 namespace orv {
 
-// What a wait and the completion that it waits for share. It outlives a wait that has given up, so
-// that a late completion finds it.
+// The status of an operation, shared by the waiting thread and the completion handler. It outlives
+// a wait that timed out, because the operation may complete later.
 class CompletionRecord {
   public:
-    // Raises when the event cannot be created.
     CompletionRecord() { CheckResult(runtime::CreateKernelEvent(&event)); }
     ~CompletionRecord() { runtime::CloseKernelEvent(event); }
     CompletionRecord(const CompletionRecord&) = delete;
@@ -32,11 +30,13 @@ class CompletionRecord {
 
   private:
     runtime::EventHandle event = nullptr;
-    // Atomic: a completion may store just when the waiter, its limit passed, reads.
+    // Atomic, because the handler may write the status while a thread whose wait timed out reads
+    // it.
     std::atomic<AsyncStatus> status{AsyncStatus::Started};
 };
 
-// Runs on a thread of the runtime, possibly before put_Completed has returned, and takes no lock.
+// Stores the final status of an operation. The runtime calls Invoke on one of its threads, possibly
+// before put_Completed returns. Invoke takes no lock.
 template <typename T>
 class CompletionHandler final
     : public Handler<AsyncOperationCompletedHandler<T>, CompletionHandler<T>> {
@@ -48,9 +48,9 @@ class CompletionHandler final
     CompletionRecord record;
 };
 
-// Blocks until the operation has ended or `limitMs` have passed, and returns its status at that
-// moment: `Started` when the limit passed first. The operation is not cancelled then and may still
-// take effect. Raises only when the wait cannot be set up.
+// Waits until the operation has ended, at most `limitMs`. Returns its status, which is `Started`
+// after a timeout. A timeout does not cancel the operation, which may still take effect. Throws
+// only if the wait cannot be started.
 template <typename T>
 AsyncStatus WaitForCompletion(const Reference<IAsyncOperation<T>>& operation, UINT32 limitMs) {
     auto* handler = new CompletionHandler<T>;
@@ -59,8 +59,8 @@ AsyncStatus WaitForCompletion(const Reference<IAsyncOperation<T>>& operation, UI
     return handler->record.Wait(limitMs);
 }
 
-// The operation's result, once it has completed within the limit; nothing on any other ending. A
-// result can itself be null.
+// Waits and returns the operation's result, which can be null. Returns std::nullopt if the
+// operation failed or did not complete within `limitMs`.
 template <typename T>
 std::optional<Owned<Abi<T>>> AwaitResult(const Reference<IAsyncOperation<T>>& operation,
                                          UINT32 limitMs) {

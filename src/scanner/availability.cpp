@@ -1,4 +1,3 @@
-// BluetoothAvailable: is there an adapter, and a Bluetooth radio that is on?
 #include "frame/export_frame.h"
 #include "platform/abi/bluetooth.h"
 #include "platform/activation.h"

@@ -3,44 +3,74 @@
 #include <algorithm>
 #include <cstring>
 
-#include "frame/export_frame.h"
-#include "scanner/scanner_session.h"
-
 namespace orv {
 
+namespace {
+
+// Returns a mask for the hash bits that are needed to number the buckets 0 to `last`.
+std::uint32_t BucketMask(std::uint32_t last) {
+    return UINT32_MAX >> __builtin_clz(last | 1);
+}
+
+// Returns the bucket of a hash. If the bucket for all masked bits does not exist yet, its devices
+// are in the bucket for these bits without the highest bit.
+std::uint32_t BucketOf(std::uint32_t hash, std::uint32_t last) {
+    const std::uint32_t mask = BucketMask(last);
+    const std::uint32_t bucket = hash & mask;
+    return bucket <= last ? bucket : bucket & mask >> 1;
+}
+
+}  // namespace
+
 DiscoveredDevice* DiscoveredDevices::Find(BluetoothAddress address) {
-    std::size_t left = size;
-    for (const auto& chunk : chunks) {
-        const std::size_t used = std::min(left, ChunkSize);
-        const BluetoothAddress* end = chunk->addresses + used;
-        const BluetoothAddress* found =
-            std::find<const BluetoothAddress*>(chunk->addresses, end, address);
-        if (found != end) {
-            return &chunk->records[found - chunk->addresses];
+    if (Size() == 0) {
+        return nullptr;
+    }
+    const auto last = static_cast<std::uint32_t>(content->size - 1);
+    std::uint32_t index = content->buckets[BucketOf(hashOf(address), last)];
+    while (index != None) {
+        Entry& entry = content->entries[index];
+        if (entry.record.address == address) {
+            return &entry.record;
         }
-        left -= used;
+        index = entry.next;
     }
     return nullptr;
 }
 
-const DiscoveredDevice& DiscoveredDevices::At(std::size_t index) const {
-    return chunks[index / ChunkSize]->records[index % ChunkSize];
-}
-
 void DiscoveredDevices::Append(const DiscoveredDevice& device) {
-    if (size == chunks.size() * ChunkSize) {
-        // Left uninitialised: nothing beyond `size` is ever read.
-        chunks.push_back(std::unique_ptr<Chunk>(new Chunk));
+    if (!content) {
+        content = std::make_unique<Content>();
     }
-    Chunk& chunk = *chunks.back();
-    chunk.addresses[size % ChunkSize] = device.address;
-    chunk.records[size % ChunkSize] = device;
-    ++size;
+    content->entries.MakeRoom(content->size);
+    content->buckets.MakeRoom(content->size);
+    AddBucket();
+    const auto index = static_cast<std::uint32_t>(content->size);
+    const std::uint32_t hash = hashOf(device.address);
+    std::uint32_t& first = content->buckets[BucketOf(hash, index)];
+    content->entries[index] = {hash, first, device};
+    first = index;
+    ++content->size;
 }
 
-void DiscoveredDevices::Clear() {
-    chunks.clear();
-    size = 0;
+// Adds a bucket and moves its entries from one older bucket, which contains two entries on average.
+void DiscoveredDevices::AddBucket() {
+    const auto added = static_cast<std::uint32_t>(content->size);
+    const std::uint32_t mask = BucketMask(added);
+    std::uint32_t& first = content->buckets[added];
+    first = None;
+    std::uint32_t* link = &content->buckets[added & mask >> 1];
+    while (*link != None) {
+        const std::uint32_t index = *link;
+        Entry& entry = content->entries[index];
+        if ((entry.hash & mask) == added) {
+            *link = entry.next;
+            entry.next = first;
+            first = index;
+        } else {
+            link = &entry.next;
+        }
+    }
 }
 
 DiscoveredDevice NewRecord(BluetoothAddress address, std::string_view name, std::int16_t rssi) {
@@ -59,27 +89,3 @@ void SetName(DiscoveredDevice& device, std::string_view name) {
 }
 
 }  // namespace orv
-
-using namespace orv;
-
-extern "C" ResultCode OrvScanner_GetDeviceCount(std::int32_t scannerId) {
-    return RunExport(Traced("OrvScanner_GetDeviceCount", scannerId), [&]() -> ResultCode {
-        const Lock lock(ScannerLock);
-        const ScannerSession* session = scannerSessions.Find(scannerId);
-        return session ? CountResult(session->devices.Size()) : Failure;
-    });
-}
-
-extern "C" ResultCode OrvScanner_GetDeviceInfo(std::int32_t scannerId, std::int32_t index,
-                                               DiscoveredDevice* info) {
-    return RunExport(Traced("OrvScanner_GetDeviceInfo", scannerId, index), [&]() -> ResultCode {
-        const Lock lock(ScannerLock);
-        const ScannerSession* session = scannerSessions.Find(scannerId);
-        if (!session || !info || index < 0 ||
-            static_cast<std::size_t>(index) >= session->devices.Size()) {
-            return Failure;
-        }
-        *info = session->devices.At(static_cast<std::size_t>(index));
-        return 0;
-    });
-}

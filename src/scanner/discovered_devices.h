@@ -1,52 +1,82 @@
-// The list of one scanner session: the devices that its watcher has heard, in order of first
-// sighting.
+// The list of devices that one scanner session has found, in the order in which they were added.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string_view>
-#include <vector>
 
 #include "quelvixwinlib.h"
+#include "scanner/address_hash.h"
+#include "scanner/growing_array.h"
 
 namespace orv {
 
-// Not synchronised: ScannerLock guards every list.
+// Not synchronized: scannerMutex guards every list.
 //
-// Records are kept in chunks, with their addresses once more side by side: a device is looked for
-// by a walk over all addresses, for each advertisement, and so the walk touches eight bytes a
-// device instead of a whole record.
+// A chained hash table finds a device by its address. Each new device adds a bucket and moves some
+// entries of one older bucket to it (linear hashing), so that the cost of an operation does not
+// depend on the number of devices. Each device needs 76 bytes, and up to an eighth more is
+// reserved.
 class DiscoveredDevices {
   public:
-    std::size_t Size() const { return size; }
+    struct Content;
 
-    // Null when the address is not listed. Valid until Clear.
+    // The key must be secret: a person who knows it can choose addresses that make Find slow.
+    explicit DiscoveredDevices(const AddressHash::Key& key) : hashOf(key) {}
+
+    std::size_t Size() const;
+
+    // Returns the record of the address, or null. The pointer is valid until the list is emptied.
     DiscoveredDevice* Find(BluetoothAddress address);
 
-    // `index` below Size().
+    // Returns the record at `index`, which must be less than Size().
     const DiscoveredDevice& At(std::size_t index) const;
 
-    // Raises when memory runs out; the list is unchanged then.
+    // Appends a device, whose address must not be in the list. Throws when memory runs out; the
+    // list is unchanged then.
     void Append(const DiscoveredDevice& device);
 
-    void Clear();
+    // Empties the list and returns its memory. The caller frees the memory after releasing the
+    // lock, because that takes milliseconds for a million devices.
+    [[nodiscard]] std::unique_ptr<Content> TakeContent();
 
   private:
-    static constexpr std::size_t ChunkSize = 64;
-    struct Chunk {
-        BluetoothAddress addresses[ChunkSize];
-        DiscoveredDevice records[ChunkSize];
+    static constexpr std::uint32_t None = UINT32_MAX;
+
+    struct Entry {
+        std::uint32_t hash;
+        std::uint32_t next;  // next entry in the same bucket, or None
+        DiscoveredDevice record;
     };
 
-    std::vector<std::unique_ptr<Chunk>> chunks;
-    std::size_t size = 0;
+    void AddBucket();
+
+    AddressHash hashOf;
+    std::unique_ptr<Content> content;  // null until the first device is appended
 };
 
-// A record as a first advertisement makes it: no values of scan responses yet, padding zero.
+struct DiscoveredDevices::Content {
+    GrowingArray<Entry> entries;
+    GrowingArray<std::uint32_t> buckets;  // first entry of each bucket, or None
+    std::size_t size = 0;                 // number of entries and of buckets
+};
+
+inline std::size_t DiscoveredDevices::Size() const {
+    return content ? content->size : 0;
+}
+
+inline const DiscoveredDevice& DiscoveredDevices::At(std::size_t index) const {
+    return content->entries[index].record;
+}
+
+inline std::unique_ptr<DiscoveredDevices::Content> DiscoveredDevices::TakeContent() {
+    return std::move(content);
+}
+
 DiscoveredDevice NewRecord(BluetoothAddress address, std::string_view name, std::int16_t rssi);
 
-// The first 29 bytes of the name, zeros after them; a character may be cut.
+// Stores the first 29 bytes of the name, then zeros. The last character may be cut.
 void SetName(DiscoveredDevice& device, std::string_view name);
 
 }  // namespace orv

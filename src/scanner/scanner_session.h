@@ -1,4 +1,4 @@
-// Scanner sessions: a watcher of the platform each, with the list of devices that it has heard.
+// Scanner sessions. Each has a watcher of the platform and a list of the devices that it has found.
 #pragma once
 
 #include <cstdint>
@@ -12,24 +12,25 @@
 namespace orv {
 
 struct ScannerSession {
-    std::int32_t id;  // the host's scannerId; unique among the live sessions
-    Reference<IBluetoothLEAdvertisementWatcher> watcher;  // identity key of incoming advertisements
+    std::int32_t id;  // the host's scannerId, unique among existing sessions
+    Reference<IBluetoothLEAdvertisementWatcher> watcher;  // sender of the advertisements
     DiscoveredDevices devices;
 };
 
-// Guards the sessions and every list of devices.
+// Guards the sessions and their lists.
 //
-// Threads: held by host threads and by the platform's advertisement threads. Start and stop keep it
-// while they call the watcher, which has no time limit of its own. Write the trace line before
-// taking it; log failures after releasing it.
-extern Mutex ScannerLock;
+// Threads: host threads and the platform's advertisement threads lock it. OrvScanner_Start and
+// OrvScanner_Stop hold it while they call the watcher; these calls have no timeout. Do not write to
+// the log while holding it.
+extern Mutex scannerMutex;
 
-// The live sessions in order of creation, which is ascending order of their ids. Process-wide.
+// All sessions of the process in order of creation, so that their ids ascend.
 struct ScannerSessionList {
-    std::list<ScannerSession> sessions GUARDED_BY(ScannerLock);
+    std::list<ScannerSession> sessions GUARDED_BY(scannerMutex);
 
-    // Null when no session has this id. Valid until the caller releases ScannerLock.
-    ScannerSession* Find(std::int32_t id) REQUIRES(ScannerLock);
+    // Returns the session with this id, or null. The pointer is valid until the caller releases
+    // scannerMutex.
+    ScannerSession* Find(std::int32_t id) REQUIRES(scannerMutex);
 };
 
 extern ScannerSessionList& scannerSessions;

@@ -1,23 +1,22 @@
 #!/usr/bin/env python3
-"""Turns windows_runtime.tsv, the facts of the runtime's binary interface, into C++ rows that
-compare each of them with src/platform/abi.
+"""Converts the facts of the runtime's binary interface in windows_runtime.tsv to C++ rows. A row
+compares a fact with src/platform/abi.
 
 Usage: generate_facts.py TABLE OUTPUT HEADER...
 
-The reverse direction is checked here: an interface, enumeration or instance that a header declares
-and the table lacks ends the run.
+Fails if a header declares an interface, enumeration or instance that the table lacks.
 """
 import csv
 import re
 import sys
 import uuid
 
-# What the parameters of the generic interfaces stand for when their slots are looked at.
+# The test compares generic interfaces with these arguments.
 ARGUMENTS = {"T": "Radio", "S": "GattCharacteristic", "A": "GattValueChangedEventArgs"}
 
 
 def split_outside_brackets(text):
-    """The parts of a list between commas, of which those inside <> belong to a type."""
+    """Splits a list at its commas, except those inside <>."""
     return [part.strip() for part in re.split(r",(?![^<]*>)", text)]
 
 
@@ -31,8 +30,8 @@ def instantiated(name):
 
 def parameter_type(parameter):
     declared = parameter.rpartition(" ")[0]
-    # Sender and arguments of a handler are written as pointers to their classes, the element of a
-    # collection or operation as itself; each crosses as Abi<> says.
+    # The table writes senders and arguments as pointers to their classes, but elements as plain
+    # names. Abi<> converts each to the type that is passed.
     if re.fullmatch(r"[SA]\*", declared):
         declared = "Abi<%s>" % declared[0]
     return instantiated(re.sub(r"^T\b", "Abi<T>", declared))
@@ -62,8 +61,8 @@ def generate(rows):
             interfaces[name] = [first_free[row["base_or_interface"]], row["iid"]]
         elif row["kind"] == "method":
             interfaces[name][0] = max(interfaces[name][0], int(value) + 1)
-            # Qualified: a lookup by arguments would ask for the full types behind the pointers, of
-            # which some are declared by name only.
+            # orv:: avoids argument-dependent lookup, which needs complete types: some types are only
+            # declared.
             tables["Slot"].append('orv::SlotRow("%s", "%s", %s, &%s::%s, Same<%s>())' % (
                 name, member, value, name, member, function_type(name, member, row["detail"])))
         elif row["kind"] == "enum":
@@ -74,7 +73,7 @@ def generate(rows):
             classes.update(re.findall(r"rc\(([A-Za-z.]+);\{([0-9a-f-]+)\}\)", row["detail"]))
     for name, (slots, iid) in interfaces.items():
         tables["Interface"].append('{"%s", %d, SlotCount<%s>()}' % (name, slots, name))
-        # A generic interface has an identifier in its instances only.
+        # A generic interface has no identifier. Only its instances have one.
         if "<" not in name:
             tables["Identifier"].append('{"%s", %s, IidOf<%s>}' % (name, guid(iid), name))
     for full, iid in classes.items():
@@ -84,7 +83,7 @@ def generate(rows):
 
 
 def undeclared(rows, headers):
-    """What the headers declare and the table does not know."""
+    """Returns the names that the headers declare and the table lacks."""
     known = {"%s.%s" % (unqualified(row["name"]), row["member"]) for row in rows}
     known |= {re.sub(r"<.*", "", unqualified(row["name"])) for row in rows}
     known |= {row["name"].replace(" ", "") for row in rows if row["kind"] == "instance"}

@@ -1,35 +1,15 @@
-// The declarations of src/platform/abi against the table of facts in tests/abi: identifiers, slots,
-// parameters, enumerators and class names. A wrong one would call the wrong function of the system.
+// Compares the declarations of src/platform/abi with the facts in tests/abi: identifiers, slots,
+// parameters, enumerators and class names. With an error, the library would call a wrong function.
 #include <gtest/gtest.h>
 
-#include <cstddef>
-#include <cstring>
 #include <string>
 
+#include "abi/slots.h"
 #include "platform/abi/advertisement.h"
 #include "platform/abi/bluetooth.h"
 
 namespace orv {
 namespace {
-
-// A pointer to a virtual member holds the offset of its slot in the table, plus one.
-template <typename Member>
-int SlotOf(Member member) {
-    std::ptrdiff_t words[2];
-    static_assert(sizeof(member) == sizeof(words));
-    std::memcpy(words, &member, sizeof(words));
-    return static_cast<int>((words[0] - 1) / static_cast<std::ptrdiff_t>(sizeof(void*)));
-}
-
-// The next virtual function after those of `Interface` gets the slot behind its last one.
-template <typename Interface>
-struct Extended : Interface {
-    virtual HRESULT BehindTheLastSlot() = 0;
-};
-template <typename Interface>
-int SlotCount() {
-    return orv::SlotOf(&Extended<Interface>::BehindTheLastSlot);
-}
 
 struct Slot {
     std::string member;
@@ -66,7 +46,7 @@ Enumerator EnumeratorRow(const char* enumeration, const char* name, INT64 value,
             std::is_same_v<std::underlying_type_t<Enumeration>, INT32>};
 }
 
-// A class has a name where the library asks for its factory.
+// The name of a class, or null: only classes whose factory the library requests declare a name.
 template <typename Class, typename = void>
 constexpr const char16_t* NameOf = nullptr;
 template <typename Class>

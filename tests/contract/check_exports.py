@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The exported names are the listed ones, and the listed ones are the declared ones.
+"""Checks that the library exports the functions that its DEF files list and its headers declare.
 
 Usage: check_exports.py LIBRARY (DEF HEADER)...
 """

@@ -1,5 +1,5 @@
-/* The public headers as C of 1990, and every export under the type that hosts in other languages
- * declare for themselves: a changed one does not compile. */
+/* Compiles the public headers as C90, and compares each export with the type that hosts in other
+ * languages declare. If a type has changed, this file does not compile. */
 #include "quelvixwinlib.h"
 #include "quelvixwinlib_simulated.h"
 

@@ -1,3 +1,3 @@
-// The public headers as C++, in the other order than headers.c: that this compiles is the test.
+// Compiles the public headers as C++.
 #include "quelvixwinlib.h"
 #include "quelvixwinlib_simulated.h"

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Builds and runs the programs that a document shows, with the commands that it shows.
+"""Builds and runs a document's programs with the document's commands.
 
 Usage: run_document.py SOURCE DOCUMENT LIBRARY FOLDER ATTEMPTS EXPECTED...
 
-A program is the block of code behind the name of its file, `host.c`; a command is a line of a block
-of sh. Where a command names the folder of the demo's library, it finds the library under test. Each
-command succeeds and prints its EXPECTED, in order.
+A program is a code block after its file name, such as `host.c`; a command is a line of an sh block.
+The commands find the library under test in the directory of the demo's library. The n-th command must
+succeed and print text that matches the n-th EXPECTED.
 """
 import pathlib
 import re

@@ -1,6 +1,6 @@
-// The diagnostics log: what a line looks like on disk, and when lines are written.
+// Tests the stamps of the diagnostics log, and in which cases the library writes lines. The
+// reference model tests the bytes of the lines.
 #include <algorithm>
-#include <climits>
 #include <ctime>
 #include <filesystem>
 #include <string>
@@ -17,55 +17,6 @@ ResultCode Append(const std::string& text) {
     return Logging_AppendLine(text.data(), static_cast<std::int32_t>(text.size()));
 }
 
-struct LineOfText {
-    const char* name;
-    std::string text;
-    std::string stored;  // between the stamp and the end of the line
-};
-
-const LineOfText Texts[] = {
-    {"Plain", "BluetoothAvailable", "BluetoothAvailable"},
-    {"FiveBytes", "abcde", "abcde"},
-    {"Empty", "", ""},
-    {"LineFeed", "a\nb\n", "a\r\nb\r\n"},
-    {"CarriageReturn", "a\r\nb\rc", "a\r\r\nb\rc"},
-    {"ZeroBytes", std::string("\0a\0", 3), std::string("\0a\0", 3)},
-    {"ControlBytes", "\t\x01\x1a\x1b\x7f", "\t\x01\x1a\x1b\x7f"},
-    {"AnyBytes", "\xff\xfe\xc3(", "\xff\xfe\xc3("},
-    {"Percent", "%s%n%d", "%s%n%d"},
-    {"OneMebibyte", std::string(1 << 20, 'x'), std::string(1 << 20, 'x')},
-};
-
-class LogLine : public WorldTest, public testing::WithParamInterface<LineOfText> {};
-
-TEST_P(LogLine, IsStampTabTextAndLineEnd) {
-    const auto& [name, text, stored] = GetParam();
-    EXPECT_EQ(Append(text), static_cast<ResultCode>(text.size() + 14));
-    const std::string bytes = LogBytes();
-    ASSERT_EQ(bytes.size(), 13 + stored.size() + 2);
-    EXPECT_TRUE(bytes.substr(13) == stored + "\r\n");
-    EXPECT_EQ(LogLines().size(), 1u);
-
-    // The next line follows without a gap.
-    EXPECT_EQ(Append("next"), 18);
-    EXPECT_EQ(LogBytes().size(), bytes.size() + 19);
-    EXPECT_EQ(LogBytes().substr(0, bytes.size()), bytes);
-}
-
-INSTANTIATE_TEST_SUITE_P(Texts, LogLine, testing::ValuesIn(Texts), RowName);
-
-TEST_F(LogTest, TextIsNotReadWhenThereIsNoneToRead) {
-    for (const std::int32_t length : {0, -1, INT_MIN}) {
-        EXPECT_EQ(Logging_AppendLine(nullptr, length), 14) << length;
-        EXPECT_EQ(Logging_AppendLine("never read", length), 14) << length;
-    }
-    EXPECT_EQ(LogLines(), Lines(6, ""));
-    EXPECT_EQ(Logging_AppendLine("cut here", 3), 17);
-    EXPECT_EQ(LogLines().back(), "cut");
-    EXPECT_EQ(Logging_AppendLine(nullptr, 1), -1);
-    EXPECT_EQ(LogLines().size(), 7u) << "a refused line was written";
-}
-
 TEST_F(LogTest, StampIsTheLocalTime) {
     const auto localTime = [](std::time_t seconds) {
         char text[9] = "";
@@ -77,7 +28,7 @@ TEST_F(LogTest, StampIsTheLocalTime) {
     Append("now");
     const std::time_t last = std::time(nullptr);
     const std::string stamp = LogBytes().substr(0, 8);
-    // One of the seconds that passed meanwhile; time() may lag behind the clock of the stamp.
+    // The stamp may be one second after `last`, because time() may lag behind the stamp's clock.
     while (localTime(second) != stamp && second <= last) {
         ++second;
     }
@@ -93,7 +44,7 @@ TEST_F(LogTest, StampFollowsSimulatedTime) {
         std::sscanf(line.c_str(), "%d:%d:%d.%d", &hour, &minute, &second, &millisecond);
         return ((hour * 60 + minute) * 60 + second) * 1000 + millisecond;
     };
-    constexpr int Step = 1301107;  // so that every digit takes many values
+    constexpr int Step = 1301107;  // gives each digit many values
     for (int i = 0; i < 100; ++i) {
         Append("");
         OrvWorld_PassTime(Step);
@@ -104,7 +55,7 @@ TEST_F(LogTest, StampFollowsSimulatedTime) {
     for (int i = 1; i < 100; ++i) {
         const int passed =
             stamp(bytes.substr(static_cast<std::size_t>(i) * LineSize)) - stamp(bytes);
-        // By whole hours the time zone may change meanwhile.
+        // Ignores whole hours, because the offset of the time zone may change meanwhile.
         EXPECT_EQ((passed + 86400000) % 3600000, i * Step % 3600000) << i;
     }
 }
@@ -119,7 +70,7 @@ TEST_F(LogTest, WritesNothingWhileOff) {
     EXPECT_FALSE(std::filesystem::exists(LogPath()));
 }
 
-TEST_F(LogTest, EnablingEmptiesDisablingKeepsDeletingStartsAnew) {
+TEST_F(LogTest, EnablingEmptiesTheFileAndDisablingKeepsIt) {
     Append("first");
     EXPECT_EQ(Logging_Enable(), 0);
     EXPECT_EQ(LogBytes(), "");
@@ -162,9 +113,8 @@ Lines WrittenBy(int writer) {
     return lines;
 }
 
-// Every writer's lines arrive whole and in its order; none is cut while the log is being emptied.
 TEST_F(LogTest, WritersOnSeveralThreadsKeepLinesWhole) {
-    // With `other` beside the writers.
+    // Runs `other` in parallel to the writers.
     const auto write = [](void (*other)()) {
         std::vector<std::thread> threads;
         threads.emplace_back(other);

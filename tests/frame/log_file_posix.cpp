@@ -1,9 +1,10 @@
-// The log's file where the system gets in the way: a full disk, and a library file that is gone.
+// Tests the log's file on a full disk and beside a deleted library.
 #include <dlfcn.h>
 #include <sys/resource.h>
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 
 #include "support/world.h"
 
@@ -40,7 +41,20 @@ TEST_F(LogFileTest, LeavesNoFileOpen) {
     setrlimit(RLIMIT_NOFILE, &before);
 }
 
-TEST_F(LogFileTest, LiesWhereADeletedLibraryWas) {
+TEST_F(LogFileTest, DoesNotFollowALink) {
+    const std::string other = LogPath() + ".other";
+    std::ofstream(other) << "kept";
+    std::filesystem::remove(LogPath());
+    std::filesystem::create_symlink(other, LogPath());
+    EXPECT_EQ(Logging_AppendLine("x", 1), -1);
+    EXPECT_EQ(Logging_Enable(), -1);
+    EXPECT_EQ(std::filesystem::file_size(other), 4u) << "the file behind the link was changed";
+    std::filesystem::remove(LogPath());
+    std::filesystem::remove(other);
+    EXPECT_EQ(Logging_Enable(), 0);
+}
+
+TEST_F(LogFileTest, IsBesideADeletedLibrary) {
     const std::string copy = LibraryFile() + ".copy";
     for (const char* name : {"", " (deleted)"}) {
         const std::string file = copy + name;
@@ -49,7 +63,7 @@ TEST_F(LogFileTest, LiesWhereADeletedLibraryWas) {
         void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(library, nullptr) << dlerror();
         const auto enable = reinterpret_cast<ResultCode (*)()>(dlsym(library, "Logging_Enable"));
-        // A file whose own name ends like the mark of a deleted one is still there.
+        // Linux adds " (deleted)" to the path of a deleted file, but a name may also end with it.
         const bool isGone = *name == '\0';
         if (isGone) {
             std::filesystem::remove(file);

@@ -1,4 +1,4 @@
-// The frame around every export: its trace line comes first, whatever the arguments.
+// Tests that every export first writes its trace line, with any arguments.
 #include <climits>
 #include <cstring>
 #include <string>
@@ -19,34 +19,30 @@ struct Trace {
 const Trace Traces[] = {
     {"BluetoothAvailable", [] { return BluetoothAvailable(); }, 0},
     {"OrvScanner_Initialize", [] { return OrvScanner_Initialize(); }, 1},
-    {"OrvScanner_Deinitialize 7", [] { return OrvScanner_Deinitialize(7); }},
     {"OrvScanner_Deinitialize -2147483648", [] { return OrvScanner_Deinitialize(INT_MIN); }},
-    {"OrvScanner_Start -1", [] { return OrvScanner_Start(-1); }},
     {"OrvScanner_Start 2147483647", [] { return OrvScanner_Start(INT_MAX); }},
-    {"OrvScanner_Stop -1", [] { return OrvScanner_Stop(-1); }},
     {"OrvScanner_Stop -2147483648", [] { return OrvScanner_Stop(INT_MIN); }},
     {"OrvScanner_GetDeviceCount 2147483647", [] { return OrvScanner_GetDeviceCount(INT_MAX); }},
     {"OrvScanner_GetDeviceInfo 0 3", [] { return OrvScanner_GetDeviceInfo(0, 3, nullptr); }},
     {"OrvScanner_GetDeviceInfo -2147483648 -2147483648",
      [] { return OrvScanner_GetDeviceInfo(INT_MIN, INT_MIN, nullptr); }},
-    {"OrvDevice_Connect 1", [] { return OrvDevice_Connect(1); }},
     {"OrvDevice_Connect 18446744073709551615", [] { return OrvDevice_Connect(Largest); }},
     {"OrvDevice_Disconnect 18446744073709551615", [] { return OrvDevice_Disconnect(Largest); }},
     {"OrvDevice_Send 1 20", [] { return OrvDevice_Send(1, 20, Bytes(20).data()); }},
     {"OrvDevice_Send 176685338322165 0", [] { return OrvDevice_Send(Address, 0, nullptr); }, 0},
+    {"OrvDevice_Send 176685338322165 1", [] { return OrvDevice_Send(Address, 1, nullptr); }},
+    {"OrvDevice_Send 176685338322165 -1",
+     [] { return OrvDevice_Send(Address, -1, Bytes(1).data()); }},
     {"OrvDevice_Send 18446744073709551615 -2147483648",
      [] { return OrvDevice_Send(Largest, INT_MIN, nullptr); }},
     {"OrvDevice_Receive 18446744073709551615",
      [] { return OrvDevice_Receive(Largest, INT_MAX, nullptr); }},
-    {"OrvDevice_Receive 18838586676582",
-     [] { return OrvDevice_Receive(OtherAddress, 0, nullptr); }},
-    {"OrvDevice_Flush 0", [] { return OrvDevice_Flush(0); }},
     {"OrvDevice_Flush 18446744073709551615", [] { return OrvDevice_Flush(Largest); }},
 };
 
 using TraceTest = WorldTest;
 
-// With one session and one link there, so that ids and addresses which name nothing are told apart.
+// Only one session and one link exist, so the library rejects other ids and addresses.
 TEST_F(TraceTest, EveryExportWritesOneLineAndRefusesWithoutACall) {
     ASSERT_EQ(OrvScanner_Initialize(), 0);
     ASSERT_EQ(OrvDevice_Connect(Address), 0);

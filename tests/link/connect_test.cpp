@@ -1,7 +1,7 @@
-// Opening a link: every step in its order, every way in which it can go wrong, and what is closed.
+// Tests OrvDevice_Connect: the order of its steps, and the objects that it closes.
 #include <thread>
 
-#include "support/waits.h"
+#include "support/world.h"
 
 namespace orv {
 namespace {
@@ -10,18 +10,9 @@ constexpr const char* Trace = "OrvDevice_Connect 176685338322165";
 constexpr const char* LinkService = "4880c12c-fdcb-4077-8920-a450d7f9b907";
 constexpr const char* LinkCharacteristic = "fec26ec4-6d71-4442-9f81-55bc21d658d6";
 
-// What a connect that got as far as `operation`, and not beyond it, has to close again.
-Lines ToClose(std::int32_t operation) {
-    if (operation == OrvOperation_FindDevice) {
-        return {};
-    }
-    return operation == OrvOperation_FindServices ? Lines{CloseDevice}
-                                                  : Lines{CloseService, CloseDevice};
-}
-
 const auto Connect = [] { return OrvDevice_Connect(Address); };
 
-// What was closed, in this order, or tried to be.
+// Returns the calls that close objects, in order and including failed calls.
 Lines Closes() {
     Lines closes;
     for (const std::string& call : Calls()) {
@@ -40,7 +31,7 @@ void ExpectNothingLeft() {
 
 using ConnectTest = WorldTest;
 
-TEST_F(ConnectTest, TakesTheStepsInOrderAndAsksForNoMore) {
+TEST_F(ConnectTest, MakesTheseCallsInOrderAndNoOthers) {
     ExpectCall(Connect, 0, {Trace});
     std::string calls;
     for (const std::string& call : Calls()) {
@@ -60,33 +51,16 @@ TEST_F(ConnectTest, TakesTheStepsInOrderAndAsksForNoMore) {
     EXPECT_EQ(OrvDevice_Flush(Address), 0);
 }
 
-using ConnectWait = WaitTest;
-
-TEST_P(ConnectWait, IsGoneOnFromOnlyWhenItEndsWell) {
-    if (ExpectAnswered(Address, Trace, Connect, {0, -1, true})) {
-        EXPECT_EQ(OrvWorld_OpenObjects(Address), 2);
-    } else {
-        EXPECT_EQ(Closes(), ToClose(GetParam().first));
-        ExpectNothingLeft();
-    }
-    EXPECT_EQ(Connect(), 0) << "after a late answer or a fault";
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Endings, ConnectWait,
-    testing::ValuesIn(Endings({OrvOperation_FindDevice, OrvOperation_FindServices,
-                               OrvOperation_RequestAccess, OrvOperation_FindCharacteristics,
-                               OrvOperation_WriteDescriptor})),
-    EndingName);
-
-TEST_F(ConnectTest, EachWaitHasALimitOfItsOwn) {
+TEST_F(ConnectTest, EachWaitHasItsOwnTimeout) {
     if (OrvWorld_TimeIsSimulated() == 0) {
         GTEST_SKIP() << "ten seconds on real time";
     }
     for (std::int32_t i = OrvOperation_FindDevice; i <= OrvOperation_WriteDescriptor; ++i) {
-        OrvWorld_Answer(Address, i, OrvManner_After, 1999);
+        OrvWorld_Answer(Address, i, OrvAnswer_After, 1999);
     }
-    ExpectTakes(5 * 1999, [] { EXPECT_EQ(Connect(), 0); });
+    const std::int64_t start = OrvWorld_Now();
+    EXPECT_EQ(Connect(), 0);
+    EXPECT_EQ(OrvWorld_Now() - start, 5 * 1999);
 }
 
 TEST_F(ConnectTest, DevicesWithoutTheServiceOrCharacteristicAreRefused) {
@@ -94,10 +68,10 @@ TEST_F(ConnectTest, DevicesWithoutTheServiceOrCharacteristicAreRefused) {
     ExpectCall(Connect, -1, {Trace, PlatformFailure});
     OrvWorld_AddService(Address, LinkCharacteristic);
     OrvWorld_AddCharacteristic(Address, 0, LinkCharacteristic);
-    ExpectCall(Connect, -1, {Trace, PlatformFailure});  // another service
+    ExpectCall(Connect, -1, {Trace, PlatformFailure});  // only another service exists
     const std::int32_t service = OrvWorld_AddService(Address, LinkService);
     OrvWorld_AddCharacteristic(Address, service, LinkService);
-    ExpectCall(Connect, -1, {Trace, PlatformFailure});  // another characteristic
+    ExpectCall(Connect, -1, {Trace, PlatformFailure});  // only another characteristic exists
     EXPECT_EQ(Closes(), (Lines{CloseDevice, CloseDevice, CloseService, CloseDevice}));
     ExpectNothingLeft();
     OrvWorld_AddCharacteristic(Address, service, LinkCharacteristic);
@@ -108,21 +82,20 @@ TEST_F(ConnectTest, DevicesWithoutTheServiceOrCharacteristicAreRefused) {
     EXPECT_EQ(OrvDevice_Flush(Address), 0) << "the link was lost";
 }
 
-// A close that fails during the cleanup is logged, and the rest of the cleanup still runs.
 TEST_F(ConnectTest, FailingCloseIsLoggedAndTheRestStillClosed) {
     const std::tuple<Lines, std::int32_t, Lines> rows[] = {
-        {{CloseService}, OrvManner_Status, {Trace, PlatformFailure}},
-        {{CloseDevice}, OrvManner_Status, {Trace, PlatformFailure}},
-        {{CloseService, CloseDevice}, OrvManner_Status, {Trace, PlatformFailure, PlatformFailure}},
+        {{CloseService}, OrvAnswer_Status, {Trace, PlatformFailure}},
+        {{CloseDevice}, OrvAnswer_Status, {Trace, PlatformFailure}},
+        {{CloseService, CloseDevice}, OrvAnswer_Status, {Trace, PlatformFailure, PlatformFailure}},
         {{CloseService, CloseDevice},
-         OrvManner_StartFails,
+         OrvAnswer_StartFails,
          {Trace, OutOfMemory, PlatformFailure, PlatformFailure}},
     };
     for (const auto& [failing, manner, lines] : rows) {
         OrvWorld_Reset(1);
         ASSERT_EQ(OrvWorld_AddDevice(Address, "ORV"), 0);
         OrvWorld_Answer(Address, OrvOperation_WriteDescriptor, manner,
-                        manner == OrvManner_Status ? 1 : NoMemory);
+                        manner == OrvAnswer_Status ? 1 : NoMemory);
         for (const std::string& member : failing) {
             FailMember(member.c_str());
         }
@@ -135,7 +108,7 @@ TEST_F(ConnectTest, FailingCloseIsLoggedAndTheRestStillClosed) {
 
 TEST_F(ConnectTest, FailureLineIsWrittenBeforeTheCleanupWhichHoldsNoLock) {
     AddDevice(OtherAddress, "ORV-0043");
-    OrvWorld_Answer(Address, OrvOperation_FindCharacteristics, OrvManner_StartFails, Fails);
+    OrvWorld_Answer(Address, OrvOperation_FindCharacteristics, OrvAnswer_StartFails, Fails);
     for (const char* close : {CloseService, CloseDevice}) {
         const std::int32_t calls = OrvWorld_CallCount(close);
         OrvWorld_Hang(close);
@@ -149,21 +122,6 @@ TEST_F(ConnectTest, FailureLineIsWrittenBeforeTheCleanupWhichHoldsNoLock) {
         connecting.join();
         EXPECT_EQ(OrvDevice_Disconnect(OtherAddress), 0);
     }
-}
-
-// The handler is registered before the link is in the table.
-TEST_F(ConnectTest, NotificationsBeforeTheLinkIsOpenAreDropped) {
-    OrvWorld_Answer(Address, OrvOperation_WriteDescriptor, OrvManner_After, 1000);
-    OrvWorld_HoldTime();
-    std::thread connecting([] { EXPECT_EQ(Connect(), 0); });
-    EXPECT_EQ(OrvWorld_AwaitCalls(WriteDescriptor, 1), 0);
-    Notify(Address, {1, 2, 3});
-    EXPECT_EQ(LogLines(), (Lines{Trace, "OnDataReceived 176685338322165 3"}));
-    OrvWorld_ReleaseTime();
-    connecting.join();
-    EXPECT_EQ(OrvDevice_Flush(Address), 0);
-    Notify(Address, {4});
-    EXPECT_EQ(OrvDevice_Flush(Address), 1);
 }
 
 }  // namespace

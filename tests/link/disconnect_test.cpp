@@ -1,8 +1,7 @@
-// Closing a link: what the device's answer cannot prevent, what a failure leaves, and which of two
-// links of an address goes.
+// Tests OrvDevice_Disconnect: the order of its calls, and the exports that it blocks.
 #include <thread>
 
-#include "support/waits.h"
+#include "support/world.h"
 
 namespace orv {
 namespace {
@@ -19,14 +18,7 @@ void ExpectGone() {
     EXPECT_EQ(OrvDevice_Flush(Address), 0) << "bytes of the old link";
 }
 
-void ExpectKept() {
-    std::uint8_t bytes[4] = {};
-    EXPECT_EQ(OrvDevice_Receive(Address, 2, bytes), 2);
-    EXPECT_EQ(bytes[1], 8);
-    EXPECT_EQ(OrvDevice_Flush(Address), 1);
-}
-
-// A link with three bytes queued.
+// Provides a link with three queued bytes.
 class DisconnectTest : public WorldTest {
   protected:
     void SetUp() override {
@@ -48,45 +40,7 @@ TEST_F(DisconnectTest, SwitchesOffThenClosesServiceAndDevice) {
     ExpectGone();
 }
 
-using DisconnectWait = WaitTest;
-
-TEST_P(DisconnectWait, IsNotExaminedUnlessItIsRaised) {
-    ASSERT_EQ(OrvDevice_Connect(Address), 0);
-    Notify(Address, {7, 8, 9});
-    const bool gone = ExpectAnswered(Address, Trace, Disconnect, {0, 0, false});
-    gone ? ExpectGone() : ExpectKept();
-}
-
-INSTANTIATE_TEST_SUITE_P(Endings, DisconnectWait,
-                         testing::ValuesIn(Endings({OrvOperation_WriteDescriptor})), EndingName);
-
-TEST_F(DisconnectTest, LateNotificationsAreTracedAndDropped) {
-    OrvDevice_Disconnect(Address);
-    ASSERT_EQ(OrvDevice_Connect(Address), 0);
-    EXPECT_EQ(LinesOf([] {
-                  Notify(Address, {1, 2}, 0);
-              }),
-              Lines{"OnDataReceived 176685338322165 2"});
-    EXPECT_EQ(OrvDevice_Flush(Address), 0) << "bytes of a closed link";
-    Notify(Address, {1, 2}, 1);
-    EXPECT_EQ(OrvDevice_Flush(Address), 2);
-}
-
-TEST_F(DisconnectTest, OldestLinkOfAnAddressCountsUntilItGoes) {
-    ASSERT_EQ(OrvDevice_Connect(Address), 0);
-    Notify(Address, {1, 2, 3, 4, 5}, 1);
-    EXPECT_EQ(OrvDevice_Flush(Address), 3);
-    EXPECT_EQ(OrvDevice_Flush(Address), 0);
-    EXPECT_EQ(Disconnect(), 0);
-    std::uint8_t bytes[8] = {};
-    EXPECT_EQ(OrvDevice_Receive(Address, 8, bytes), 5);
-    EXPECT_EQ(bytes[4], 5);
-    EXPECT_EQ(Disconnect(), 0);
-    EXPECT_EQ(Disconnect(), -1);
-    ExpectGone();
-}
-
-// Closing has no limit of its own and happens under the lock of the links.
+// OrvDevice_Disconnect closes objects without a timeout while it holds the links' lock.
 TEST_F(DisconnectTest, HangingCloseLeavesLogAndScannerUsable) {
     OrvWorld_Hang(CloseService);
     std::thread disconnecting([] { EXPECT_EQ(Disconnect(), 0); });

@@ -1,17 +1,18 @@
-// A host that writes result lines, and what the reader makes of its log.
+// Simulates a host that writes result lines, and reads its log.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "orv/log/explain.h"
-#include "orv/log/findings.h"
+#include "orv/log/infer/causes.h"
+#include "orv/log/show/cause_texts.h"
 #include "support/world.h"
+#include "tests/orv/findings.h"
 
 namespace orv {
 
-// Calls, and adds the result line where `results` says so. Logs until here are kept.
+// Makes a call, and writes its result line if `results` is true.
 template <typename Export>
 ResultCode CallLogged(bool results, Export&& call) {
     const std::int64_t start = OrvWorld_Now();
@@ -30,8 +31,8 @@ inline log::Findings ReadLog(log::Threads threads = log::Threads::One) {
     return log::FindAll(LogBytes(), threads);
 }
 
-// Fails the test unless the causes of `call` hold `cause`, at the wait `step` where the cause is
-// about one of several.
+// Fails the test if the reader does not name `cause` for `call`. If `step` is not negative and the
+// cause has waits, `step` must be one of them.
 inline void ExpectNamed(const log::Call& call, log::Cause cause, int step = -1) {
     std::string named;
     for (const log::Suspect& suspect : log::Explain(call)) {

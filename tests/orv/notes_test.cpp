@@ -1,11 +1,13 @@
-// What the reader finds in logs beside single calls: radios that go away, bytes that are dropped,
-// callbacks that fail, threads that wait for each other, and a log that is still being written.
+// Tests the log reader's notes, threads that wait for each other, and a log that is being written.
+#include <filesystem>
 #include <fstream>
 #include <thread>
 
 #include "host.h"
-#include "orv/log/follower.h"
-#include "orv/log/report_command.h"
+#include "orv/log/commands.h"
+#include "orv/log/infer/follower.h"
+#include "orv/log/show/text.h"
+#include "orv/output_file.h"
 #include "orv/problem.h"
 
 namespace orv {
@@ -75,7 +77,7 @@ const Situation Situations[] = {
      }},
     {"DeviceSpeaksTooEarly", NoteKind::DroppedWhileConnecting,
      [] {
-         OrvWorld_Answer(Address, OrvOperation_WriteDescriptor, OrvManner_After, 500);
+         OrvWorld_Answer(Address, OrvOperation_WriteDescriptor, OrvAnswer_After, 500);
          OrvWorld_HoldTime();
          std::thread host([] { CallLogged(true, [] { return OrvDevice_Connect(Address); }); });
          OrvWorld_AwaitCalls(WriteDescriptor, 1);
@@ -107,16 +109,16 @@ TEST_F(LogNotes, QuietUseHasNone) {
     EXPECT_TRUE(ReadLog().notes.empty());
 }
 
-// Two threads send at once. The second takes 1500 ms, all of which it waits for the first: the
-// reader must know that its own write may have ended at once.
+// Two threads send at the same time. The second call takes 2010 ms, but it may wait up to 1500 ms
+// for the first call. So its own write may have ended without a timeout.
 TEST_F(LogNotes, SendThatWaitedForAnotherNeedNotHaveMissedItsLimit) {
     OrvDevice_Connect(Address);
-    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_After, 1500);
+    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvAnswer_After, 1500);
     OrvWorld_HoldTime();
     const auto send = [] { OrvDevice_Send(Address, 1, Sequence(1).data()); };
     std::thread first(send);
     OrvWorld_AwaitWaits(1);
-    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_EndsAs, 3);
+    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvAnswer_EndsAs, 3);
     std::thread second([] { OrvDevice_Send(Address, 2, Sequence(2).data()); });
     AwaitLog("OrvDevice_Send 176685338322165 2");
     OrvWorld_PassTime(1500);
@@ -149,8 +151,50 @@ TEST_F(LogNotes, HangingStartIsSeenWhileItHangsAndAfterwards) {
 TEST_F(LogNotes, StayInALogThatAReportIsToReplace) {
     OrvDevice_Flush(Address);
     const std::string bytes = LogBytes();
-    EXPECT_THROW(log::WriteReport(LogPath(), log::Threads::One, LogPath()), Problem);
+    const std::string link = LogPath() + ".link", folder = LogPath() + ".folder";
+    std::filesystem::create_symlink(LogPath(), link);
+    std::filesystem::create_directory(folder);
+    for (const std::string& output : {LogPath(), link, folder, std::string("/dev/null")}) {
+        EXPECT_THROW(log::WriteReport(LogPath(), log::Threads::One, output), Problem) << output;
+    }
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    std::filesystem::remove(link);
+    std::filesystem::remove(folder);
     EXPECT_EQ(LogBytes(), bytes);
+}
+
+TEST_F(LogNotes, UnfinishedFilesLeaveTheOneBefore) {
+    const std::string path = LogPath() + ".page", beside = path + ".part";
+    std::ofstream(path) << "old";
+    std::ofstream(beside) << "of a run that was killed";
+    OutputFile(path).Write("new");
+    std::string text;
+    std::getline(std::ifstream(path), text);
+    EXPECT_EQ(text, "old");
+    EXPECT_FALSE(std::filesystem::exists(beside + "1"));
+    std::filesystem::remove(path);
+    std::filesystem::remove(beside);
+}
+
+TEST_F(LogNotes, PollsAreShownOnceAndCountedWhenSomethingElseComes) {
+    char* text = nullptr;
+    std::size_t length = 0;
+    std::FILE* file = open_memstream(&text, &length);
+    log::TextPrinter printer(file, /*colours=*/false);
+    log::Call poll, other;
+    poll.subject.function = log::Function::GetDeviceCount;
+    other.subject.function = log::Function::Initialize;
+    poll.result = other.result = 0;
+    for (int i = 0; i < 5; ++i) {
+        printer.Print(poll);
+        printer.Show();
+    }
+    printer.Print(other);
+    std::fclose(file);
+    const std::string shown(text, length);
+    std::free(text);
+    EXPECT_EQ(std::count(shown.begin(), shown.end(), '\n'), 2) << shown;
+    EXPECT_NE(shown.find("and 4 more polls\n"), shown.npos) << shown;
 }
 
 struct Counting : log::Listener {
@@ -163,16 +207,18 @@ TEST_F(LogNotes, FollowerSeesLinesAsTheyComeAndTheLogEmptied) {
     Counting counting;
     log::Follower follower(LogPath(), log::Threads::One, counting);
     EXPECT_EQ(follower.Poll(), Found::Nothing);
+    EXPECT_STREQ(follower.WaitsFor(Found::Nothing), "is empty");
     CallLogged(true, [] { return OrvDevice_Flush(Address); });
     EXPECT_EQ(follower.Poll(), Found::Lines);
     EXPECT_EQ(counting.calls, 1);
+    EXPECT_EQ(follower.WaitsFor(Found::Nothing), nullptr);
 
     std::ofstream(LogPath(), std::ios::app | std::ios::binary) << "12:00:00.000\tBluetooth";
     EXPECT_EQ(follower.Poll(), Found::Nothing);
     std::ofstream(LogPath(), std::ios::app | std::ios::binary) << "Available\r\n";
     EXPECT_EQ(follower.Poll(), Found::Lines);
 
-    // The new log is as long as the old one was.
+    // The follower detects a new log, although it has the same length.
     const std::size_t length = LogBytes().size();
     Logging_Enable();
     Logging_AppendLine(std::string(length - 15, 'x').data(),
@@ -182,6 +228,7 @@ TEST_F(LogNotes, FollowerSeesLinesAsTheyComeAndTheLogEmptied) {
     EXPECT_EQ(follower.Poll(), Found::Lines);
     std::remove(LogPath().c_str());
     EXPECT_EQ(follower.Poll(), Found::NoFile);
+    EXPECT_STREQ(follower.WaitsFor(Found::NoFile), "does not exist");
 }
 
 }  // namespace

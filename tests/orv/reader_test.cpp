@@ -1,13 +1,12 @@
-// The reader on single lines and small texts: what each says, and what hostile or damaged ones do.
+// Tests the log reader with single lines and small logs, some of them hostile or damaged.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "orv/log/entry.h"
-#include "orv/log/explain.h"
-#include "orv/log/findings.h"
-#include "orv/log/lines.h"
-#include "orv/log/timeline.h"
+#include "orv/log/infer/causes.h"
+#include "orv/log/read/entry.h"
+#include "orv/log/read/lines.h"
+#include "tests/orv/findings.h"
 
 namespace orv::log {
 namespace {
@@ -16,7 +15,7 @@ struct Text {
     const char* text;
     Kind kind;
     std::uint64_t handle = 0;
-    std::int64_t number = 0;  // of the entry, or of a call's subject
+    std::int64_t number = 0;  // the number of the entry, or of its subject for a call
 };
 
 const Text Texts[] = {
@@ -105,12 +104,14 @@ TEST(LogTimeline, GoesOnOverMidnightAndOtherJumps) {
         int jumps;
     };
     const Row rows[] = {
-        {{5000, 4990, 5001}, {5000, 4990, 5001}, 0},  // two threads
+        {{5000, 4990, 5001}, {5000, 4990, 5001}, 0},  // lines of two threads
         {{Day - 1, 0, 1, Day - 1, 5}, {Day - 1, Day, Day + 1, 2 * Day - 1, 2 * Day + 5}, 0},
         {{Day - 1, 1, Day - 1, 2}, {Day - 1, Day + 1, 2 * Day - 1, 2 * Day + 2}, 0},
-        {{7'200'000, 3'600'000, 3'600'100}, {7'200'000, 7'200'000, 7'200'100}, 1},  // set back
-        {{40'000'000, 9, 40'000'007}, {40'000'000, 40'000'000, 40'000'007}, 1},     // forged
-        {{100, 200, 40'000'000, 300}, {100, 200, 40'000'000, 300}, 1},              // forged
+        // The clock is set back.
+        {{7'200'000, 3'600'000, 3'600'100}, {7'200'000, 7'200'000, 7'200'100}, 1},
+        // The second and the third stamp are forged.
+        {{40'000'000, 9, 40'000'007}, {40'000'000, 40'000'000, 40'000'007}, 1},
+        {{100, 200, 40'000'000, 300}, {100, 200, 40'000'000, 300}, 1},
     };
     for (const Row& row : rows) {
         Timeline timeline;
@@ -123,8 +124,8 @@ TEST(LogTimeline, GoesOnOverMidnightAndOtherJumps) {
     }
 }
 
-// Calls that overlap: each line stands for the state of a moment that its call does not tell. And
-// calls during which the machine slept. What the last call failed of must be among its causes.
+// The reader must name the true cause of the last call, although overlapping calls may change a
+// state before the result line is written, or the machine may have slept.
 TEST(LogProof, NeverRulesOutTheCause) {
     struct Row {
         Cause cause;
@@ -155,7 +156,7 @@ TEST(LogProof, NeverRulesOutTheCause) {
           "Returned 0 after 0 ms: OrvScanner_Initialize",
           "Returned 0 after 0 ms: OrvScanner_Deinitialize 0", "OrvScanner_GetDeviceInfo 0 3",
           "Returned -1 after 0 ms: OrvScanner_GetDeviceInfo 0 3"}},
-        // The links are older than the log, and it was a notification that failed.
+        // A link that is older than the log receives a notification; its callback fails.
         {Cause::NoLink,
          {"OrvDevice_Receive 5", "Exception: unknown type",
           "Returned -1 after 0 ms: OrvDevice_Receive 5"}},
@@ -167,7 +168,7 @@ TEST(LogProof, NeverRulesOutTheCause) {
     for (const Row& row : rows) {
         std::string bytes;
         for (const char* text : row.texts) {
-            // Far enough into the log for the longest duration.
+            // The log begins 60 s before the calls, because the longest duration is 60 s.
             bytes += (bytes.empty() ? "12:00:00.000\t\n12:01:00.000\t" : "12:01:00.000\t") +
                      std::string(text) + '\n';
         }
@@ -179,7 +180,67 @@ TEST(LogProof, NeverRulesOutTheCause) {
     }
 }
 
-// The log was emptied while one thread was in a call, and another calls the same.
+TEST(LogEvidence, PutsNoCauseFirstThatItContradicts) {
+    const char* const Rejected = "Returned -1 after 5 ms: OrvDevice_Connect 5";
+    struct Row {
+        Cause first;
+        std::vector<const char*> before;
+    };
+    const Row rows[] = {
+        {Cause::UnknownDevice, {"OnAdvertisementReceived 6 <ORV-0042> -60"}},
+        {Cause::InUse, {"OnAdvertisementReceived 5 <ORV-0042> -60"}},
+        {Cause::InUse,
+         {"OnAdvertisementReceived 5 <ORV-0042> -60", "OrvDevice_Connect 5", Rejected,
+          "OrvDevice_Connect 5", Rejected}},
+        {Cause::InUse, {"OrvDevice_Connect 5", "Returned 0 after 5 ms: OrvDevice_Connect 5"}},
+    };
+    for (const Row& row : rows) {
+        std::string bytes;
+        for (const char* text : row.before) {
+            bytes += "12:00:00.000\t" + std::string(text) + '\n';
+        }
+        bytes += "12:00:00.000\tOrvDevice_Connect 5\n12:00:00.005\t" + std::string(Rejected) + '\n';
+        SCOPED_TRACE(bytes);
+        EXPECT_EQ(Explain(FindAll(bytes, Threads::One).calls.back()).front().cause, row.first);
+    }
+}
+
+TEST(LogEvidence, ShowsWhatKeepsCallsFromReturning) {
+    const Findings findings = FindAll(
+        "12:00:00.000\tBluetoothAvailable\n12:00:00.000\tReturned 0 after 0 ms: "
+        "BluetoothAvailable\n"
+        "12:00:01.000\tOrvDevice_Disconnect 5\n12:00:02.000\tOrvDevice_Flush 6\n12:00:09.000\t\n",
+        Threads::One);
+    EXPECT_EQ(Explain(findings.calls.at(1)).front().cause, Cause::ClosingHangs);
+    EXPECT_EQ(Explain(findings.calls.at(2)).front().cause, Cause::WaitedForOthers);
+    EXPECT_TRUE(HasSign(findings.calls.at(2)));
+    // The log ends with the call, and shows that its link exists.
+    const Findings killed = FindAll(
+        "12:00:00.000\tOrvDevice_Connect 5\n12:00:00.000\tReturned 0 after 0 ms: "
+        "OrvDevice_Connect 5\n12:00:00.000\tOrvDevice_Disconnect 5\n",
+        Threads::One);
+    EXPECT_EQ(Explain(killed.calls.back()).front().cause, Cause::ClosingHangs);
+}
+
+// The memory for a forged line must not grow with the number of calls.
+TEST(LogMemory, HoldsAForgedFailureLineOncePerCallInPart) {
+    constexpr std::size_t Calls = 150;
+    std::string bytes;
+    for (std::size_t i = 0; i < Calls; ++i) {
+        bytes += "12:00:00.000\tOrvDevice_Connect " + std::to_string(i) + '\n';
+    }
+    bytes += "12:00:00.001\tException: " + std::string(1'000'000, 'x') + "\n12:00:00.002\t" +
+             "Returned -1 after 2 ms: OrvDevice_Connect 0\n";
+    std::size_t kept = 0;
+    for (const Call& call : FindAll(bytes, Threads::Many).calls) {
+        EXPECT_EQ(call.failures.count, 1);
+        kept += call.failures.text.size();
+    }
+    EXPECT_LT(kept, bytes.size() / 10);
+}
+
+// The log was emptied during a call, which writes the first result line. The second result line
+// belongs to an equal call of another thread.
 TEST(LogBegin, LeavesOutTheResultOfACallBeforeIt) {
     const Findings findings = FindAll(
         "12:00:00.000\tOrvDevice_Receive 5\n"
@@ -189,14 +250,14 @@ TEST(LogBegin, LeavesOutTheResultOfACallBeforeIt) {
     EXPECT_EQ(findings.calls.at(0).result, 3);
 }
 
-// Whatever the bytes are, every cut of a log gives calls that lie inside it.
+// In each prefix of a log with one call, the reader must find this call or none.
 TEST(LogTruncation, NeverInventsACall) {
     const std::string_view whole =
         "12:00:00.000\tOrvDevice_Connect 176685338322165\r\n"
         "12:00:00.010\tOnAdvertisementReceived 5 <O\x1B[2J\r\n12:00:00.010\tOrvDevice_Flush 1> "
         "-5\r\n"
         "12:00:02.003\tReturned -1 after 2003 ms: OrvDevice_Connect 176685338322165\r\n";
-    for (std::size_t length = 0; length <= whole.size(); ++length) {
+    for (std::size_t length = 13; length <= whole.size(); ++length) {
         const Findings findings = FindAll(whole.substr(0, length), Threads::One);
         ASSERT_LE(findings.calls.size(), 1u) << length;
         if (!findings.calls.empty()) {

@@ -1,4 +1,4 @@
-// The reader on logs of calls that are refused without a wait, or fail in a call without a limit.
+// Tests the log reader with calls that are rejected at once or fail in a call without a timeout.
 #include "host.h"
 
 namespace orv {
@@ -6,7 +6,8 @@ namespace {
 
 using log::Cause;
 
-enum class Alone { Never, WithResult, Always };  // when the log allows no other cause
+// The logs in which the reader must name a single cause: none, logs with result lines, or all.
+enum class Alone { Never, WithResult, Always };
 
 struct Refusal {
     const char* name;
@@ -70,7 +71,7 @@ const Refusal Refusals[] = {
      [] { return OrvDevice_Disconnect(Address); }},
     {"ConnectCannotClose", Cause::ClosingFailed, Alone::Never,
      [](bool) {
-         OrvWorld_Answer(Address, OrvOperation_RequestAccess, OrvManner_Status, 2);
+         OrvWorld_Answer(Address, OrvOperation_RequestAccess, OrvAnswer_Status, 2);
          FailMember(CloseDevice);
      },
      [] { return OrvDevice_Connect(Address); }},

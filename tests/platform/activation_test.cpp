@@ -1,5 +1,5 @@
-// Activation's fall-backs and the bounded wait, at the runtime's own interface: what the exports
-// cannot reach, because a process looks each factory up only once.
+// Tests the fallbacks of activation and the wait with a timeout through internal functions, because
+// exports request each factory only once in a process.
 #include "platform/activation.h"
 
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ class ActivationTest : public testing::Test {
         EXPECT_EQ(OrvWorld_HeldReferences(), 0);
     }
 
-    // Looks the adapter's factory up through a cache of the test's own.
+    // Requests the adapter's factory with the test's own cache.
     HRESULT Find() {
         try {
             found = FindFactory(shared, BluetoothAdapter::Name, IidOf<IBluetoothAdapterStatics>);
@@ -49,7 +49,7 @@ class ActivationTest : public testing::Test {
     Reference<IUnknown> found;
 };
 
-TEST_F(ActivationTest, LooksAnAgileFactoryUpOnce) {
+TEST_F(ActivationTest, RequestsAnAgileFactoryOnce) {
     EXPECT_EQ(Find(), S_OK);
     const IUnknown* first = found.Get();
     EXPECT_EQ(Find(), S_OK);
@@ -57,7 +57,7 @@ TEST_F(ActivationTest, LooksAnAgileFactoryUpOnce) {
     EXPECT_EQ(OrvWorld_CallCount(Runtime), 1);
 }
 
-TEST_F(ActivationTest, LooksAFactoryBoundToItsThreadUpEachTime) {
+TEST_F(ActivationTest, RequestsANonAgileFactoryEachTime) {
     OrvWorld_SetFactoriesAgile(0);
     EXPECT_EQ(Find(), S_OK);
     EXPECT_EQ(Find(), S_OK);
@@ -65,15 +65,15 @@ TEST_F(ActivationTest, LooksAFactoryBoundToItsThreadUpEachTime) {
     EXPECT_EQ(shared.load(), nullptr);
 }
 
-TEST_F(ActivationTest, JoinsTheApartmentForAThreadWithoutOneAndAsksAgain) {
+TEST_F(ActivationTest, JoinsTheApartmentAndRetriesOnAThreadWithoutOne) {
     OrvWorld_FailCall(1, CO_E_NOTINITIALIZED);
     EXPECT_EQ(Find(), S_OK);
     EXPECT_EQ(OrvWorld_CallCount(Runtime), 2);
     EXPECT_LE(OrvWorld_CallCount(Apartment), 1) << "one use for the whole process";
 }
 
-// In a process of its own, which has not joined yet.
-TEST(ApartmentDeathTest, ThatCannotBeJoinedIsTriedAgainAndNothingIsKept) {
+// Needs its own process, which has not joined the apartment.
+TEST(ApartmentDeathTest, FailedJoinIsRetriedAndCachesNothing) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
@@ -102,21 +102,20 @@ TEST_F(ActivationTest, TriesTheNamespacesLibrariesLast) {
     EXPECT_EQ(OrvWorld_CallCount(Library), 5) << "asked on after an answer";
 }
 
-TEST_F(ActivationTest, RaisesTheRuntimesCodeNotTheLibraries) {
+TEST_F(ActivationTest, ThrowsTheRuntimesCodeNotTheLibraries) {
     OrvWorld_FailMember(Runtime, E_FAIL);
     EXPECT_EQ(Find(), E_FAIL);
     OrvWorld_FailMember(Runtime, CO_E_NOTINITIALIZED);
     EXPECT_EQ(Find(), CO_E_NOTINITIALIZED);
 }
 
-// Starts the adapter query as BluetoothAvailable does.
 Reference<IAsyncOperation<BluetoothAdapter>> StartQuery() {
     return Get(FactoryOf<BluetoothAdapter, IBluetoothAdapterStatics>(),
                &IBluetoothAdapterStatics::GetDefaultAsync);
 }
 
-TEST_F(ActivationTest, AnAbandonedWaitLeavesItsRecordToTheLateCompletion) {
-    OrvWorld_Answer(0, OrvOperation_FindAdapter, OrvManner_After, 2001);
+TEST_F(ActivationTest, RecordOutlivesATimedOutWait) {
+    OrvWorld_Answer(0, OrvOperation_FindAdapter, OrvAnswer_After, 2001);
     const std::int64_t start = OrvWorld_Now();
     EXPECT_EQ(WaitForCompletion(StartQuery(), 2000), AsyncStatus::Started);
     EXPECT_EQ(OrvWorld_Now() - start, 2000);
@@ -125,7 +124,7 @@ TEST_F(ActivationTest, AnAbandonedWaitLeavesItsRecordToTheLateCompletion) {
     EXPECT_EQ(OrvWorld_HeldHandlers(), 0) << "the late completion ran and let go";
 }
 
-TEST_F(ActivationTest, AWaitThatCannotBeSetUpRaisesAndHoldsNothing) {
+TEST_F(ActivationTest, WaitThatCannotBeSetUpThrowsAndLeaksNothing) {
     const auto query = StartQuery();
     OrvWorld_FailWaits(1, E_FAIL);
     EXPECT_THROW(WaitForCompletion(query, 2000), PlatformFailure);

@@ -1,4 +1,4 @@
-// References, calls through them, and handlers: who counts what, and who answers for what.
+// Tests the counts of references, calls through references, and the interfaces of handlers.
 #include <gtest/gtest.h>
 
 #include "platform/abi/radios.h"
@@ -8,7 +8,7 @@
 namespace orv {
 namespace {
 
-// A runtime object that only counts.
+// A runtime object that only counts references.
 struct Counted : IClosable {
     int references = 1;
     HRESULT answer = S_OK;
@@ -31,7 +31,7 @@ struct Counted : IClosable {
     HRESULT Close() override { return answer; }
 };
 
-TEST(Reference, ToNothingHasNoInterface) {
+TEST(Reference, NullHasNoInterface) {
     EXPECT_THROW(Reference<IClosable>().As<IUnknown>(), PlatformFailure);
 }
 
@@ -84,12 +84,12 @@ std::string Raised(Body body) {
     return "nothing";
 }
 
-TEST(Call, RaisesWhatFailed) {
+TEST(Call, ThrowsTheFailureCode) {
     Counted object;
     const Reference<IClosable> reference(&object);
     const auto close = [](const Reference<IClosable>& on) { Call(on, &IClosable::Close); };
     EXPECT_EQ(Raised([&] { close(reference); }), "nothing");
-    object.answer = 1;  // S_FALSE is a success
+    object.answer = 1;  // S_FALSE is a success code
     EXPECT_EQ(Raised([&] { close(reference); }), "nothing");
     object.answer = E_BOUNDS;
     EXPECT_EQ(Raised([&] { close(reference); }), std::to_string(0x8000000Bu));
@@ -139,7 +139,7 @@ inline constexpr GUID IidOf<Watched> = Guid("12345678-0000-0000-0000-00000000000
 
 namespace {
 
-TEST(Handler, AnswersForItselfAndForAnyThread) {
+TEST(Handler, SupportsItsInterfaceAndIsAgile) {
     const auto handler = EventHandler<Radio, IInspectable>::Create(
         [](const Reference<IRadio>&, const Reference<IInspectable>&) noexcept {});
     IUnknown* identity = handler.As<IUnknown>().Get();

@@ -25,7 +25,7 @@ void EndSession() {
 
 constexpr std::uint8_t Block[] = {1, 2, 3};
 
-// A session that scans, and a device that has all values in its scan response.
+// Starts a scan and sets a scan response of the device that has all values of a record.
 void Scan() {
     Session();
     ASSERT_EQ(OrvScanner_Start(0), 0);
@@ -42,12 +42,12 @@ void ScanAndList() {
     OrvWorld_SetSignal(Address, -50);
 }
 
-// The event's source that was registered with last: those of earlier rounds are still there.
+// Returns the index of the latest registration. Registrations of earlier rounds still exist.
 std::int32_t Youngest(const char* registration) {
     return OrvWorld_CallCount(registration) - 1;
 }
 
-// Sends one packet; how many of the record's fields have then arrived.
+// Sends one packet and returns how many fields of the record it set.
 template <std::int32_t Packet>
 ResultCode Hear() {
     Advertise(Address, Packet, Youngest("BluetoothLEAdvertisementWatcher.add_Received"));
@@ -57,7 +57,7 @@ ResultCode Hear() {
     return (info.address == Address) + (info.rssi == -50) + (info.value0500 == 1) +
            (info.value1130 == 2) + (info.data1118[0] == 3);
 }
-// How many of its bytes have arrived, from the first on.
+// Sends a notification and returns how many of its bytes were queued correctly.
 ResultCode TakeNotification() {
     Notify(Address, {1, 2, 3}, Youngest("GattCharacteristic.add_ValueChanged"));
     Logging_Disable();

@@ -1,4 +1,4 @@
-// What the fault loops run: each export that asks the platform for something, and both callbacks.
+// The steps that run with faults: each export that calls the platform, and both callbacks.
 #pragma once
 
 #include <functional>
@@ -7,22 +7,22 @@
 
 namespace orv {
 
-// What is run with one fault. The state before and after tells whether a failure left traces. A
-// callback returns nothing; how much of its event arrived is taken for its result.
+// A call that runs with one fault. If it fails, State() must not change. A callback returns
+// nothing, so for a callback, `run` returns the number of values or bytes that the event stored.
 struct Step {
     const char* name;
-    const char* trace;              // its trace line
-    std::function<void()> arrange;  // what must exist before
+    const char* trace;              // expected trace line
+    std::function<void()> arrange;  // creates the initial state
     std::function<ResultCode()> run;
     ResultCode success;
-    std::function<void()> undo;  // after a success
-    // Of a callback only: the platform calls in whose place the n-th fails, by what then arrives. A
-    // fault of the first `untraced` comes before the trace line.
+    std::function<void()> undo;  // called after a success
+    // For callbacks: element n is the result of `run` if platform call n fails. The first
+    // `untraced` calls precede the trace line.
     int untraced = 0;
     std::vector<ResultCode> leaves = {};
 };
 
-// Links and sessions as the host can see them.
+// Returns a text of the links and sessions that the exports report.
 std::string State();
 
 extern const std::vector<Step> Steps;

@@ -1,6 +1,6 @@
-// Fails each call that an export or a callback makes into the platform: the first, then the second,
-// then the third, until a run is clean; with a failing code and with memory exhausted. Likewise
-// each allocation. After every single failure the same must hold.
+// Lets each platform call of each export and callback fail, one in each run: once with a general
+// error and once with a lack of memory. Allocations fail in the same way. After every failure, the
+// same conditions must hold.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -11,14 +11,15 @@
 
 namespace {
 
-// The n-th allocation from now fails, once: of the thread that armed it, or of all others.
+// Allocations until one fails, or 0. Counts those of the test's thread, or with `othersFail` those
+// of all other threads.
 std::atomic<int> allocationsLeft{0};
 thread_local bool isTester = false;
 bool othersFail = false;
 
 }  // namespace
 
-// A sanitizer brings an allocator of its own.
+// These operators would replace a sanitizer's allocator.
 #ifndef ORV_SANITIZED
 void* operator new(std::size_t size) {
     const bool fails = allocationsLeft > 0 && isTester != othersFail && --allocationsLeft == 0;
@@ -31,7 +32,7 @@ void* operator new(std::size_t size) {
 void* operator new[](std::size_t size) {
     return operator new(size);
 }
-// Not inlined: gcc would see free() meet memory of an operator new and warn.
+// If gcc inlines this, it warns that free() receives memory of operator new.
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
@@ -51,7 +52,7 @@ namespace {
 
 class Faults : public WorldTest, public testing::WithParamInterface<Step> {
   protected:
-    // Runs the step once with the `nth` fault, that `arm` sets; false when it did not strike.
+    // Runs the step with the `nth` fault, which `arm` sets. Returns whether the fault occurred.
     bool Survives(int nth, const std::function<void()>& arm, const std::function<bool()>& struck,
                   const char* failureLine) {
         const Step& step = GetParam();
@@ -64,7 +65,7 @@ class Faults : public WorldTest, public testing::WithParamInterface<Step> {
         const ResultCode result = step.run();
         const bool failed = struck();
         if (OrvWorld_ImproperHandlers() > 0) {
-            // It struck while a handler answered for its marshaler: the runtime's to judge.
+            // The runtime failed to query a handler's marshaler, which does not affect the call.
             EXPECT_EQ(result, step.success);
             step.undo();
             SetUp();
@@ -86,7 +87,7 @@ class Faults : public WorldTest, public testing::WithParamInterface<Step> {
         const Step& step = GetParam();
         const auto point = static_cast<std::size_t>(nth - 1);
         if (othersFail) {
-            // An allocation of the callback, or of the world around it.
+            // The failed allocation may be in the callback or in the simulated world.
             EXPECT_LE(result, step.success);
             for (const std::string& line : LogLines()) {
                 EXPECT_TRUE(line == step.trace || line == failureLine) << line;
@@ -102,10 +103,24 @@ class Faults : public WorldTest, public testing::WithParamInterface<Step> {
     }
 };
 
-using FaultsOfMemory = WorldTest;
+// Lets allocations fail. Skips the test with a sanitizer, which has its own allocator.
+class FaultsOfMemory : public WorldTest {
+  protected:
+    void SetUp() override {
+        WorldTest::SetUp();
+#ifdef ORV_SANITIZED
+        GTEST_SKIP() << "a sanitizer's allocations cannot be made to fail";
+#endif
+        isTester = othersFail = true;
+    }
+    void TearDown() override {
+        othersFail = false;
+        WorldTest::TearDown();
+    }
+};
 
 TEST_P(Faults, EveryPlatformCallCanFail) {
-    GetParam().arrange();  // looks the factories up, which happens once in a process
+    GetParam().arrange();  // requests the factories, which happens once in a process
     EXPECT_EQ(GetParam().run(), GetParam().success);
     GetParam().undo();
     struct Code {
@@ -130,8 +145,8 @@ TEST_P(Faults, EveryPlatformCallCanFail) {
     std::printf("%s: %d platform calls failed\n", GetParam().name, points);
 }
 
-// The call answers success and does nothing: no object, no value, no handler that will be called.
-TEST_P(Faults, EveryPlatformCallCanGiveNothing) {
+// A platform call returns success but no object and no value, and registers no handler.
+TEST_P(Faults, EveryPlatformCallCanReturnNothing) {
     const Step& step = GetParam();
     constexpr std::int32_t SuccessWithoutEffect = 1;
     for (int n = 1;; ++n) {
@@ -180,12 +195,8 @@ TEST_P(Faults, EveryAllocationCanFail) {
 }
 
 TEST_F(FaultsOfMemory, LongLineIsLostWithoutMemory) {
-#ifdef ORV_SANITIZED
-    GTEST_SKIP() << "a sanitizer's allocations cannot be made to fail";
-#endif
     const std::string text(100000, 'x');
     const auto append = [&text] { return Logging_AppendLine(text.data(), 100000); };
-    isTester = true;
     othersFail = false;
     allocationsLeft = 1;
     EXPECT_EQ(append(), -1);
@@ -194,17 +205,14 @@ TEST_F(FaultsOfMemory, LongLineIsLostWithoutMemory) {
     EXPECT_EQ(LogLines(), Lines{text});
 }
 
-// Where a notification needs a further block of the queue.
+// The failure occurs while a notification adds a block to the link's queue.
 TEST_F(FaultsOfMemory, BytesBeforeMemoryRanOutStay) {
-#ifdef ORV_SANITIZED
-    GTEST_SKIP() << "a sanitizer's allocations cannot be made to fail";
-#endif
     ASSERT_EQ(OrvDevice_Connect(Address), 0);
-    isTester = othersFail = true;
     std::vector<std::size_t> seen(5);
     for (int n = 1; seen[4] == 0; ++n) {
         const Bytes stream = Sequence(4082);
-        Notify(Address, Bytes(stream.begin(), stream.end() - 3));  // all but one of a block's bytes
+        // After this notification, one byte of the queue's last block is free.
+        Notify(Address, Bytes(stream.begin(), stream.end() - 3));
         allocationsLeft = n;
         Notify(Address, Bytes(stream.end() - 3, stream.end()));
         const bool failed = allocationsLeft.exchange(0) == 0;
@@ -217,7 +225,37 @@ TEST_F(FaultsOfMemory, BytesBeforeMemoryRanOutStay) {
         ++seen[failed ? static_cast<std::size_t>(count - 4080) : 4];
     }
     EXPECT_GE(seen[1], 1u) << "the failure between the blocks was not met";
-    othersFail = false;
+}
+
+// The list allocates memory for the record and the hash bucket of a ninth device.
+TEST_F(FaultsOfMemory, ListThatCannotGrowIsUnchanged) {
+    constexpr BluetoothAddress Ninth = 9;
+    for (BluetoothAddress address = 1; address <= Ninth; ++address) {
+        AddDevice(address, "ORV-many");
+    }
+    ASSERT_EQ(OrvScanner_Initialize(), 0);
+    int lost = 0;
+    for (bool failed = true; failed;) {
+        ASSERT_EQ(OrvScanner_Start(0), 0);
+        for (BluetoothAddress address = 1; address < Ninth; ++address) {
+            Advertise(address);
+        }
+        allocationsLeft = lost + 1;
+        Advertise(Ninth);
+        failed = allocationsLeft.exchange(0) == 0;
+        lost += failed;
+        ASSERT_EQ(OrvScanner_GetDeviceCount(0), failed ? 8 : 9);
+        for (BluetoothAddress address = 1; address <= Ninth; ++address) {
+            Advertise(address);
+        }
+        for (std::int32_t index = 0; index < 9; ++index) {
+            DiscoveredDevice info;
+            ASSERT_EQ(OrvScanner_GetDeviceInfo(0, index, &info), 0);
+            ASSERT_EQ(info.address, static_cast<BluetoothAddress>(index + 1));
+        }
+        ASSERT_EQ(OrvScanner_GetDeviceCount(0), 9);
+    }
+    EXPECT_GE(lost, 2) << "the list did not have to grow";
 }
 
 INSTANTIATE_TEST_SUITE_P(Exports, Faults, testing::ValuesIn(Steps), RowName);

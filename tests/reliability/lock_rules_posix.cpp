@@ -1,7 +1,6 @@
-// The rules of the library's three locks, watched in every test of the program that this is linked
-// into (with pthread_mutex_lock, pthread_mutex_unlock and WaitForKernelEvent wrapped): no thread
-// holds two of them, so no log line is written under one, and only the links' lock is held through
-// a wait of the platform. Whoever breaks a rule ends the program.
+// Checks the rules of the library's three locks in every test of a program that links this file.
+// A thread may hold only one lock at a time, and only the links' lock during a wait. A violation
+// ends the program. The linker redirects the wrapped functions to this file.
 #include <gtest/gtest.h>
 #include <pthread.h>
 
@@ -18,13 +17,13 @@
 namespace orv {
 namespace {
 
-std::atomic<bool> isWatching{false};  // the locks exist once the program has begun
+std::atomic<bool> isWatching{false};  // true as soon as the locks exist
 std::atomic<long> taken{0};
 thread_local const char* held = nullptr;
 
 const char* NameOf(const void* mutex) {
-    return mutex == &diagnosticsLog.lock     ? "the log's lock"
-           : mutex == &ScannerLock           ? "the scanner's lock"
+    return mutex == &diagnosticsLog.mutex    ? "the log's lock"
+           : mutex == &scannerMutex          ? "the scanner's lock"
            : mutex == &connectionTable.mutex ? "the links' lock"
                                              : nullptr;
 }
@@ -86,7 +85,7 @@ TEST(LockRulesDeathTest, AreWatched) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(
         {
-            const Lock first(ScannerLock);
+            const Lock first(scannerMutex);
             const Lock second(connectionTable.mutex);
         },
         "the links' lock under the scanner's lock");
@@ -99,7 +98,7 @@ TEST(LockRulesDeathTest, AreWatched) {
         "the log's lock under the links' lock");
     EXPECT_DEATH(
         {
-            const Lock lock(ScannerLock);
+            const Lock lock(scannerMutex);
             runtime::WaitForKernelEvent(nullptr, 0);
         },
         "a wait under the scanner's lock");

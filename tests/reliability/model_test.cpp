@@ -1,6 +1,5 @@
-// The library against its reference on random calls and events; a difference is shrunk to the
-// shortest sequence that shows it.
-#include "tests/reliability/model.h"
+// Compares the library with the reference model in random sequences of calls and events.
+#include "tests/reliability/model/model.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
@@ -16,37 +15,37 @@ void showValue(const Command& command, std::ostream& out) {
 
 namespace {
 
-// Longer in a nightly run.
+// Returns the number of random steps. scripts/test long sets a larger one.
 int Steps() {
     const char* steps = std::getenv("ORV_MODEL_STEPS");
     return steps ? std::atoi(steps) : 20000;
 }
 
-// Of full range from the first sequence on.
+// Generates numbers below `limit`, from the full range already in the first sequence.
 rc::Gen<std::uint8_t> Below(int limit) {
     return rc::gen::resize(rc::kNominalSize,
                            rc::gen::cast<std::uint8_t>(rc::gen::inRange(0, limit)));
 }
 
-rc::Gen<Command> AnyCommand() {
-    return rc::gen::construct<Command>(Below(CommandCount), Below(256), Below(256),
-                                       rc::gen::resize(24, rc::gen::container<Bytes>(Below(256))));
-}
-
+// Runs random sequences of commands. `what` generates their kinds. Each sequence follows `opening`.
 // RC_PARAMS="seed=..." replaces the fixed seed.
-TEST(Model, LibraryDoesWhatTheReferenceSays) {
+void CheckSequences(const rc::Gen<std::uint8_t>& what, const std::vector<Command>& opening) {
     constexpr int MeanLength = 50;
     auto parameters = rc::detail::configuration().testParams;
     parameters.seed = std::getenv("RC_PARAMS") ? parameters.seed : 1;
     parameters.maxSuccess = Steps() / MeanLength;
     int steps = 0;
+    const auto command = rc::gen::construct<Command>(
+        what, Below(256), Below(256), rc::gen::resize(24, rc::gen::container<Bytes>(Below(256))));
     const auto sequences =
-        rc::gen::resize(2 * MeanLength, rc::gen::container<std::vector<Command>>(AnyCommand()));
+        rc::gen::resize(2 * MeanLength, rc::gen::container<std::vector<Command>>(command));
     const auto property = [&] {
         Model model;
-        for (const Command& command : *sequences) {
-            model.Run(command);
-            ++steps;
+        for (const std::vector<Command>& part : {opening, *sequences}) {
+            for (const Command& each : part) {
+                model.Run(each);
+                ++steps;
+            }
         }
         model.Finish();
     };
@@ -55,6 +54,42 @@ TEST(Model, LibraryDoesWhatTheReferenceSays) {
     rc::detail::printResultMessage(result, text);
     EXPECT_TRUE(result.is<rc::detail::SuccessResult>()) << text.str();
     std::printf("%d steps\n", steps);
+}
+
+TEST(Model, LibraryMatchesTheReference) {
+    CheckSequences(Below(CommandCount), {});
+}
+
+TEST(Model, LibraryMatchesTheReferenceForPackets) {
+    CheckSequences(rc::gen::element<std::uint8_t>(SetName, SetSections, SetSections, Advertise,
+                                                  Advertise, ReadDevice),
+                   {{Initialize, 0, 0, {}}, {Start, 1, 0, {}}});
+}
+
+// Each operation ends in each way while a link with bytes exists, then again in the usual way.
+TEST(Model, LibraryMatchesTheReferenceForEachAnswer) {
+    for (std::uint8_t operation = 0; operation <= OrvOperation_WriteValue; ++operation) {
+        for (std::uint8_t answer = 0; answer < 56; ++answer) {  // 14 answers, 4 statuses
+            const auto target = static_cast<std::uint8_t>(4 * operation);
+            SCOPED_TRACE(Text({Arrange, target, answer, {}}));
+            Model model;
+            const auto run = [&](std::uint8_t what, const Bytes& bytes = {}) {
+                EXPECT_NO_THROW(model.Run({what, 0, 0, bytes})) << Text({what, 0, 0, {}});
+            };
+            run(Connect);
+            run(Notify, {7, 8, 9});
+            model.Run({Arrange, target, answer, {}});
+            for (const What what : {AskAvailable, Connect, Send, Disconnect, Flush}) {
+                run(what, {1, 2});
+            }
+            model.Run({Arrange, target, 0, {}});
+            for (const What what : {AskAvailable, Connect, Send}) {
+                run(what);
+            }
+            EXPECT_NO_THROW(model.Finish());
+            ASSERT_EQ(OrvWorld_OpenObjects(Addresses[0]), 0);
+        }
+    }
 }
 
 }  // namespace

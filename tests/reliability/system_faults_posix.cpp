@@ -1,6 +1,5 @@
-// Fails each call that the library makes to the operating system, one at a time, in every export
-// and both callbacks. The functions of system.h and the making of kernel events are wrapped by the
-// linker.
+// Lets each operating system call of the library fail, one in each run, in every export and both
+// callbacks. The linker redirects the functions of system.h and CreateKernelEvent to this file.
 #include <atomic>
 #include <cstdlib>
 #include <string_view>
@@ -13,7 +12,7 @@
 namespace orv {
 namespace {
 
-enum Call { None, ReadPath, Keep, Empty, Append, CreateEvent };
+enum Call { None, ReadPath, Keep, Empty, Append, Random, CreateEvent };
 
 std::atomic<int> callsLeft{0};
 std::atomic<int> appends{0};
@@ -28,7 +27,7 @@ bool Fail(Call call) {
     return true;
 }
 
-// Runs `body` while the `nth` call fails; which one that was.
+// Runs `body` while its `nth` system call fails. Returns the call that failed, or None.
 template <typename Body>
 Call FailDuring(int nth, Body&& body) {
     failed = None;
@@ -70,6 +69,14 @@ bool __wrap__ZN3orv6system12AppendToFileEPKcSt17basic_string_viewIcSt11char_trai
                                                                                              bytes);
 }
 
+std::uint64_t __real__ZN3orv6system10RandomBitsEv();
+std::uint64_t __wrap__ZN3orv6system10RandomBitsEv() {
+    if (Fail(Random)) {
+        RaiseFailure(E_FAIL);
+    }
+    return __real__ZN3orv6system10RandomBitsEv();
+}
+
 HRESULT __real__ZN3orv7runtime17CreateKernelEventEPPv(runtime::EventHandle* event);
 HRESULT __wrap__ZN3orv7runtime17CreateKernelEventEPPv(runtime::EventHandle* event) {
     return Fail(CreateEvent) ? E_FAIL : __real__ZN3orv7runtime17CreateKernelEventEPPv(event);
@@ -80,11 +87,11 @@ namespace {
 
 class SystemFaults : public WorldTest, public testing::WithParamInterface<Step> {};
 
-TEST_P(SystemFaults, CostTheirLineOrTheirCall) {
+TEST_P(SystemFaults, LoseOneLineOrFailOneCall) {
     const Step& step = GetParam();
     int points = 0;
     Lines whole;
-    for (int n = 0;; ++n) {  // the first round without a fault
+    for (int n = 0;; ++n) {  // in round 0, no call fails
         SCOPED_TRACE("call " + std::to_string(n));
         step.arrange();
         const std::string before = State();
@@ -99,7 +106,7 @@ TEST_P(SystemFaults, CostTheirLineOrTheirCall) {
             Lines left = whole;
             left.erase(left.begin() + (appends - 1));
             EXPECT_EQ(LogLines(), left);
-        } else if (call == CreateEvent) {
+        } else if (call == CreateEvent || call == Random) {
             EXPECT_EQ(result, -1);
             EXPECT_EQ(LogLines(), (Lines{step.trace, "Exception: unknown type"}));
             EXPECT_EQ(State(), before);
@@ -120,6 +127,16 @@ TEST_P(SystemFaults, CostTheirLineOrTheirCall) {
 
 INSTANTIATE_TEST_SUITE_P(Exports, SystemFaults, testing::ValuesIn(Steps), RowName);
 
+using SessionFaults = WorldTest;
+
+TEST_F(SessionFaults, EachSessionDrawsBothHalvesOfItsKey) {
+    Logging_Disable();
+    ASSERT_EQ(OrvScanner_Initialize(), 0);  // only the first call keeps the library loaded
+    for (const int half : {1, 2}) {
+        EXPECT_EQ(FailDuring(half, [] { EXPECT_EQ(OrvScanner_Initialize(), -1); }), Random);
+    }
+}
+
 using LogFaults = WorldTest;
 
 TEST_F(LogFaults, LeaveTheLogOffOrLoseALine) {
@@ -136,11 +153,13 @@ TEST_F(LogFaults, LeaveTheLogOffOrLoseALine) {
     EXPECT_EQ(LogLines(), (Lines{"x", "x"}));
 }
 
-// In a process of its own: the library is kept loaded once.
-TEST(KeepingLoadedDeathTest, FailingIsAFailureOfTheCallThatNeedsIt) {
+// Needs its own process, because the library is kept loaded only once.
+TEST(KeepingLoadedDeathTest, FailureFailsTheCallThatNeedsIt) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
+            // The first export joins the apartment and thereby keeps the library loaded.
+            OrvDevice_Send(1, 0, nullptr);
             ResultCode first = 0;
             const Call call = FailDuring(1, [&] { first = OrvScanner_Initialize(); });
             std::fprintf(stderr, "%d then %d", call == Keep ? first : 1, OrvScanner_Initialize());

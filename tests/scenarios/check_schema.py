@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The scenarios are what their schema says, the schema knows the fields that the library knows, and
+"""Checks that the scenarios match their schema, that schema and library have the same fields, and that
 the document's example can be played.
 
 Usage: check_schema.py SCENARIOS LIBRARY FILE
@@ -12,7 +12,7 @@ import sys
 
 import jsonschema
 
-# Where each kind of object stands, with a field that there is nowhere.
+# A scenario with an unknown field for each kind of object: the error text lists the known fields.
 PROBES = {
     "radio": {"radios": [{"no": 0}]},
     "machineAnswer": {"answers": [{"no": 0}]},

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""tools/check_truths finds each kind of gap.
+"""Checks that tools/check_truths finds each kind of gap.
 
 Usage: check_truths_test.py CHECK SOURCE FOLDER
 """
@@ -10,10 +10,13 @@ import sys
 
 DOCUMENT, TESTS = "docs/windows_truths.md", "tests/scenarios/truths_test.cpp"
 GAPS = [
-    (DOCUMENT, "`flood`", "`flod`", ["truth without a scenario: Notifications that nobody takes",
-                                     "scenario without a truth: flood"]),
-    (DOCUMENT, "**The host.** Has a heartbeat", "Has a heartbeat",
-     ["truth without **The host.**: A device that goes without a word"]),
+    (DOCUMENT, "`flood`", "`flod`", [
+        "truth without a scenario: Notifications that the host does not receive",
+        "scenario without a truth: flood"]),
+    (DOCUMENT, "**The host.** The host regularly", "The host regularly",
+     ["truth without **The host.**: A device that disappears"]),
+    (DOCUMENT, ": `quiet_device`", ": `noisy`",
+     ["truth without a check of orv doctor: Notifications that the host does not receive (noisy)"]),
     (TESTS, '{"cut_name",', '{"cut",', ["scenario without a test: cut_name"]),
 ]
 
@@ -22,7 +25,7 @@ def main():
     check, source, folder = (pathlib.Path(argument) for argument in sys.argv[1:])
     for file, old, new, gaps in GAPS:
         shutil.rmtree(folder, ignore_errors=True)
-        for part in ("docs", "scenarios", "tests/scenarios"):
+        for part in ("docs", "scenarios", "tests/scenarios", "orv/doctor"):
             shutil.copytree(source / part, folder / part)
         text = (folder / file).read_text(encoding="utf-8")
         (folder / file).write_text(text.replace(old, new), encoding="utf-8")

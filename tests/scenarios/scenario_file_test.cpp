@@ -1,9 +1,10 @@
-// Files that are at fault, and the default world as a file.
+// Tests invalid scenario files, and the file of the default world.
 #include <gmock/gmock.h>
 
 #include <cstdio>
 #include <fstream>
 #include <map>
+#include <set>
 
 #include "support/world.h"
 
@@ -22,14 +23,14 @@ std::string FaultOf(std::string_view text) {
 
 struct Fault {
     std::string_view text;
-    const char* fault;  // behind the file's name and a colon
+    const char* fault;  // start of the error text after the file's name and a colon
 };
 
 #define D R"("address":"A0:B1:C2:D3:E4:F5")"
 #define EVENT(text) R"({"title":"","devices":[{)" D "}],\n\"events\":[{" text "}]}"
 
 const Fault Faults[] = {
-    // The text itself.
+    // Files with an invalid text.
     {"", "1: scenario: "},
     {"{\n\"title\":\"\",\n", "2: title: syntax error"},
     {"{\"title\":\n\n  1.5\n}", "3: title: 1.5 is no whole number"},
@@ -38,7 +39,7 @@ const Fault Faults[] = {
     {"{\"title\":\"\xFF\"}", "1: title: "},
     {"{\"title\":\"\",\"radios\":123456789012345678901234567890}", "1: radios: is too large"},
     {std::string_view("{\"title\":\"\"}\n\0{}", 16), "2: scenario: has a byte of zero"},
-    // Fields.
+    // Files with an invalid field.
     {"{}", "1: scenario: lacks title"},
     {"{\"title\":\"\",\n\"devcies\":[]}", "2: devcies: is unknown here, one of $schema, title"},
     {"{\"title\":7}", "1: title: is 7, a text would be right"},
@@ -56,9 +57,9 @@ const Fault Faults[] = {
      R"(,"answers":[{"operation":"RequestAccess","status":"Success"}]}]})",
      "1: devices[0].answers[0].status: is \"Success\", one of Unspecified, Allowed"},
     {R"({"title":"","faults":[{"member":"GattDeviceService.close","hang":true}]})",
-     "1: faults[0].member: is \"GattDeviceService.close\", which the library never calls"},
+     "1: faults[0].member: is \"GattDeviceService.close\", which no simulated class has"},
     {R"({"title":"","faults":[{"member":"Radio.get_Kind"}]})", "1: faults[0]: lacks a field"},
-    // Events.
+    // Files with an invalid event.
     {EVENT(R"("at":1,"device":"A0:B1:C2:D3:E4:F6","present":true)"),
      "2: events[0].device: names no device of this scenario"},
     {EVENT(R"("device":"A0:B1:C2:D3:E4:F5","present":true)"),
@@ -87,8 +88,11 @@ TEST_F(ScenarioFileTest, AFaultNamesLineAndFieldAndChangesNothing) {
     EXPECT_EQ(OrvWorld_PlayScenario(nullptr, 1, nullptr, 0), -1);
 }
 
-// The functions that arrange what a scenario's fields do.
-TEST_F(ScenarioFileTest, FunctionsArrangeTheSame) {
+TEST_F(ScenarioFileTest, FunctionsDoTheSameAsFields) {
+    OrvWorld_ForgetDevice(Address);
+    EXPECT_EQ(OrvDevice_Connect(Address), -1);
+    OrvWorld_KnowDevice(Address);
+    EXPECT_EQ(OrvDevice_Connect(Address), 0);
     OrvWorld_KnowOnceHeard(Address);
     EXPECT_EQ(OrvDevice_Connect(Address), -1);
     const ResultCode scanner = OrvScanner_Initialize();
@@ -107,17 +111,21 @@ TEST_F(ScenarioFileTest, FunctionsArrangeTheSame) {
     EXPECT_EQ(OrvWorld_WriteCount(Address), 0);
     OrvWorld_SetLargestWrite(Address, -1);
     OrvWorld_SetOneAtATime(Address, 1);
-    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_After, 1500);
+    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvAnswer_After, 1500);
     EXPECT_EQ(OrvDevice_Send(Address, 4, Sequence(4).data()), 4);
-    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_After, 3000);
+    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvAnswer_After, 3000);
     EXPECT_EQ(OrvDevice_Send(Address, 4, Sequence(4).data()), -1);
-    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvManner_Standard, 0);
-    ExpectTakes(1000, [] { EXPECT_EQ(OrvDevice_Send(Address, 1, Sequence(1).data()), 1); });
+    OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvAnswer_Standard, 0);
+    const std::int64_t start = OrvWorld_Now();
+    EXPECT_EQ(OrvDevice_Send(Address, 1, Sequence(1).data()), 1);
+    EXPECT_EQ(OrvWorld_Now() - start, 1000);
     OrvWorld_SetPresent(Address, 0);
     EXPECT_EQ(OrvDevice_Connect(Address), -1);
 
     for (const std::int32_t refused :
-         {OrvWorld_SetPresent(1, 0), OrvWorld_KnowOnceHeard(1), OrvWorld_SetOneAtATime(1, 1),
+         {OrvWorld_SetPresent(1, 0), OrvWorld_KnowOnceHeard(1), OrvWorld_KnowDevice(1),
+          OrvWorld_SetOneAtATime(1, 1), OrvWorld_SetSignalSpread(1, 0),
+          OrvWorld_SetSignalSpread(Address, -1), OrvWorld_SetSignalSpread(Address, 101),
           OrvWorld_SetLargestWrite(1, 1), OrvWorld_SetLargestWrite(Address, -2),
           OrvWorld_SwitchRadio(1, OrvRadioState_On)}) {
         EXPECT_EQ(refused, -1);
@@ -125,7 +133,43 @@ TEST_F(ScenarioFileTest, FunctionsArrangeTheSame) {
     EXPECT_STREQ(OrvWorld_Version(), QUELVIXWINLIB_VERSION);
 }
 
-// What a host sees of a world: the beginning of what each device sends, its record, and its link.
+// Each value needs memory, even a value of one character.
+TEST_F(ScenarioFileTest, TooManyValuesAreRefused) {
+    std::string zeros = "{\"events\":[";
+    for (int i = 0; i < 2'000'000; ++i) {
+        zeros += "0,";
+    }
+    EXPECT_THAT(FaultOf(zeros + "0]}"), testing::HasSubstr("events[1999998]: has too many values"));
+}
+
+TEST_F(ScenarioFileTest, FieldsDoTheSameAsFunctions) {
+    std::ofstream(File, std::ios::binary)
+        << R"({"title":"","failWaits":{"count":1,"code":"0x80004005"},
+        "devices":[{)" D R"(,"name":"ORV-1","known":false,"signal":-60,"signalSpread":30}],
+        "events":[{"at":1,)"
+           R"("device":"A0:B1:C2:D3:E4:F5","known":"OnceHeard"}]})";
+    ASSERT_EQ(OrvWorld_PlayScenario(File.c_str(), 1, nullptr, 0), 0);
+    std::remove(File.c_str());
+    EXPECT_EQ(BluetoothAvailable(), -1) << "the wait could be set up";
+    EXPECT_EQ(BluetoothAvailable(), 0);
+    const ResultCode scanner = OrvScanner_Initialize();
+    OrvScanner_Start(scanner);
+    OrvWorld_PassTime(1);
+    EXPECT_EQ(OrvDevice_Connect(Address), -1) << "known before it was heard";
+    std::set<std::int32_t> signals;
+    for (int i = 0; i < 20; ++i) {
+        DiscoveredDevice device{};
+        Advertise(Address);
+        ASSERT_EQ(OrvScanner_GetDeviceInfo(scanner, 0, &device), 0);
+        signals.insert(device.rssi);
+    }
+    EXPECT_GT(signals.size(), 10U);
+    EXPECT_GE(*signals.begin(), -90);
+    EXPECT_LE(*signals.rbegin(), -30);
+    EXPECT_EQ(OrvDevice_Connect(Address), 0);
+}
+
+// The first packets and the record of each device, and the results of calls, as a host gets them.
 struct View {
     std::map<std::string, Lines> heard;
     Lines records;
@@ -138,7 +182,7 @@ View LookAround() {
     view.links.push_back("available " + std::to_string(BluetoothAvailable()));
     const ResultCode scanner = OrvScanner_Initialize();
     OrvScanner_Start(scanner);
-    // Both packets of each device.
+    // Waits until both packets of each device have arrived.
     for (const char* response :
          {"176685338322165 <> ", "176685338322166 <> ", "18838586676582 <> "}) {
         EXPECT_TRUE(AwaitLog(response)) << response;

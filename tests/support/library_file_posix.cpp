@@ -1,4 +1,4 @@
-// The file that the library under test was loaded from, asked of the dynamic linker.
+// Asks the dynamic linker for the file of the library under test.
 #include <dlfcn.h>
 
 #include <cstdlib>
@@ -8,7 +8,7 @@
 namespace orv {
 
 std::string LibraryFile() {
-    // Looked up by name: the address that the program itself sees may be a stub of its own.
+    // Searches by name, because the address in the program may be a stub.
     Dl_info info = {};
     if (dladdr(dlsym(RTLD_DEFAULT, "Logging_Enable"), &info) == 0) {
         return {};

@@ -1,4 +1,4 @@
-// The file that the library under test was loaded from, asked of the loader.
+// Finds the file of the library under test with the loader.
 #include <windows.h>
 
 #include "log_file.h"

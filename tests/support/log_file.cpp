@@ -1,4 +1,3 @@
-// Reads the log and takes its lines apart.
 #include "log_file.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +11,7 @@ namespace {
 
 constexpr std::size_t StampSize = 13;
 
-// hh:mm:ss.mmm and a tab.
+// Returns true if the bytes contain hh:mm:ss.mmm and a tab at `position`.
 bool IsStamp(const std::string& bytes, std::size_t position) {
     const std::string pattern = "00:00:00.000\t";
     if (bytes.size() < position + StampSize) {

@@ -1,4 +1,4 @@
-// The diagnostics log as it lies on disk.
+// Reads the diagnostics log from disk.
 #pragma once
 
 #include <string>
@@ -10,23 +10,23 @@ namespace orv {
 
 using Lines = std::vector<std::string>;
 
-// What a failure leaves in the log: any failure of the platform, and its code for "out of memory".
+// The log lines of a failure of the platform and of a failed memory allocation.
 constexpr const char* PlatformFailure = "Exception: unknown type";
 constexpr const char* OutOfMemory = "Exception: bad allocation";
 
-// The file that the library under test was loaded from, and the log beside it.
+// Return the paths of the library under test and of its log.
 std::string LibraryFile();
 std::string LogPath();
 
-// All bytes of the file; empty when there is none.
+// Returns all bytes of the log, or an empty string if it does not exist.
 std::string LogBytes();
 
-// The texts behind the time stamps. A line ends where a carriage return and line feed are followed
-// by the next stamp or the end, so a text may hold line ends itself. Fails the running test when
-// the file does not consist of stamped lines.
+// Returns the texts after the time stamps. A line ends at a carriage return and line feed that
+// precede the next stamp or the end of the file, so a text may contain line ends. Fails the test if
+// a stamp or a line end is missing.
 Lines LogLines();
 
-// The lines that `body` writes; empties the log before.
+// Empties the log and returns the lines that `body` writes.
 template <typename Body>
 Lines LinesOf(Body&& body) {
     Logging_Enable();

@@ -1,4 +1,3 @@
-// Arranges the simulated world for a test and looks after what the test leaves behind.
 #include "world.h"
 
 #include <chrono>
@@ -27,7 +26,7 @@ void TakeBackFaults() {
     failingMembers.clear();
     for (const BluetoothAddress address : devices) {
         for (std::int32_t operation = 0; operation <= OrvOperation_WriteValue; ++operation) {
-            OrvWorld_Answer(address, operation, OrvManner_Standard, 0);
+            OrvWorld_Answer(address, operation, OrvAnswer_Standard, 0);
         }
     }
 }
@@ -117,8 +116,7 @@ void WorldTest::TearDown() {
     EXPECT_EQ(OrvWorld_ImproperHandlers(), 0);
     EXPECT_EQ(OrvWorld_HeldObjects(), 0);
     EXPECT_EQ(OrvWorld_HeldReferences(), 0);
-    // Registered handlers stay with their event source, and a handler with its abandoned operation,
-    // until the world goes.
+    // Event sources and unfinished operations keep handlers until the world is reset.
     OrvWorld_Reset(1);
     EXPECT_EQ(OrvWorld_HeldHandlers(), 0);
 }

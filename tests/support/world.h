@@ -1,5 +1,4 @@
-// The simulated world as the tests arrange and question it, and the fixture that every test through
-// the exports shares.
+// Functions for the simulated world, and the fixture of all tests that use the exports.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -17,8 +16,8 @@ namespace orv {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr BluetoothAddress Address = 0xA0B1C2D3E4F5;       // in logs 176685338322165
-constexpr BluetoothAddress OtherAddress = 0x112233445566;  // in logs 18838586676582
+constexpr BluetoothAddress Address = 0xA0B1C2D3E4F5;       // 176685338322165 in logs
+constexpr BluetoothAddress OtherAddress = 0x112233445566;  // 18838586676582 in logs
 
 constexpr std::int32_t Fails = static_cast<std::int32_t>(0x80004005);
 constexpr std::int32_t NoInterface = static_cast<std::int32_t>(0x80004002);
@@ -29,7 +28,7 @@ constexpr const char* CloseDevice = "BluetoothLEDevice.Close";
 constexpr const char* WriteDescriptor =
     "GattCharacteristic.WriteClientCharacteristicConfigurationDescriptorAsync";
 
-// Devices and faults arranged through these are taken back at the end of the test.
+// TearDown removes the devices and faults that these functions add.
 void AddDevice(BluetoothAddress address, const char* name);
 void FailMember(const std::string& member, std::int32_t code = Fails);
 
@@ -38,41 +37,30 @@ void Advertise(BluetoothAddress address, std::int32_t packet = OrvPacket_Adverti
                std::int32_t watcher = -1);
 void Notify(BluetoothAddress address, const Bytes& data, std::int32_t registration = -1);
 
-// `count` bytes that go on from `first`.
+// Returns `count` bytes that count up from `first`.
 Bytes Sequence(std::size_t count, std::size_t first = 0);
 
-// The library's calls into the world's objects since the one of number `from`, except requests for
-// other interfaces.
+// Returns the library's calls from number `from` on, without QueryInterface.
 Lines Calls(std::int32_t from = 0);
 
-// Expects what `call` returns, and the lines that it writes into an emptied log.
+// Empties the log, makes the call, and checks the call's result and log lines.
 template <typename Call>
 void ExpectCall(Call&& call, ResultCode result, const Lines& lines) {
     EXPECT_EQ(LinesOf([&] { EXPECT_EQ(call(), result); }), lines);
 }
 
-// Expects how long `body` takes on the world's clock. Real time is certain in one direction only.
-template <typename Body>
-void ExpectTakes(std::int64_t ms, Body&& body) {
-    const std::int64_t start = OrvWorld_Now();
-    body();
-    const std::int64_t took = OrvWorld_Now() - start;
-    const bool simulated = OrvWorld_TimeIsSimulated() != 0;
-    EXPECT_TRUE(simulated ? took == ms : took >= ms - 20) << took << " ms instead of " << ms;
-}
-
-// Waits until the log holds `text`; false after 10 s.
+// Waits until the log contains `text`. Returns false after 10 s.
 bool AwaitLog(const std::string& text);
 
-// A world with the adapter, one radio that is on and one device, and an empty log that is switched
-// on. Afterwards nothing of the world may still be held, and no call may have been out of order.
+// Sets up an adapter, a radio that is on, a device, and an empty log. At the end, checks that
+// everything was released and that no unexpected call was made.
 class WorldTest : public testing::Test {
   protected:
     void SetUp() override;
     void TearDown() override;
 };
 
-// Names a row by its field `name`.
+// Names a parametrized test by the field `name` of its row.
 constexpr auto RowName = [](const auto& row) { return std::string(row.param.name); };
 
 }  // namespace orv

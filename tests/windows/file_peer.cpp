@@ -1,5 +1,5 @@
-// Another process at the log: opens the file with the sharing that it is told, says whether that
-// worked, then answers each line of its input with what was added to the file since.
+// Opens the log with the given sharing mode in another process, and prints y or n for success or
+// failure. For each input line, it then prints the bytes that were added to the file.
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>

@@ -1,15 +1,15 @@
-// The diagnostics log among other processes: read while it grows, and held by one that shares it
-// with nobody.
+// Tests the log while another process reads it or keeps it open without sharing.
 #include <windows.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "support/world.h"
 
 namespace orv {
 namespace {
 
-// A process of its own that has the log open, until the object goes.
+// Runs a process that keeps the log open while this object exists.
 class Peer {
   public:
     explicit Peer(DWORD sharing) {
@@ -44,7 +44,7 @@ class Peer {
     Peer(const Peer&) = delete;
     Peer& operator=(const Peer&) = delete;
 
-    // What was added to the file since the last time.
+    // Returns the bytes that were added to the file since the last call.
     std::string ReadOn() {
         DWORD size = 0;
         WriteFile(questions, "\n", 1, &size, nullptr);
@@ -101,6 +101,26 @@ TEST_F(LogFileTest, IsCompleteForAReaderAfterEachLine) {
     EXPECT_EQ(LogBytes(), "");
 }
 
+// The system's code page replaces two letters of the directory's name by similar letters.
+TEST_F(LogFileTest, IsNotStartedInAFolderOfASimilarName) {
+    const std::filesystem::path folder = L"\u0141\u00f3d\u017a";
+    const std::filesystem::path similar = L"L\u00f3dz";
+    std::filesystem::create_directory(folder);
+    std::filesystem::create_directory(similar);
+    const auto library = std::filesystem::absolute(folder / L"quelvixwinlib.dll");
+    const auto other = similar / L"quelvixwinlib.dll.log";
+    CopyFileW(L"quelvixwinlib.dll", library.c_str(), FALSE);
+    std::ofstream(other) << "kept";
+
+    const HMODULE module = LoadLibraryW(library.c_str());
+    ASSERT_NE(module, nullptr);
+    const auto enable = reinterpret_cast<ResultCode (*)()>(
+        reinterpret_cast<void*>(GetProcAddress(module, "Logging_Enable")));
+    ASSERT_NE(enable, &Logging_Enable) << "not a module of its own";
+    EXPECT_EQ(enable(), -1);
+    EXPECT_EQ(std::filesystem::file_size(other), 4u) << "another file was emptied";
+}
+
 struct Holder {
     const char* name;
     DWORD sharing;
@@ -108,7 +128,7 @@ struct Holder {
 
 class HeldLog : public WorldTest, public testing::WithParamInterface<Holder> {};
 
-TEST_P(HeldLog, LosesLinesAndNothingElse) {
+TEST_P(HeldLog, LosesOnlyLines) {
     Append("before");
     {
         const Peer holder(GetParam().sharing);

@@ -1,5 +1,5 @@
-/* What the C runtime of another compiler would bring: the entry point, and the mark that floating
- * point is used. It lets a program be linked the way that compiler links, without having it. */
+/* Defines two parts of Microsoft's C runtime, the entry point and the floating-point mark, so that
+ * a program links as with that compiler. */
 #include <stdlib.h>
 
 int _fltused = 0;

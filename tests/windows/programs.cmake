@@ -1,10 +1,6 @@
-# The test programs of the cross build. Each runs against the simulated DLL, and against the shipped
-# one with Windows.dll behind it: found in the system directory as activation's last resort
-# (`lookup`), and in a second pass by the runtime itself, once the classes are registered there
-# (`registered`). The DLLs come out of the ZIP.
-#
-# Waits are real where the DLL is the shipped one, so a program is split into shards that run side
-# by side, each in a folder and a process of its own.
+# The test programs of the cross build. Each runs with the simulated DLL and twice with the shipped
+# DLL and Windows.dll: with `lookup`, the library finds Windows.dll in the system directory; with
+# `registered`, the runtime finds it by its registered classes. The DLLs come from the ZIP.
 
 set(wine ${CMAKE_CURRENT_LIST_DIR}/wine)
 set(prefix ${PROJECT_BINARY_DIR}/wine)
@@ -30,45 +26,34 @@ set_tests_properties(wine.register PROPERTIES FIXTURES_SETUP registered FIXTURES
 set_tests_properties(wine.stop PROPERTIES FIXTURES_CLEANUP prefix)
 set_tests_properties(wine.prepare wine.register wine.stop PROPERTIES ENVIRONMENT WINEPREFIX=${prefix})
 
-# A DLL has an allocator of its own, which a program cannot make fail.
+# These tests are excluded, because a program cannot let allocations in a DLL fail.
 set(excluded *.EveryAllocationCanFail/*:FaultsOfMemory.*)
 
-# orv_wine_test(<name> <shards> <way> <program> <files...>): `way` is simulated, lookup or registered.
-function(orv_wine_test name shards way program)
-    math(EXPR last "${shards} - 1")
-    foreach(shard RANGE ${last})
-        set(test ${way}.${name}.${shard})
-        add_test(NAME ${test} COMMAND ${wine} run
-            ${CMAKE_BINARY_DIR}/wine_runs/${test} $<TARGET_FILE:${program}> ${ARGN})
-        set_tests_properties(${test} PROPERTIES
-            TIMEOUT 240
-            FIXTURES_REQUIRED prefix
-            ENVIRONMENT "WINEPREFIX=${prefix};ORV_WAY=${way};GTEST_TOTAL_SHARDS=${shards};GTEST_SHARD_INDEX=${shard};GTEST_FILTER=-${excluded}")
-        if(way STREQUAL lookup)
-            # The registration ends this way's time.
-            set_property(TEST wine.register APPEND PROPERTY DEPENDS ${test})
-        elseif(way STREQUAL registered)
-            set_property(TEST ${test} PROPERTY FIXTURES_REQUIRED prefix registered)
-        endif()
-    endforeach()
-endfunction()
-
-# How many shards a program is split into where time is real; 1 unless it waits for limits.
-set(shards_scanner_test 3)
-set(shards_link_test 10)
-
-# Both ways of the shipped DLL, for a program that is linked with it and with the world.
-function(orv_shipped_test name)
-    set(shards ${shards_${name}})
-    if(NOT shards)
-        set(shards 1)
+# orv_wine_test(<name> <way> <program> <files...>): `way` is simulated, lookup or registered.
+function(orv_wine_test name way program)
+    set(test ${way}.${name})
+    add_test(NAME ${test} COMMAND ${wine} run
+        ${CMAKE_BINARY_DIR}/wine_runs/${test} $<TARGET_FILE:${program}> ${ARGN})
+    set_tests_properties(${test} PROPERTIES
+        TIMEOUT 240
+        FIXTURES_REQUIRED prefix
+        ENVIRONMENT "WINEPREFIX=${prefix};ORV_WAY=${way};GTEST_FILTER=-${excluded}")
+    if(way STREQUAL lookup)
+        # Registration must come after all tests with `lookup`.
+        set_property(TEST wine.register APPEND PROPERTY DEPENDS ${test})
+    elseif(way STREQUAL registered)
+        set_property(TEST ${test} PROPERTY FIXTURES_REQUIRED prefix registered)
     endif()
-    target_link_libraries(${name}_shipped PRIVATE shipped world GTest::gtest_main)
-    orv_wine_test(${name} ${shards} lookup ${name}_shipped ${shippedDll} ${ARGN})
-    orv_wine_test(${name} ${shards} registered ${name}_shipped ${shippedDll} ${ARGN})
 endfunction()
 
-# Take the place of the native functions of the same names.
+# Links a program with the shipped DLL and the world, and tests it with `lookup` and `registered`.
+function(orv_shipped_test name)
+    target_link_libraries(${name}_shipped PRIVATE shipped world GTest::gtest_main)
+    orv_wine_test(${name} lookup ${name}_shipped ${shippedDll} ${ARGN})
+    orv_wine_test(${name} registered ${name}_shipped ${shippedDll} ${ARGN})
+endfunction()
+
+# The next two functions replace the functions of the same names that native builds use.
 function(orv_test name)
     add_library(${name}_objects OBJECT ${ARGN})
     target_include_directories(${name}_objects PRIVATE
@@ -78,14 +63,14 @@ function(orv_test name)
 
     add_executable(${name} ${objects})
     target_link_libraries(${name} PRIVATE quelvixwinlib GTest::gtest_main)
-    orv_wine_test(${name} 1 simulated ${name} ${simulatedDll})
+    orv_wine_test(${name} simulated ${name} ${simulatedDll})
 
     add_executable(${name}_shipped ${objects})
     orv_shipped_test(${name})
 endfunction()
 
-# A program with the library's objects inside it runs on its own; the DLLs have no part in it. Its
-# helpers are compiled anew: they call functions of the program itself, not of a DLL.
+# These programs contain the library's objects and use no DLL. The files of `support` are compiled
+# again, because here they call functions of the program instead of the DLL.
 function(orv_internal_test name)
     get_target_property(helpers support SOURCES)
     add_executable(${name} ${ARGN} ${helpers}
@@ -96,5 +81,5 @@ function(orv_internal_test name)
     target_compile_definitions(${name} PRIVATE QUELVIXWINLIB_BUILD ORV_WORLD_BUILD)
     target_link_libraries(${name} PRIVATE
         GTest::gtest_main Threads::Threads runtimeobject ole32)
-    orv_wine_test(${name} 1 simulated ${name})
+    orv_wine_test(${name} simulated ${name})
 endfunction()

@@ -1,7 +1,6 @@
-// The library among the system's own rules: apartments of the host's threads, the way to the
-// factories, and the system's conversion of text.
+// Tests the library with the system's apartments, activation and text conversion.
 #include <windows.h>
-// Behind the header that it needs.
+// These headers need windows.h before them.
 #include <objbase.h>
 #include <roapi.h>
 #include <winstring.h>
@@ -16,7 +15,7 @@ namespace {
 
 constexpr int Well = 42;
 
-// Needs every class that the library activates.
+// Returns true if calls that use all classes of the library succeed.
 bool EverythingWorks() {
     const std::uint8_t data[] = {1, 2, 3};
     const ResultCode scanner = OrvScanner_Initialize();
@@ -32,8 +31,8 @@ bool EverythingWorks() {
     return BluetoothAvailable() == 0 && scans && links;
 }
 
-// Whether a thread that has initialised nothing is in the multithreaded apartment, which the
-// library must hold on to while it caches factories.
+// Returns true if the multithreaded apartment exists, which the library must keep while it caches
+// factories.
 bool ApartmentIsHeld() {
     APTTYPE type = APTTYPE_CURRENT;
     APTTYPEQUALIFIER qualifier = APTTYPEQUALIFIER_NONE;
@@ -48,10 +47,10 @@ bool OnThread(Body&& body) {
     return result;
 }
 
-// How the host's threads are set up; -1 is no apartment.
+// The apartments from which a host thread calls the library; -1 is no apartment.
 struct Host {
     const char* name;
-    int first;  // until it is given back, before the library is called again
+    int first;  // the thread leaves it before the next calls
     int second;
 };
 
@@ -76,7 +75,7 @@ bool WorksIn(int apartment) {
     return works;
 }
 
-// The factories are looked up once in a process, so each row has one of its own.
+// Each row needs its own process, because the library requests its factories only once.
 [[noreturn]] void RunHost(const Host& host) {
     const bool held = OnThread(ApartmentIsHeld);
     const bool works = OnThread([&] { return WorksIn(host.first) && WorksIn(host.second); });
@@ -92,8 +91,8 @@ TEST_P(HostThreads, NeedNoPreparation) {
 
 INSTANTIATE_TEST_SUITE_P(Apartments, HostThreads, testing::ValuesIn(Hosts), RowName);
 
-// Not a property of the library: without it this pass would not test what it is meant to.
-TEST(Activation, GoesTheWayOfThisPass) {
+// Checks that the system finds the classes only if this run has registered them.
+TEST(Activation, UsesTheConfiguredWay) {
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     const char* const way = std::getenv("ORV_WAY");
     ASSERT_TRUE(way != nullptr);
@@ -139,7 +138,7 @@ const Name Names[] = {
 
 class ConvertedName : public WorldTest, public testing::WithParamInterface<Name> {};
 
-TEST_P(ConvertedName, IsWhatTheSystemMakesOfIt) {
+TEST_P(ConvertedName, MatchesTheSystemsConversion) {
     const std::u16string& text = GetParam().text;
     const auto units = static_cast<int>(text.size());
     char converted[200] = "";

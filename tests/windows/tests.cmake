@@ -1,37 +1,43 @@
-# What only Windows has: modules that come and go, files with sharing rules, apartments. Then the
-# files of the ZIP, and hosts that are built from them alone.
+# Tests that need Windows (unloading modules, file sharing, apartments), tests of the ZIP's files, and
+# tests of hosts that are built with these files.
 
-# orv_windows_test(<name> [FILES <files beside it>] [OBJECTS <objects>])
+# orv_windows_test(<name> [FILES <files beside it>] [SOURCES <more sources or objects>])
 function(orv_windows_test name)
-    cmake_parse_arguments(ARG "" "" "FILES;OBJECTS" ${ARGN})
-    add_executable(${name}_shipped windows/${name}.cpp ${ARG_OBJECTS})
+    cmake_parse_arguments(ARG "" "" "FILES;SOURCES" ${ARGN})
+    add_executable(${name}_shipped windows/${name}.cpp ${ARG_SOURCES})
     target_include_directories(${name}_shipped PRIVATE
-        ${CMAKE_CURRENT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+        ${CMAKE_CURRENT_SOURCE_DIR} ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
     target_link_libraries(${name}_shipped PRIVATE runtimeobject)
     orv_shipped_test(${name} ${ARG_FILES})
 endfunction()
 
 add_executable(file_peer windows/file_peer.cpp)
-orv_windows_test(log_file_test FILES $<TARGET_FILE:file_peer> OBJECTS $<TARGET_OBJECTS:support>)
-orv_windows_test(system_test OBJECTS $<TARGET_OBJECTS:support>)
-orv_windows_test(module_test)  # without the helpers, which are linked with the library
+orv_windows_test(log_file_test FILES $<TARGET_FILE:file_peer> SOURCES $<TARGET_OBJECTS:support>)
+orv_windows_test(system_test SOURCES $<TARGET_OBJECTS:support>)
+orv_windows_test(module_test)  # without `support`, which links the library
+orv_windows_test(exhaustion_test SOURCES
+    windows/allocations.cpp reliability/fault_steps.cpp $<TARGET_OBJECTS:support>)
+foreach(way lookup registered)
+    set_tests_properties(${way}.module_test ${way}.exhaustion_test PROPERTIES
+        TIMEOUT 1200)  # enough for scripts/test long
+endforeach()
 
-# orv_host(<name> <commands...>): the packed example, built in a folder of its own.
+# orv_host(<name> <commands...>) builds the packed example in its own directory.
 set(hosts ${PROJECT_BINARY_DIR}/hosts)
 function(orv_host name)
     add_custom_command(OUTPUT ${hosts}/${name}.exe ${ARGN} DEPENDS unpacked VERBATIM)
     add_custom_target(host_${name} ALL DEPENDS ${hosts}/${name}.exe)
 endfunction()
 
-# orv_run_host(<way> <name> <DLL>): with the default world behind the DLL or in it. That is real time,
-# where a machine that stands still for two seconds misses a limit, so it runs alone.
+# orv_run_host(<way> <name> <DLL>) runs a host with the default world. It uses real time, so a
+# machine that stops for two seconds causes a timeout; therefore these tests run one at a time.
 function(orv_run_host way name dll)
     set(test ${way}.host_${name})
     add_test(NAME ${test} COMMAND ${wine} run
         ${PROJECT_BINARY_DIR}/wine_runs/${test} ${hosts}/${name}.exe ${dll})
     set_tests_properties(${test} PROPERTIES
         TIMEOUT 120
-        RUN_SERIAL ON
+        RESOURCE_LOCK real_time
         FIXTURES_REQUIRED prefix
         PASS_REGULAR_EXPRESSION "done: 65536 bytes to ORV-0042 and back, unchanged"
         ENVIRONMENT WINEPREFIX=${prefix})
@@ -41,8 +47,8 @@ file(MAKE_DIRECTORY ${hosts})
 orv_host(gcc COMMAND ${CMAKE_C_COMPILER} -O2 ${unpacked}/examples/demo.c
     -I${unpacked}/include -L${unpacked}/lib -lquelvixwinlib -o ${hosts}/gcc.exe)
 
-# As the compiler cl and its linker would: another object format's details, another import library.
-# The headers and the C runtime's import library are MinGW's, made to hold still for it.
+# Builds the host with the object format and the import library of Microsoft's compiler and linker, but
+# with MinGW's headers and C runtime.
 find_program(ORV_CLANG NAMES clang-14 clang REQUIRED)
 find_program(ORV_LLD NAMES lld-link-14 lld-link REQUIRED)
 set(cl ${ORV_CLANG} --target=x86_64-pc-windows-msvc -O2 -nostdlibinc
@@ -56,32 +62,65 @@ orv_host(msvc
         ${CMAKE_FIND_ROOT_PATH}/lib/libmsvcrt.a ${CMAKE_FIND_ROOT_PATH}/lib/libkernel32.a)
 
 orv_run_host(lookup gcc ${shippedDll})
-orv_run_host(simulated gcc ${simulatedDll})  # drops in, without another build of the host
+orv_run_host(simulated gcc ${simulatedDll})  # the same host, not built again
 orv_run_host(lookup msvc ${shippedDll})
 set_property(TEST wine.register APPEND PROPERTY DEPENDS lookup.host_gcc lookup.host_msvc)
 
-# orv.exe as it is unpacked: it finds both libraries where they lie.
+include(${CMAKE_CURRENT_LIST_DIR}/hosts/hosts.cmake)
+
+# orv.exe must find both libraries in the directories where the ZIP puts them.
 add_test(NAME lookup.orv COMMAND Python3::Interpreter
     ${CMAKE_CURRENT_SOURCE_DIR}/orv/host_test.py)
 set_tests_properties(lookup.orv PROPERTIES
-    TIMEOUT 300
-    RUN_SERIAL ON
+    TIMEOUT 900
+    RESOURCE_LOCK real_time
     FIXTURES_REQUIRED prefix
     ENVIRONMENT "WINEPREFIX=${prefix};ORV=${unpacked}/orv.exe;ORV_LIBRARY=${simulatedDll};ORV_WINE=1")
 set_property(TEST wine.register APPEND PROPERTY DEPENDS lookup.orv)
 
-# The files themselves. The simulated DLL has no limit of size: it is not what hosts ship.
+# Tests Windows sockets. Runs only tests that do not send a signal to orv, because under Wine a signal
+# does not end orv in the regular way.
+add_test(NAME lookup.orv_bridge COMMAND Python3::Interpreter
+    ${CMAKE_CURRENT_SOURCE_DIR}/orv/bridge_test.py -k one_client -k no_more -k wrong -k open_to)
+set_tests_properties(lookup.orv_bridge PROPERTIES
+    TIMEOUT 900
+    RESOURCE_LOCK real_time
+    FIXTURES_REQUIRED prefix
+    ENVIRONMENT "WINEPREFIX=${prefix};ORV=${unpacked}/orv.exe;ORV_LIBRARY=${simulatedDll};ORV_WINE=1")
+set_property(TEST wine.register APPEND PROPERTY DEPENDS lookup.orv_bridge)
+
+add_test(NAME lookup.orv_doctor COMMAND Python3::Interpreter
+    ${CMAKE_CURRENT_SOURCE_DIR}/orv/doctor_test.py -k confirms -k needs)
+set_tests_properties(lookup.orv_doctor PROPERTIES
+    TIMEOUT 900
+    RESOURCE_LOCK real_time
+    FIXTURES_REQUIRED prefix
+    ENVIRONMENT "WINEPREFIX=${prefix};ORV=${unpacked}/orv.exe;ORV_LIBRARY=${simulatedDll};ORV_WINE=1;WINEDEBUG=-all")
+set_property(TEST wine.register APPEND PROPERTY DEPENDS lookup.orv_doctor)
+
+# Checks the DLLs and orv.exe. The shipped DLL has the lowest size limit, because hosts ship it.
 set(check Python3::Interpreter ${PROJECT_SOURCE_DIR}/tools/check_dll)
 set(header ${unpacked}/include/quelvixwinlib.h)
 add_test(NAME packed.dll COMMAND ${check} ${shippedDll} --version ${PROJECT_VERSION}
     --def ${PROJECT_SOURCE_DIR}/src/quelvixwinlib.def --def ${unpacked}/quelvixwinlib.def
-    --header ${header})
+    --header ${header} --symbols ${unpacked}/symbols/quelvixwinlib.dll.debug)
+find_program(ORV_CASTXML castxml)
+if(ORV_CASTXML)
+    # This compiler must lay out the structures as the bindings assume.
+    add_test(NAME packed.layout COMMAND sh -c "${PROJECT_SOURCE_DIR}/tools/layout \
+${unpacked}/include/quelvixwinlib.h ${unpacked}/include/quelvixwinlib_simulated.h \
+--compiler ${CMAKE_C_COMPILER} | diff - ${PROJECT_SOURCE_DIR}/bindings/layout.json")
+endif()
+add_test(NAME packed.released_exports COMMAND
+    ${PROJECT_SOURCE_DIR}/tools/check_abi exports ${shippedDll})
 add_test(NAME packed.simulated_dll COMMAND ${check} ${simulatedDll} --version ${PROJECT_VERSION}
     --def ${unpacked}/simulated/quelvixwinlib.def --largest 1000000
     --header ${header} --header ${unpacked}/include/quelvixwinlib_simulated.h)
+add_test(NAME packed.orv COMMAND ${check} ${unpacked}/orv.exe --version ${PROJECT_VERSION} --program
+    --largest 4000000)
 add_test(NAME packed.check_dll_finds_faults COMMAND Python3::Interpreter
     ${CMAKE_CURRENT_SOURCE_DIR}/windows/check_dll_test.py ${PROJECT_SOURCE_DIR}/tools/check_dll
-    ${shippedDll} ${unpacked}/quelvixwinlib.def ${header} ${PROJECT_VERSION})
+    ${shippedDll} ${unpacked}/symbols/quelvixwinlib.dll.debug ${unpacked}/quelvixwinlib.def ${header} ${PROJECT_VERSION})
 add_test(NAME packed.again_in_another_folder COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/windows/rebuild
     ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/rebuilt ${zip} ${shippedDll})
-set_tests_properties(packed.again_in_another_folder PROPERTIES TIMEOUT 600)
+set_tests_properties(packed.again_in_another_folder PROPERTIES TIMEOUT 1500)

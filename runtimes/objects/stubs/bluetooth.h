@@ -1,4 +1,4 @@
-// Every slot of Windows.Devices.Bluetooth answered with E_NOTIMPL.
+// Stubs of Windows.Devices.Bluetooth: every function returns E_NOTIMPL.
 #pragma once
 
 #include "platform/abi/bluetooth.h"

@@ -1,4 +1,4 @@
-// Every slot of IAsyncInfo answered with E_NOTIMPL.
+// Stubs of IAsyncInfo: every function returns E_NOTIMPL.
 #pragma once
 
 #include "platform/abi/foundation.h"

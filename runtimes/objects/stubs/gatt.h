@@ -1,5 +1,5 @@
-// Every slot of Windows.Devices.Bluetooth.GenericAttributeProfile and the device answered with
-// E_NOTIMPL.
+// Stubs of Windows.Devices.Bluetooth.GenericAttributeProfile and of the device: every function
+// returns E_NOTIMPL.
 #pragma once
 
 #include "platform/abi/gatt.h"

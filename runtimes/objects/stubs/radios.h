@@ -1,4 +1,4 @@
-// Every slot of Windows.Devices.Radios answered with E_NOTIMPL.
+// Stubs of Windows.Devices.Radios: every function returns E_NOTIMPL.
 #pragma once
 
 #include "platform/abi/radios.h"

@@ -1,4 +1,4 @@
-// Every slot of Windows.Storage.Streams answered with E_NOTIMPL.
+// Stubs of Windows.Storage.Streams: every function returns E_NOTIMPL.
 #pragma once
 
 #include "platform/abi/streams.h"

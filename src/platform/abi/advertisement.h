@@ -117,5 +117,11 @@ template <>
 inline constexpr GUID IidOf<
     TypedEventHandler<BluetoothLEAdvertisementWatcher, BluetoothLEAdvertisementReceivedEventArgs>> =
     Guid("90eb4eca-d465-5ea0-a61c-033c8c5ecef2");
+template <>
+inline constexpr GUID IidOf<IIterable<BluetoothLEAdvertisementDataSection>> =
+    Guid("db98b5d1-897e-59cc-b86a-7b8855ac98af");
+template <>
+inline constexpr GUID IidOf<IIterator<BluetoothLEAdvertisementDataSection>> =
+    Guid("af5c0e81-788b-52d4-82a2-1ed28c66a05e");
 
 }  // namespace orv

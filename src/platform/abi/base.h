@@ -1,10 +1,11 @@
-// The ground of the Windows Runtime's binary interface: types, codes, identifiers, the interfaces
-// that every object has, and the string functions.
+// The base of the Windows Runtime's binary interface: types, codes, identifiers, basic interfaces,
+// and string functions.
 //
-// All interfaces in this folder are declared by hand under the platform's names. A C++ class whose
-// functions are all pure virtual, without a virtual destructor, has exactly the table of function
-// pointers that the runtime expects, in the order of declaration; so the order of the functions is
-// the binary interface and must not change. x86-64 has one calling convention, so none is named.
+// All interfaces in this directory are declared by hand under the platform's names. A C++ class
+// with only pure virtual functions and no virtual destructor has exactly the table of function
+// pointers that the runtime expects, in order of declaration. Do not change the order of the
+// functions, because it is part of the binary interface. The functions state no calling convention,
+// because x86-64 has only one.
 #pragma once
 
 #include <cstdint>
@@ -36,8 +37,8 @@ struct EventRegistrationToken {
     INT64 value;
 };
 
-// A runtime string: a handle, null for the empty string. Whoever receives one as an output owns it
-// and gives it back with WindowsDeleteString.
+// The handle of a runtime string, null for the empty string. A caller that receives a string as
+// output owns it and deletes it with WindowsDeleteString.
 using HSTRING = struct HSTRING__*;
 
 struct GUID {
@@ -63,7 +64,7 @@ constexpr bool operator!=(const GUID& a, const GUID& b) {
     return !(a == b);
 }
 
-// Reads `digits` hexadecimal digits; dashes are the caller's to step over.
+// Returns the value of the first `digits` characters, which must be hexadecimal digits.
 constexpr UINT32 HexValue(const char* text, int digits) {
     UINT32 value = 0;
     for (int i = 0; i < digits; ++i) {
@@ -74,8 +75,8 @@ constexpr UINT32 HexValue(const char* text, int digits) {
     return value;
 }
 
-// The value of a GUID in its text form of 36 characters: hexadecimal digits with a dash after the
-// 8th, 12th, 16th and 20th.
+// Converts the text form of a GUID: 36 characters, with a dash after hexadecimal digits 8, 12, 16
+// and 20.
 constexpr GUID Guid(const char (&text)[37]) {
     GUID guid{HexValue(text, 8),
               static_cast<UINT16>(HexValue(text + 9, 4)),
@@ -97,6 +98,7 @@ constexpr bool Failed(HRESULT code) {
 
 constexpr HRESULT S_OK = 0;
 constexpr HRESULT E_BOUNDS = Hresult(0x8000000B);
+constexpr HRESULT E_ILLEGAL_STATE_CHANGE = Hresult(0x8000000D);
 constexpr HRESULT E_ILLEGAL_METHOD_CALL = Hresult(0x8000000E);
 constexpr HRESULT RO_E_CLOSED = Hresult(0x80000013);
 constexpr HRESULT E_ILLEGAL_DELEGATE_ASSIGNMENT = Hresult(0x80000018);
@@ -131,7 +133,7 @@ struct IActivationFactory : IInspectable {
     virtual HRESULT ActivateInstance(IInspectable** instance) = 0;
 };
 
-// Says that an object may be called from any thread.
+// Marks an object that may be called from any thread.
 struct IAgileObject : IUnknown {
     static constexpr GUID Iid = Guid("94ea2b94-e9cc-49e0-c0ff-ee64ca8f5b90");
 };
@@ -149,8 +151,8 @@ struct IMarshal : IUnknown {
     virtual HRESULT DisconnectObject(DWORD reserved) = 0;
 };
 
-// The identifier of an interface. An instance of a generic interface has an identifier of its own,
-// given beside the types that it is made of.
+// The identifier of an interface. A specialization beside the argument types defines the identifier
+// of each instance of a generic interface.
 template <typename Interface>
 inline constexpr GUID IidOf = Interface::Iid;
 
@@ -171,13 +173,13 @@ struct Passed<T, std::void_t<typename T::DefaultInterface>> {
 
 }  // namespace abi_detail
 
-// How a type of the runtime crosses the binary interface: a runtime class as a pointer to its
-// default interface, an interface as a pointer to itself, anything else by value.
+// Defines how a type of the runtime is passed: a runtime class as a pointer to its default
+// interface, an interface as a pointer to itself, anything else by value.
 template <typename T>
 using Abi = typename abi_detail::Passed<T>::Type;
 
-// Functions of the runtime itself. On Windows the system's combase.dll has them; elsewhere the
-// runtime that is linked in.
+// Functions of the runtime. On Windows, combase.dll defines them; elsewhere, the linked runtime
+// defines them.
 extern "C" {
 HRESULT WindowsCreateString(const char16_t* source, UINT32 length, HSTRING* string);
 HRESULT WindowsDeleteString(HSTRING string);

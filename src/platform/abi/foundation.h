@@ -19,7 +19,7 @@ struct IAsyncInfo : IInspectable {
 template <typename T>
 struct IAsyncOperation;
 
-// Called once, on a thread of the runtime's choice, possibly before put_Completed has returned.
+// The runtime calls Invoke once, on one of its threads, possibly before put_Completed returns.
 template <typename T>
 struct AsyncOperationCompletedHandler : IUnknown {
     virtual HRESULT Invoke(IAsyncOperation<T>* operation, AsyncStatus status) = 0;
@@ -32,10 +32,24 @@ struct IAsyncOperation : IInspectable {
     virtual HRESULT GetResults(Abi<T>* results) = 0;
 };
 
-// Sender and arguments are borrowed for the call.
+// The handler borrows `sender` and `args` for the duration of the call.
 template <typename S, typename A>
 struct TypedEventHandler : IUnknown {
     virtual HRESULT Invoke(Abi<S> sender, Abi<A> args) = 0;
+};
+
+// The library itself reads items by index, but other clients of the runtime use iterators.
+template <typename T>
+struct IIterator : IInspectable {
+    virtual HRESULT get_Current(Abi<T>* item) = 0;
+    virtual HRESULT get_HasCurrent(boolean* value) = 0;
+    virtual HRESULT MoveNext(boolean* hasCurrent) = 0;
+    virtual HRESULT GetMany(UINT32 capacity, Abi<T>* items, UINT32* actual) = 0;
+};
+
+template <typename T>
+struct IIterable : IInspectable {
+    virtual HRESULT First(IIterator<T>** iterator) = 0;
 };
 
 template <typename T>

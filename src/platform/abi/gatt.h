@@ -1,4 +1,4 @@
-// Windows.Devices.Bluetooth.GenericAttributeProfile, and the device that its objects point back to.
+// Windows.Devices.Bluetooth.GenericAttributeProfile, and the device that its objects refer to.
 #pragma once
 
 #include "platform/abi/streams.h"
@@ -240,5 +240,17 @@ inline constexpr GUID IidOf<IVectorView<GattCharacteristic>> =
 template <>
 inline constexpr GUID IidOf<TypedEventHandler<GattCharacteristic, GattValueChangedEventArgs>> =
     Guid("c1f420f6-6292-5760-a2c9-9ddf98683cfc");
+template <>
+inline constexpr GUID IidOf<IIterable<GattDeviceService>> =
+    Guid("4b192e23-4893-56b2-8eff-439c3ab7fd1f");
+template <>
+inline constexpr GUID IidOf<IIterator<GattDeviceService>> =
+    Guid("8beb3a26-73ca-50f3-a1d3-418c60a9f3b2");
+template <>
+inline constexpr GUID IidOf<IIterable<GattCharacteristic>> =
+    Guid("e3c56728-7f2d-5a0d-ad38-030d39c60f9f");
+template <>
+inline constexpr GUID IidOf<IIterator<GattCharacteristic>> =
+    Guid("1ffc4777-4346-5564-b7a5-59eae385f4f6");
 
 }  // namespace orv

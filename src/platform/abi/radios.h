@@ -5,7 +5,12 @@
 
 namespace orv {
 
-enum class RadioAccessStatus : INT32;
+enum class RadioAccessStatus : INT32 {
+    Unspecified = 0,
+    Allowed = 1,
+    DeniedByUser = 2,
+    DeniedBySystem = 3
+};
 enum class RadioKind : INT32 { Other = 0, WiFi = 1, MobileBroadband = 2, Bluetooth = 3, FM = 4 };
 enum class RadioState : INT32 { Unknown = 0, On = 1, Off = 2, Disabled = 3 };
 
@@ -37,6 +42,12 @@ struct IRadioStatics : IInspectable {
 };
 
 template <>
+inline constexpr GUID IidOf<IAsyncOperation<RadioAccessStatus>> =
+    Guid("21fb30ef-072f-502c-9898-d0c3b2cd9ac5");
+template <>
+inline constexpr GUID IidOf<AsyncOperationCompletedHandler<RadioAccessStatus>> =
+    Guid("bd248e73-f05f-574c-ae3d-9b95c4bf282a");
+template <>
 inline constexpr GUID IidOf<IAsyncOperation<IVectorView<Radio>>> =
     Guid("040b54a1-203e-58f5-943f-c1cca86bd532");
 template <>
@@ -44,5 +55,9 @@ inline constexpr GUID IidOf<AsyncOperationCompletedHandler<IVectorView<Radio>>> 
     Guid("d30691e6-60a0-59c9-8965-5bbe282e8208");
 template <>
 inline constexpr GUID IidOf<IVectorView<Radio>> = Guid("65066c36-090b-5466-b8e5-e7565dc34175");
+template <>
+inline constexpr GUID IidOf<IIterable<Radio>> = Guid("e82500af-1f53-504e-b8be-dac4fbb69084");
+template <>
+inline constexpr GUID IidOf<IIterator<Radio>> = Guid("cf37ede7-eaec-5b8f-ad31-4d51abd9db05");
 
 }  // namespace orv

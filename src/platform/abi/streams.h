@@ -1,4 +1,4 @@
-// Windows.Storage.Streams: buffers, their raw bytes, reader and writer.
+// Windows.Storage.Streams: buffers, their bytes, reader and writer.
 #pragma once
 
 #include "platform/abi/foundation.h"
@@ -18,7 +18,8 @@ struct IBuffer : IInspectable {
     virtual HRESULT put_Length(UINT32 value) = 0;
 };
 
-// The bytes belong to the buffer and live as long as it; only get_Length of them mean anything.
+// Returns the address of a buffer's bytes, which the buffer owns. Only the first
+// IBuffer::get_Length bytes are valid.
 struct IBufferByteAccess : IUnknown {
     static constexpr GUID Iid = Guid("905a0fef-bc53-11df-8c49-001e4fc686da");
     virtual HRESULT Buffer(BYTE** value) = 0;

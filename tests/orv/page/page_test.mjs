@@ -1,11 +1,11 @@
-// The report page in a browser: what it shows, that it zooms, and that no name in a log takes it over.
+// Tests the report page in a browser: its content, its zoom, and that names in a log run no code.
 //
 // Usage: node page_test.mjs ORV CHROMIUM FOLDER
 import assert from "node:assert/strict";
 import { execFileSync } from "node:child_process";
 import { statSync, writeFileSync } from "node:fs";
-import { test, before, after } from "node:test";
-import { chromium } from "playwright-core";
+import { test } from "node:test";
+import { open, useBrowser } from "./browser.mjs";
 
 const [orv, executablePath, folder] = process.argv.slice(2);
 const hostile = [
@@ -45,24 +45,7 @@ function report(name, log) {
     return `${folder}/${name}.html`;
 }
 
-let browser;
-before(async () => {
-    const args = ["--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-        "--disable-background-networking", "--disable-component-update", "--disable-sync"];
-    browser = await chromium.launch({ executablePath, args });
-});
-after(() => browser.close());
-
-async function open(path, options) {
-    const page = await browser.newPage(options);
-    page.setDefaultTimeout(60000);
-    const trouble = [];
-    page.on("console", (message) => trouble.push(message.text()));
-    page.on("pageerror", (error) => trouble.push(String(error)));
-    page.on("request", (request) => request.url().startsWith("file:") || trouble.push(request.url()));
-    await page.goto("file://" + path);
-    return { page, trouble };
-}
+useBrowser(executablePath);
 
 const picture = (page, id) => page.evaluate((id) => document.querySelector(`#${id} canvas`).toDataURL(), id);
 const text = (page, id) => page.evaluate((id) => document.getElementById(id).innerText, id);
@@ -118,6 +101,22 @@ test("a million lines give a page that stays small", async () => {
     for (const fact of ["1,000,000 lines", "250,000 calls", "83,334 failed", "250,000 advertisements"]) {
         assert.ok(facts.includes(fact), fact + " is not in " + facts);
     }
+    assert.match(await text(page, "merged"), /Device links: 250,000 calls, 1,500 of them drawn one by one/);
+    // Every third call fails, so the whole lane of the links is red.
+    const redParts = await page.evaluate(() => {
+        const canvas = document.querySelector("#lanes canvas"), plot = document.querySelector("#lanes .u-over");
+        const scale = canvas.width / canvas.clientWidth, width = Math.floor(plot.clientWidth * scale);
+        const failed = getComputedStyle(document.documentElement).getPropertyValue("--failed");
+        const wanted = failed.match(/[0-9a-f]{2}/gi).map((hex) => parseInt(hex, 16));
+        const { data } = canvas.getContext("2d").getImageData(plot.offsetLeft * scale, 0, width, canvas.height);
+        const isRed = (pixel) => wanted.every((value, shift) => Math.abs(data[4 * pixel + shift] - value) < 9);
+        const parts = new Set();
+        for (let pixel = 0; pixel < data.length / 4; pixel++) {
+            if (isRed(pixel)) parts.add(Math.floor((20 * (pixel % width)) / width));
+        }
+        return parts.size;
+    });
+    assert.equal(redParts, 20);
     const whole = await picture(page, "lanes");
     await page.click("#in");
     await page.waitForFunction((before) => document.querySelector("#lanes canvas").toDataURL() !== before, whole);

@@ -1,0 +1,39 @@
+// Reads a log while it is written.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "orv/log/infer/analysis.h"
+
+namespace orv::log {
+
+class Follower {
+  public:
+    // Passes the content of `path` to `listener`. Starts again if the log is emptied.
+    Follower(std::string path, Threads threads, Listener& listener);
+
+    enum class Found { Nothing, Lines, Emptied, NoFile };
+
+    // Reads the bytes that were appended since the last call. After Emptied, call it again.
+    Found Poll();
+    void End();
+
+    // Returns why the log has no line so far, or null if it has one.
+    const char* WaitsFor(Found latest) const;
+
+  private:
+    bool WasEmptied() const;
+    void Restart();
+
+    std::string path;
+    Threads threads;
+    Listener& listener;
+    std::unique_ptr<Analysis> analysis;
+    std::uint64_t position = 0;  // offset of the next byte to read
+    std::string tail;            // the bytes before `position`, to detect a new file
+    std::string unfinished;      // the bytes of a line without a line end
+};
+
+}  // namespace orv::log

@@ -1,0 +1,33 @@
+// Reads a log several times instead of keeping it in memory.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "orv/log/infer/analysis.h"
+#include "orv/log/read/log_file.h"
+
+namespace orv::log {
+
+ResultUse FindResults(LogFile& log);
+
+Totals Analyse(LogFile& log, ResultUse results, Threads threads, Listener& listener);
+
+struct Overview {
+    ResultUse results;
+    Threads threads = Threads::One;
+    Totals totals;
+    std::uint64_t calls = 0;
+    std::uint64_t failedCalls = 0;
+    std::vector<Note> notes;  // by line number; notes about the whole log are last
+};
+
+Overview Survey(LogFile& log, Threads threads);
+
+// Passes the calls in the order of their lines. A call during which more than 50,000 others end is
+// passed after some of them.
+void ForEachCall(LogFile& log, const Overview& overview,
+                 const std::function<void(const Call&)>& take);
+
+}  // namespace orv::log

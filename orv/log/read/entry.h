@@ -1,0 +1,81 @@
+// The content of a log line, and the library's functions by their names in the log.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace orv::log {
+
+enum class Function : std::uint8_t {
+    Available,
+    Initialize,
+    Deinitialize,
+    Start,
+    Stop,
+    GetDeviceCount,
+    GetDeviceInfo,
+    Connect,
+    Disconnect,
+    Send,
+    Receive,
+    Flush,
+};
+
+constexpr int FunctionCount = 12;
+
+enum class Family : std::uint8_t { Availability, Scanner, Link };
+
+// The arguments after the function's name in a trace line.
+enum class Traces : std::uint8_t { Nothing, Scanner, ScannerAndNumber, Address, AddressAndNumber };
+
+struct FunctionFacts {
+    Function function;
+    std::string_view name;
+    Family family;
+    Traces traces;
+    int waits;       // maximum number of waits, each of at most 2000 ms
+    bool holdsLock;  // calls of the same family wait until it releases the lock
+};
+
+const FunctionFacts& FactsOf(Function function);
+
+std::optional<Function> FindFunction(std::string_view name);
+
+enum class Kind : std::uint8_t {
+    Call,           // trace line of an exported function
+    Advertisement,  // received by a scanner
+    Notification,   // received from a device
+    Failure,        // "Exception: ..."
+    Result,         // a host's "Returned <result> after <n> ms: <trace text>"
+    Host,           // any other line of the host
+};
+
+// The function and arguments of a call. A result line repeats those of its call.
+struct Subject {
+    Function function = Function::Available;
+    std::uint64_t handle = 0;  // address, or scannerId in the low 32 bits
+    std::int32_t number = 0;   // index of GetDeviceInfo or length of Send
+
+    std::int32_t ScannerId() const { return static_cast<std::int32_t>(handle); }
+    bool operator==(const Subject&) const = default;
+};
+
+struct Entry {
+    Kind kind = Kind::Host;
+    Subject subject;            // of a Call or Result; only the handle for an event of a device
+    std::int64_t number = 0;    // dBm of an Advertisement, bytes of a Notification, or the Result
+    std::int64_t duration = 0;  // duration of a Result in ms
+    std::string_view words;     // an Advertisement's name, or a Failure's text after "Exception: "
+    std::int32_t stamp = 0;     // ms of the day, as in the log
+    std::int64_t time = 0;      // ms since the start of the log's first day
+    std::uint64_t line = 0;     // line number in the file
+};
+
+// Reads a line's text. A text of an unknown form is a line of the host.
+Entry ReadEntry(std::string_view text);
+
+// Returns whether the text is an advertisement whose name continues in the next line.
+bool HasOpenName(std::string_view text);
+
+}  // namespace orv::log

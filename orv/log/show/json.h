@@ -1,0 +1,13 @@
+// Writes calls and notes for programs.
+#pragma once
+
+#include <cstdio>
+
+#include "orv/log/infer/overview.h"
+
+namespace orv::log {
+
+// Writes one JSON object. Replaces bytes that are not UTF-8.
+void WriteJson(std::FILE* file, LogFile& log, Threads threads);
+
+}  // namespace orv::log

@@ -1,0 +1,48 @@
+// Prints calls and notes as lines for people.
+#pragma once
+
+#include <cstdio>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "orv/log/infer/causes.h"
+#include "orv/log/infer/overview.h"
+
+namespace orv::log {
+
+class TextPrinter {
+  public:
+    TextPrinter(std::FILE* file, bool colours);
+
+    // Similar calls that need no explanation share one line, and so do polls of one handle. Flush
+    // or a different call writes the line.
+    void Print(const Call& call);
+    void Print(const Note& note);
+    void PrintLine(const std::string& text);
+    void Flush();
+    // Writes the pending line. Of polls, it writes the first, and Flush adds the number of others,
+    // so a host that only polls does not fill the terminal.
+    void Show();
+
+  private:
+    void PrintCall(const Call& call, std::uint64_t times);
+    void PrintFailures(const Call& call);
+    void PrintSuspects(const Call& call, const Suspects& suspects);
+    void Detail(const std::string& text);
+    std::string Coloured(const char* colour, const std::string& text) const;
+
+    std::FILE* file;
+    bool colours;
+    std::optional<Call> pending;
+    std::uint64_t pendingTimes = 0;
+    std::uint64_t pendingShown = 0;  // 1 if the first poll was written
+    std::set<Cause> told;            // causes whose advice was printed
+    std::set<NoteKind> toldNotes;
+};
+
+// Prints a summary, then the calls and notes of the whole log.
+void PrintLog(std::FILE* file, bool colours, LogFile& log, Threads threads);
+
+}  // namespace orv::log

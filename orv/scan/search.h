@@ -1,0 +1,37 @@
+// Finds devices by address or name.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "orv/scan/scanner.h"
+
+namespace orv {
+
+// States in the help of each command how to name a device.
+extern const char* const DeviceForms;
+
+constexpr int SearchSeconds = 10;
+
+// Returns whether a text is an address or a name of the family.
+bool IsDevice(std::string_view text);
+// Throws a Problem if a text names no device or two texts name the same one.
+void CheckDevices(const std::vector<std::string>& texts);
+
+// Returns the addresses of `texts` in the same order. Scans for names for at most SearchSeconds and
+// prints their addresses. Throws a Problem if a name is not found or ambiguous, or if two texts
+// name the same device.
+std::vector<BluetoothAddress> FindDevices(Library& library, const std::vector<std::string>& texts);
+BluetoothAddress FindDevice(Library& library, const std::string& text);
+
+// Scans until the device advertises. Returns nothing after SearchSeconds.
+std::optional<DiscoveredDevice> SearchDevice(Library& library, BluetoothAddress address);
+// Does the same without output, on any thread. Also returns nothing if `isStopped` returns true or
+// the system rejects the scan.
+std::optional<DiscoveredDevice> SearchSilently(Library& library, BluetoothAddress address,
+                                               const std::function<bool()>& isStopped);
+
+}  // namespace orv

@@ -1,0 +1,45 @@
+// The members of the runtime's classes. One list contains all declared members.
+#pragma once
+
+#include <atomic>
+
+#include "platform/abi/base.h"
+
+namespace orv::objects {
+
+// One member of a runtime class, with the platform's names. It is never destroyed. The constructor
+// inserts it in the list of all members, so a member at namespace scope is listed before the first
+// call.
+struct Member {
+    // `declared` is false for a member that was created by an unexpected call.
+    Member(const char* ownerName, const char* memberName, bool declared = true) noexcept
+        : owner(ownerName), name(memberName), isDeclared(declared), next(first.load()) {
+        while (!first.compare_exchange_weak(next, this)) {
+        }
+    }
+    Member(const Member&) = delete;
+    Member& operator=(const Member&) = delete;
+
+    static inline std::atomic<Member*> first{nullptr};
+
+    const char* const owner;  // null for a function that belongs to no class
+    const char* const name;
+    const bool isDeclared;
+    Member* next;
+
+    // Data of the observer, stored here so that counting a call needs no search.
+    std::atomic<UINT32> calls{0};
+    std::atomic<HRESULT> failure{S_OK};
+    std::atomic<bool> hangs{false};
+};
+
+// A runtime class: its name, and QueryInterface, which all its objects have.
+struct Class {
+    explicit Class(const char* className) noexcept
+        : name(className), queryInterface(className, "QueryInterface") {}
+
+    const char* const name;
+    Member queryInterface;
+};
+
+}  // namespace orv::objects

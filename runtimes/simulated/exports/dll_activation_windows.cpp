@@ -1,0 +1,37 @@
+// The world as a separate library file, which is loaded when the system lacks a class.
+#include "runtimes/simulated/exports/factories.h"
+#include "runtimes/simulated/exports/flavour.h"
+#include "runtimes/simulated/world/world.h"
+
+namespace orv {
+
+namespace simulated {
+
+bool IsLinkedIntoLibrary() {
+    return false;
+}
+
+}  // namespace simulated
+
+namespace {
+
+objects::Member dllGetActivationFactoryMember(nullptr, "DllGetActivationFactory");
+
+}  // namespace
+
+extern "C" __declspec(dllexport) HRESULT
+    DllGetActivationFactory(HSTRING className, IActivationFactory** factory) {
+    try {
+        simulated::World::Get();
+    } catch (...) {
+        return E_OUTOFMEMORY;
+    }
+    return objects::Call(dllGetActivationFactoryMember, [&] {
+        UINT32 length = 0;
+        const char16_t* const name = WindowsGetStringRawBuffer(className, &length);
+        return simulated::FindFactory(std::u16string_view(name, length), IActivationFactory::Iid,
+                                      reinterpret_cast<void**>(factory));
+    });
+}
+
+}  // namespace orv

@@ -1,0 +1,10 @@
+// The simulator's unit of time.
+#pragma once
+
+#include <chrono>
+
+namespace orv::simulated {
+
+using Duration = std::chrono::nanoseconds;
+
+}  // namespace orv::simulated

@@ -1,0 +1,17 @@
+// Replaces the allocation functions in the library's import table, so that tests can let them fail.
+// Code that the compiler links into the library uses the same table.
+#pragma once
+
+namespace orv {
+
+// Replaces the functions in the loaded library. Returns the number of replaced functions.
+int ReplaceAllocations();
+
+// Lets the n-th next allocation fail (1 is the next one), or all allocations from that one on.
+void FailAllocation(int n);
+void FailAllocationsFrom(int n);
+
+// Lets allocations succeed again. Returns the number of allocations that failed.
+int EndFailures();
+
+}  // namespace orv

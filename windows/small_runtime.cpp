@@ -1,0 +1,24 @@
+// Small replacements for functions of the C++ runtime that would link large parts of it.
+#include <cstdlib>
+#include <exception>
+#include <new>
+
+namespace __gnu_cxx {
+
+// std::terminate calls it. The standard version prints the exception's name, which would link a
+// demangler and formatted output.
+void __verbose_terminate_handler() {
+    std::abort();
+}
+
+}  // namespace __gnu_cxx
+
+namespace std {
+
+// Containers call it when they reach their size limit, which exceeds any memory. So it reports
+// exhausted memory. The standard exception would link all of std::string.
+void __throw_length_error(const char*) {
+    throw bad_alloc();
+}
+
+}  // namespace std
