@@ -104,6 +104,8 @@ const Oddity Oddities[] = {
     {"SocketEndsAtOnce", [](Behaviour& b) { b.acquireEndsAtOnce = true; }, "StartNotify", "none"},
     {"IndicationsOnly", [](Behaviour& b) { b.indicatesOnly = true; }, "StartNotify",
      "AcquireNotify"},
+    {"ForgottenAtTheConnect", [](Behaviour& b) { b.forgetsAtConnect = true; }},
+    {"ForgottenTwice", [](Behaviour& b) { b.forgets = b.forgetsAtConnect = true; }},
     {"ForgottenWithTheScan", [](Behaviour& b) { b.forgets = true; }},
 };
 

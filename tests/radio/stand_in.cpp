@@ -115,6 +115,10 @@ void StandIn::Handle(sd_bus_message* call) {
     sd_bus_message* reply = nullptr;
     if (!exists) {
         ReplyError(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "no such object");
+    } else if (member == "Connect" && behaviour.forgetsAtConnect) {
+        behaviour.forgetsAtConnect = false;
+        Know(false);
+        ReplyError(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "no such object");
     } else if (member == "Connect") {
         Connect(call);
     } else if (member == "Disconnect") {
@@ -156,7 +160,7 @@ void StandIn::Handle(sd_bus_message* call) {
         if (member == "StartDiscovery" && behaviour.advertises) {
             Know(true);
             Advertise(name.c_str(), payload, signal);
-        } else if (member == "StopDiscovery" && behaviour.forgets) {
+        } else if (member == "StopDiscovery" && behaviour.forgets && !connected) {
             Know(false);
         }
     }
@@ -261,7 +265,7 @@ void StandIn::AppendInterfaces(sd_bus_message* message, const std::string& path)
     } else if (path == Device) {
         sd_bus_message_append(message, Format, 1, interface, 5, "Adapter", "o", Adapter, "Address",
                               "s", "C0:B1:C2:D3:E4:F5", "AddressType", "s", "random", "Connected",
-                              "b", connected, "ServicesResolved", "b", 0);
+                              "b", connected, "ServicesResolved", "b", servicesShown);
     } else if (path == Service) {
         sd_bus_message_append(message, Format, 1, interface, 2, "Device", "o", Device, "UUID", "s",
                               "4880c12c-fdcb-4077-8920-a450d7f9b907");

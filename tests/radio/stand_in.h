@@ -21,10 +21,11 @@ constexpr BluetoothAddress Address = 0xC0B1C2D3E4F5;  // of the type "random sta
 struct Behaviour {
     bool hasAdapter = true;
     bool powered = true;
-    bool known = true;       // the daemon lists the device
-    bool advertises = true;  // a scan finds the device
-    bool forgets = false;    // the daemon removes the device when a scan ends
-    int rejectedScans = 0;   // number of starts of a scan that the kernel rejects
+    bool known = true;              // the daemon lists the device
+    bool advertises = true;         // a scan finds the device
+    bool forgets = false;           // the daemon removes the device when a scan ends
+    bool forgetsAtConnect = false;  // the daemon removes the device when the next connect begins
+    int rejectedScans = 0;          // number of starts of a scan that the kernel rejects
     bool hasService = true;
     bool objectsLate = false;    // services are announced as resolved before their objects
     int abortsConnects = 0;      // number of connects that fail with "abort-by-local"
