@@ -4,7 +4,9 @@
 #include <cstring>
 #include <limits>
 
+#include "platform/log_file.h"
 #include "platform/runtime.h"
+#include "platform/system.h"
 #include "platform/text_buffer.h"
 #include "quelvixwinlib.h"
 

@@ -4,8 +4,8 @@
 #include <atomic>
 #include <string_view>
 
+#include "platform/loaded_module.h"
 #include "platform/mutex.h"
-#include "platform/system.h"
 
 namespace orv {
 

@@ -1,5 +1,5 @@
 #include "frame/export_frame.h"
-#include "link/connection_table.h"
+#include "link/gatt_steps.h"
 #include "link/receive.h"
 #include "platform/abi/bluetooth.h"
 #include "platform/activation.h"
@@ -64,12 +64,6 @@ bool FindCharacteristic(DeviceLink& link) {
     return static_cast<bool>(link.characteristic);
 }
 
-auto StartNotifyWrite(const DeviceLink& link,
-                      GattClientCharacteristicConfigurationDescriptorValue value) {
-    return Get(link.characteristic,
-               &IGattCharacteristic::WriteClientCharacteristicConfigurationDescriptorAsync, value);
-}
-
 // Registers the handler before it switches notifications on, so that no notification is missed.
 // Drops the registration token, because the handler is never unregistered.
 bool SwitchNotificationsOn(DeviceLink& link) {
@@ -88,26 +82,6 @@ void Enter(std::list<DeviceLink>& built) {
     connectionTable.links.splice(connectionTable.links.end(), built);
 }
 
-template <typename Interface>
-void Close(const Reference<Interface>& object) {
-    Call(object.template As<IClosable>(), &IClosable::Close);
-}
-
-// Switches notifications off, closes the service and returns it, so that the caller can release it
-// later. If the caller then fails to close the device, the link stays in the table without a
-// service. The next disconnect skips this step, because a closed service rejects writes.
-Reference<IGattDeviceService> SilenceAndCloseService(DeviceLink& link) {
-    if (!link.service) {
-        return nullptr;
-    }
-    // Ignores the status: the link is removed even if the device rejects the write or times out.
-    WaitForCompletion(
-        StartNotifyWrite(link, GattClientCharacteristicConfigurationDescriptorValue::None),
-        GattWaitLimitMs);
-    Close(link.service);
-    return std::move(link.service);
-}
-
 // Closes an object after a failed connect. Logs a failure instead of throwing it, so that the
 // caller can still close the other object.
 template <typename Interface>
@@ -115,15 +89,6 @@ void CloseAfterFailure(const Reference<Interface>& object) noexcept {
     if (object) {
         LogFailuresOf([&] { Close(object); });
     }
-}
-
-void Take(const DeviceLink* link, std::list<DeviceLink>& removed) REQUIRES(connectionTable.mutex) {
-    auto& links = connectionTable.links;
-    auto place = links.begin();
-    while (&*place != link) {
-        ++place;
-    }
-    removed.splice(removed.end(), links, place);
 }
 
 }  // namespace
@@ -151,22 +116,4 @@ extern "C" ResultCode OrvDevice_Connect(BluetoothAddress address) {
         CloseAfterFailure(built.front().device);
     }
     return result;
-}
-
-extern "C" ResultCode OrvDevice_Disconnect(BluetoothAddress address) {
-    return RunExport(Traced("OrvDevice_Disconnect", address), [&]() -> ResultCode {
-        // These two are destroyed after the lock is released. Their final release runs platform
-        // code, which may wait for a notification handler that waits for this lock.
-        std::list<DeviceLink> removed;
-        Reference<IGattDeviceService> closed;
-        const Lock lock(connectionTable.mutex);
-        DeviceLink* link = connectionTable.FindByAddress(address);
-        if (!link) {
-            return Failure;
-        }
-        closed = SilenceAndCloseService(*link);
-        Close(link->device);
-        Take(link, removed);
-        return 0;
-    });
 }

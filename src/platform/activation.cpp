@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "platform/loaded_module.h"
 #include "platform/runtime.h"
-#include "platform/system.h"
 
 namespace orv {
 

@@ -1,7 +1,7 @@
 #include "platform/handler.h"
 
+#include "platform/loaded_module.h"
 #include "platform/runtime.h"
-#include "platform/system.h"
 
 namespace orv {
 

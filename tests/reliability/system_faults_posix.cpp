@@ -1,10 +1,12 @@
 // Lets each operating system call of the library fail, one in each run, in every export and both
-// callbacks. The linker redirects the functions of system.h and CreateKernelEvent to this file.
+// callbacks. The linker redirects the functions of the operating system and CreateKernelEvent to this file.
 #include <atomic>
 #include <cstdlib>
 #include <string_view>
 
 #include "platform/failure.h"
+#include "platform/loaded_module.h"
+#include "platform/log_file.h"
 #include "platform/runtime.h"
 #include "platform/system.h"
 #include "tests/reliability/fault_steps.h"
