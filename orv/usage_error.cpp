@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "orv/nearest.h"
+#include "orv/did_you_mean.h"
 
 namespace orv {
 
@@ -32,12 +32,6 @@ std::vector<std::string> OptionsOf(const CLI::App* command) {
         }
     }
     return names;
-}
-
-std::string Meant(const std::string& typed, const std::vector<std::string>& words,
-                  const char* before = "") {
-    const std::string nearest = NearestWord(typed, words);
-    return nearest.empty() ? "." : ". Did you mean " + (before + nearest) + "?";
 }
 
 // Returns the part of a parser's message before `mark`.
@@ -104,10 +98,10 @@ std::string WhyUnexpected(const CLI::App* command) {
     if (word.substr(0, 1) == "-" && word.size() > 1) {
         const std::string name = word.substr(std::min(word.find_first_not_of('-'), word.size()));
         return "there is no option " + word +
-               Meant(WordBefore(name, "="), OptionsOf(command), "--");
+               DidYouMean(WordBefore(name, "="), OptionsOf(command), "--");
     }
     return commands.empty() ? "unexpected argument " + word + '.'
-                            : "there is no command " + word + Meant(word, commands);
+                            : "there is no command " + word + DidYouMean(word, commands);
 }
 
 }  // namespace

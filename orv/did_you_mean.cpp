@@ -1,4 +1,4 @@
-#include "orv/nearest.h"
+#include "orv/did_you_mean.h"
 
 #include <algorithm>
 #include <numeric>
@@ -27,8 +27,7 @@ std::size_t Distance(std::string_view one, std::string_view other) {
     return last.back();
 }
 
-}  // namespace
-
+// Returns the most similar word, or an empty text.
 std::string NearestWord(std::string_view typed, const std::vector<std::string>& words) {
     std::string nearest;
     std::size_t least = typed.size() / 2 + 1;  // words at a larger distance have little in common
@@ -40,6 +39,14 @@ std::string NearestWord(std::string_view typed, const std::vector<std::string>& 
         }
     }
     return nearest;
+}
+
+}  // namespace
+
+std::string DidYouMean(std::string_view typed, const std::vector<std::string>& words,
+                       const char* prefix) {
+    const std::string nearest = NearestWord(typed, words);
+    return nearest.empty() ? "." : ". Did you mean " + (prefix + nearest) + "?";
 }
 
 }  // namespace orv
