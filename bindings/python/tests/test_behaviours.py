@@ -10,7 +10,7 @@ import threading
 import pytest
 import quelvixwinlib
 from quelvixwinlib import Closed, OrvError, Scanner, _native, aio, connect
-from quelvixwinlib.devices import address_number
+from quelvixwinlib.address import address_number
 
 pytest_plugins = ["quelvixwinlib.simulated"]
 

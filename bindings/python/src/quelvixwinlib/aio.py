@@ -3,14 +3,15 @@ import asyncio
 from types import TracebackType
 from typing import AsyncIterator, Optional, Type
 
-from . import devices
-from .devices import Address, Device
+from . import scanner, stream as streams
+from .address import Address
 from .library import Library
+from .scanner import Device
 
 
 async def scan(seconds: float = 2.0, native: Optional[Library] = None) -> AsyncIterator[Device]:
     """Scans for `seconds` and yields each device when it is found."""
-    found = devices.scan(seconds, native)
+    found = scanner.scan(seconds, native)
     try:
         while True:
             device: Optional[Device] = await asyncio.to_thread(lambda: next(found, None))
@@ -24,7 +25,7 @@ async def scan(seconds: float = 2.0, native: Optional[Library] = None) -> AsyncI
 class Stream:
     """The link to a device. After a cancelled `read`, the next `read` returns its bytes, so none are lost."""
 
-    def __init__(self, stream: devices.Stream) -> None:
+    def __init__(self, stream: streams.Stream) -> None:
         self._stream = stream
         self._late: Optional["asyncio.Task[bytes]"] = None
 
@@ -65,4 +66,4 @@ class Stream:
 async def connect(address: Address, native: Optional[Library] = None,
                   timeout: Optional[float] = 5.0) -> Stream:
     """Connects to a device. It need not have been found by a scan."""
-    return Stream(await asyncio.to_thread(devices.connect, address, native, timeout))
+    return Stream(await asyncio.to_thread(streams.connect, address, native, timeout))
