@@ -12,7 +12,7 @@ import shutil
 import subprocess
 import unittest
 
-from running import ENVIRONMENT, ORV, SECONDS, WINE, Running
+from running import ENVIRONMENT, ORV, SECONDS, WINE, AtOnce, Running
 from world_case import WorldCase
 
 LIBRARY = os.environ["ORV_LIBRARY"]
@@ -132,7 +132,7 @@ class HostTest(WorldsTest):
                 self.assertEqual((run.returncode, b"output cannot be written" in run.stderr), (6, True))
 
     def test_a_scan_that_cannot_be_stopped_has_told_what_it_heard(self):
-        self.orv("scan --simulated unstoppable.json --seconds 0.3 --record heard.json", 1)
+        self.orv("scan --simulated unstoppable.json --seconds 2 --record heard.json", 1)
         self.assertIn("ORV-0042", (self.folder / "heard.json").read_text())
 
     def test_addresses(self):
@@ -179,37 +179,37 @@ class HostTest(WorldsTest):
         for options, typed, sent in [("", b"a\r\n", "61"), ("--hex", b"61\r\n", "61"),
                                      ("--end crlf", b"a\r\nb", "610D0A620D0A")]:
             with self.subTest(typed):
-                self.orv(f"talk --simulated {ECHOING} --record talk.json --seconds 0.3 {options}", input=typed)
+                self.orv(f"talk --simulated {ECHOING} --record talk.json --seconds 2 {options}", input=typed)
                 events = json.loads((self.folder / "talk.json").read_text())["events"]
                 self.assertEqual("".join(event["notify"] for event in events), sent)
 
     def test_hostile_names_stay_text(self):
-        shown = self.orv("scan --simulated hostile.json --seconds 0.8")
+        shown = self.orv("scan --simulated hostile.json --seconds 3")
         self.assertNotRegex(shown, r"[\x00-\x09\x0b-\x1f\x7f-\x9f\u202e]")
         self.assertEqual(shown.count("\n"), len(HOSTILE) + 2)
         self.assertIn(r"ORV\x1B]0;title\x07\x0A\u009B2J", shown)
 
-        rows = list(csv.reader(io.StringIO(self.orv("scan --csv --simulated hostile.json --seconds 0.8"))))
+        rows = list(csv.reader(io.StringIO(self.orv("scan --csv --simulated hostile.json --seconds 3"))))
         self.assertEqual({len(row) for row in rows}, {6})
         cells = [cell for row in rows for cell in re.split(r"[^\w=+@|%'\uff1d-]", row[1])]
         self.assertFalse([cell for cell in cells if re.match("[=+@|%\uff1d-]", cell)])
 
-        listed = json.loads(self.orv("scan --json --simulated hostile.json --seconds 0.8"))
+        listed = json.loads(self.orv("scan --json --simulated hostile.json --seconds 3"))
         names = {device["address"]: device["name"] for device in listed}
         cut = "ORVx" + 12 * "é" + "\ufffd"
         self.assertEqual(names, HOSTILE_AT | {"00:00:00:00:00:05": cut})
         self.assertEqual(listed[0]["value0500"], 0x41)
 
     def test_a_watched_scan_shows_what_is_gone_and_goes_on_after_the_radio_was_off(self):
-        lines = self.orv("scan --watch --simulated goes.json --seconds 2.5").splitlines()
+        lines = self.orv("scan --watch --simulated goes.json --seconds 4").splitlines()
         self.assertRegex("\n".join(lines), f"Bluetooth went off\n(?s:.)* is on again(?s:.)* {BEACON} is no longer heard")
         shown = {line[:17]: line for line in lines[-2:]}
         self.assertRegex(shown[BEACON], r"ORV-0043 +-127 ")
         self.assertRegex(shown[PLAIN], r"ORV-0042 .*█.* now ")
 
     def test_a_recorded_scan_is_heard_again(self):
-        first = self.orv("scan --json --simulated hostile.json --seconds 0.8 --record scan.json")
-        again = self.orv("scan --json --simulated scan.json --seconds 1.6")
+        first = self.orv("scan --json --simulated hostile.json --seconds 3 --record scan.json")
+        again = self.orv("scan --json --simulated scan.json --seconds 5")
         order = lambda device: device["address"]  # the order of devices is undefined
         self.assertEqual(sorted(json.loads(again), key=order), sorted(json.loads(first), key=order))
 
@@ -331,4 +331,4 @@ class TerminalTest(WorldsTest):
 
 
 if __name__ == "__main__":
-    unittest.main()
+    unittest.main(testRunner=AtOnce)

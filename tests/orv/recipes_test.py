@@ -1,11 +1,14 @@
 #!/usr/bin/env python3
 """Runs the recipes of a document in a shell. Each must print the text that the device echoes.
 
+Replaces only the ports and the path of the pseudo-terminal, because other programs may use those of the document.
+
 Usage: recipes_test.py DOCUMENT ORV
 """
 import os
 import pathlib
 import re
+import socket
 import subprocess
 import sys
 import tempfile
@@ -14,17 +17,30 @@ import unittest
 DOCUMENT, ORV = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]).absolute()
 
 
+def free_port():
+    with socket.create_server(("127.0.0.1", 0)) as server:
+        return str(server.getsockname()[1])
+
+
 class RecipeTest(unittest.TestCase):
     def test_recipes(self):
         recipes = re.findall(r"## Recipe: (.*?)\n.*?```sh\n(.*?)```", DOCUMENT.read_text(), re.DOTALL)
         self.assertEqual(len(recipes), 3)
         for name, commands in recipes:
             with self.subTest(name), tempfile.TemporaryDirectory() as folder:
+                for place, free in (("1884", free_port()), ("7000", free_port()), ("/tmp/", f"{folder}/")):
+                    commands = commands.replace(place, free)
                 environment = dict(os.environ, PATH=f"{ORV.parent}:{os.environ['PATH']}:/usr/sbin")
                 # The shell needs its own session, because the recipes use job control.
-                run = subprocess.run(["bash", "-mc", commands + "wait\n"], cwd=folder, env=environment, timeout=60,
-                                     capture_output=True, text=True, start_new_session=True)
-                self.assertRegex(run.stdout, r"(?m)^hello$", run.stderr)
+                shell = subprocess.Popen(["bash", "-mc", commands + "wait\n"], cwd=folder, env=environment, text=True,
+                                         stdout=subprocess.PIPE, stderr=subprocess.PIPE, start_new_session=True)
+                try:
+                    shown, errors = shell.communicate(timeout=60)
+                except subprocess.TimeoutExpired:
+                    subprocess.run(["ps", "-o", "pid,etime,args", "-s", str(shell.pid)], stdout=sys.stderr)
+                    subprocess.run(["pkill", "-KILL", "-s", str(shell.pid)])
+                    shown, errors = shell.communicate()
+                self.assertRegex(shown, r"(?m)^hello$", errors)
 
 
 if __name__ == "__main__":
