@@ -4,7 +4,6 @@
 
 #include <systemd/sd-bus.h>
 
-#include <list>
 #include <string>
 
 #include "runtimes/bluez/bus/loop.h"
@@ -29,10 +28,10 @@ class Bus final : private Pollable {
     class Listener {
       public:
         virtual void Signalled(sd_bus_message* signal) = 0;
-        // The daemon has started (`isThere` is true) or ended.
-        virtual void DaemonChanged(bool isThere) = 0;
-        // The connection is lost. All pending calls have failed before this is called.
+        // The daemon has ended, or the connection is lost and all pending calls have failed.
         virtual void Lost() = 0;
+        // The daemon has started. Called after Lost.
+        virtual void Came() = 0;
 
       protected:
         ~Listener() = default;
@@ -40,42 +39,30 @@ class Bus final : private Pollable {
 
     Bus(Loop& loopOfBus, Listener& listenerOfBus) : loop(loopOfBus), listener(listenerOfBus) {}
 
-    // Connects if the bus is not connected yet. Returns an empty failure if this succeeds.
-    Failure Open();
+    // Connects if the bus is not connected yet. If that fails, later calls fail.
+    void Open();
 
-    // Calls a method of the Bluetooth daemon. `reply` is always called after Call has returned. The
-    // call fails if no reply arrives within `limit`.
+    // Calls a method of the Bluetooth daemon. `reply`, if there is one, is always called after Call
+    // has returned. The call fails if no reply arrives within `limit`.
     void Call(const std::string& path, const char* interface, const char* member,
-              const Arguments& arguments, Reply reply, milliseconds limit = milliseconds(25000));
+              const Arguments& arguments = nullptr, Reply reply = nullptr,
+              milliseconds limit = milliseconds(25000));
 
   private:
-    struct Pending {
-        Bus* bus;
-        Reply reply;
-        sd_bus_slot* slot;
-        std::list<Pending>::iterator self;
-    };
-
-    static int OnReply(sd_bus_message* message, void* pending, sd_bus_error* error);
     static int OnSignal(sd_bus_message* message, void* bus, sd_bus_error* error);
     static int OnOwner(sd_bus_message* message, void* bus, sd_bus_error* error);
 
-    int Descriptor() override;
-    short Events() override;
-    Clock::time_point Deadline() override;
+    Clock::time_point Prepare(pollfd& polled) override;
     void Ready() override;
 
     int AddMatches();
     int Send(const std::string& path, const char* interface, const char* member,
-             const Arguments& arguments, milliseconds limit, Pending& pending);
-    void Finish(std::list<Pending>::iterator pending, const Failure& failure,
-                sd_bus_message* reply);
+             const Arguments& arguments, milliseconds limit, Reply& pending);
     void Close();
 
     Loop& loop;
     Listener& listener;
     sd_bus* connection = nullptr;
-    std::list<Pending> calls;
 };
 
 }  // namespace orv::bluez

@@ -1,10 +1,10 @@
 #include "runtimes/bluez/bus/loop.h"
 
-#include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <iterator>
 #include <new>
 
 #include "runtimes/objects/module.h"
@@ -42,10 +42,6 @@ void Loop::After(milliseconds delay, Task task) {
     timers.emplace(Clock::now() + delay, std::move(task));
 }
 
-void Loop::Remove(Pollable& pollable) {
-    pollables.erase(std::remove(pollables.begin(), pollables.end(), &pollable), pollables.end());
-}
-
 void Loop::Run() {
     thread = std::this_thread::get_id();
     for (;;) {
@@ -79,33 +75,22 @@ void Loop::RunDueTimers() {
 }
 
 void Loop::Poll() {
-    std::vector<pollfd> descriptors{{wake, POLLIN, 0}};
-    std::vector<Pollable*> polled;
-    Clock::time_point deadline = timers.empty() ? Clock::time_point::max() : timers.begin()->first;
-    for (Pollable* pollable : pollables) {
-        if (const short events = pollable->Events()) {
-            descriptors.push_back({pollable->Descriptor(), events, 0});
-            polled.push_back(pollable);
-            deadline = std::min(deadline, pollable->Deadline());
-        }
-    }
+    pollfd descriptors[] = {{wake, POLLIN, 0}, {-1, 0, 0}};  // poll ignores the descriptor -1
+    const auto due =
+        watched == nullptr ? Clock::time_point::max() : watched->Prepare(descriptors[1]);
+    const auto deadline = timers.empty() ? due : std::min(due, timers.begin()->first);
     int timeout = -1;
     if (deadline != Clock::time_point::max()) {
         const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now()).count();
         timeout = static_cast<int>(std::clamp<milliseconds::rep>(left, 0, 60000));
     }
-    poll(descriptors.data(), descriptors.size(), timeout);
+    poll(descriptors, std::size(descriptors), timeout);
     if (descriptors[0].revents != 0) {
         std::uint64_t count = 0;
         static_cast<void>(!read(wake, &count, sizeof count));
     }
-    for (std::size_t i = 0; i < polled.size(); ++i) {
-        // A call of Ready below may have removed other pollables.
-        const bool present =
-            std::find(pollables.begin(), pollables.end(), polled[i]) != pollables.end();
-        if (present && (descriptors[i + 1].revents != 0 || polled[i]->Deadline() <= Clock::now())) {
-            Contained([&] { polled[i]->Ready(); });
-        }
+    if (descriptors[1].revents != 0 || due <= Clock::now()) {
+        watched->Ready();
     }
 }
 

@@ -1,6 +1,8 @@
 // The runtime's event loop. Its only thread runs the tasks that other threads post, runs timers,
-// and polls descriptors.
+// and polls the connection to the bus.
 #pragma once
+
+#include <poll.h>
 
 #include <atomic>
 #include <chrono>
@@ -19,12 +21,11 @@ using Task = std::function<void()>;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-// A descriptor that the loop polls. The loop's thread calls its functions.
+// The loop's thread calls these functions.
 class Pollable {
   public:
-    virtual int Descriptor() = 0;  // negative if there is none
-    virtual short Events() = 0;    // events to poll for, or 0 to skip polling
-    virtual Clock::time_point Deadline() { return Clock::time_point::max(); }
+    // Sets the descriptor and the events to poll for. Returns the deadline of the poll.
+    virtual Clock::time_point Prepare(pollfd& polled) = 0;
     virtual void Ready() = 0;  // called when the descriptor is ready or the deadline has passed
 
   protected:
@@ -49,8 +50,8 @@ class Loop {
     // once, after the delay. A timer cannot be cancelled, so the task must check whether it is
     // still needed.
     void After(milliseconds delay, Task task);
-    void Add(Pollable& pollable) { pollables.push_back(&pollable); }
-    void Remove(Pollable& pollable);
+    // Polls `source` from now on, instead of the former one. Null ends this.
+    void Watch(Pollable* source) { watched = source; }
 
   private:
     [[noreturn]] void Run();
@@ -64,7 +65,7 @@ class Loop {
     std::vector<Task> posted GUARDED_BY(mutex);
     // Only the loop's thread uses these members.
     std::multimap<Clock::time_point, Task> timers;
-    std::vector<Pollable*> pollables;
+    Pollable* watched = nullptr;
 };
 
 // Returns `descriptor`. Throws if it is negative, because none was free.

@@ -48,13 +48,6 @@ void Connection::Signalled(sd_bus_message* signal) {
     Changed();
 }
 
-void Connection::DaemonChanged(bool isThere) {
-    Lost();
-    if (isThere) {
-        Came();
-    }
-}
-
 void Connection::Lost() {
     // Asked does not change: the pending request fails, or the restarted daemon answers it.
     if (knowledge == Knowledge::Known) {

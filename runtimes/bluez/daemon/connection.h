@@ -7,7 +7,7 @@
 
 namespace orv::bluez {
 
-class Connection : private Bus::Listener {
+class Connection : protected Bus::Listener {
   public:
     // Any thread may call this. Only the loop's thread may use the other members.
     void Post(Task task) { loop.Post(std::move(task)); }
@@ -29,15 +29,13 @@ class Connection : private Bus::Listener {
 
     // Handles the events that a signal reports.
     virtual void Told(const News& news) = 0;
-    // The daemon has started (Came) or ended (Gone). The tree is empty in both cases.
-    virtual void Came() = 0;
+    // The daemon has ended. The tree is empty.
     virtual void Gone() = 0;
 
   private:
     enum class Knowledge { None, Asked, Known };
 
     void Signalled(sd_bus_message* signal) override;
-    void DaemonChanged(bool isThere) override;
     void Lost() override;
 
     void Ask();

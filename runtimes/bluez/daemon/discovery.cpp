@@ -128,8 +128,7 @@ void Discovery::Step() {
 
 void Discovery::StartOn(const Path& adapter) {
     pending = true;
-    connection.bus.Call(adapter, AdapterInterface, "SetDiscoveryFilter", AppendFilter,
-                        [](const Failure&, sd_bus_message*) {});
+    connection.bus.Call(adapter, AdapterInterface, "SetDiscoveryFilter", AppendFilter);
     connection.bus.Call(
         adapter, AdapterInterface, "StartDiscovery", nullptr,
         [this, adapter](const Failure& failure, sd_bus_message*) { Started(adapter, failure); },

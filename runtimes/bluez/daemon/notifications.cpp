@@ -77,13 +77,15 @@ void Notifications::Acquire(const SharedSource& source) {
     connection.bus.Call(source->path, CharacteristicInterface, "AcquireNotify", AppendNoOptions,
                         [this, source](const Failure& failure, sd_bus_message* reply) {
                             const int socket = failure ? -1 : SocketIn(reply);
-                            if (Find(source) == entries.end()) {
+                            const auto place = Find(source);
+                            if (place == entries.end()) {
                                 close(socket);  // all subscribers have unsubscribed meanwhile
                             } else if (socket < 0) {
                                 StartSignals(source);
                             } else {
                                 source->Attach(socket);
-                                Started(source, Mode::Socket, true);
+                                pump.Watch(source);
+                                Started(place->second, Mode::Socket);
                             }
                         });
 }
@@ -93,31 +95,21 @@ void Notifications::Acquire(const SharedSource& source) {
 void Notifications::StartSignals(const SharedSource& source) {
     connection.bus.Call(source->path, CharacteristicInterface, "StartNotify", nullptr,
                         [this, source](const Failure& failure, sd_bus_message*) {
-                            if (Find(source) != entries.end()) {
-                                Started(source, Mode::Signals, !failure);
+                            const auto place = Find(source);
+                            if (place != entries.end()) {
+                                failure ? Remove(place) : Started(place->second, Mode::Signals);
                             } else if (!failure) {
                                 connection.bus.Call(source->path, CharacteristicInterface,
-                                                    "StopNotify", nullptr,
-                                                    [](const Failure&, sd_bus_message*) {});
+                                                    "StopNotify");
                             }
                         });
 }
 
-void Notifications::Started(const SharedSource& source, Mode mode, bool isOn) {
-    const auto place = Find(source);
-    Entry& entry = place->second;
-    const std::vector<Done> waiting = std::exchange(entry.waiting, {});
-    if (isOn) {
-        entry.mode = mode;
-        entry.since = Clock::now();
-        if (mode == Mode::Socket) {
-            pump.Watch(source);
-        }
-    } else {
-        Remove(place);
-    }
-    for (const Done& done : waiting) {
-        Contained([&] { done(isOn); });
+void Notifications::Started(Entry& entry, Mode mode) {
+    entry.mode = mode;
+    entry.since = Clock::now();
+    for (const Done& done : std::exchange(entry.waiting, {})) {
+        Contained([&] { done(true); });
     }
 }
 
@@ -162,8 +154,7 @@ void Notifications::Unsubscribe(const Path& characteristic, const Subscriber& su
 
 void Notifications::LetGo(Entries::iterator place) {
     if (place->second.mode == Mode::Signals) {
-        connection.bus.Call(place->first, CharacteristicInterface, "StopNotify", nullptr,
-                            [](const Failure&, sd_bus_message*) {});
+        connection.bus.Call(place->first, CharacteristicInterface, "StopNotify");
     }
     Remove(place);
 }

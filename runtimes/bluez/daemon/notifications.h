@@ -42,7 +42,7 @@ class Notifications {
 
     void Acquire(const SharedSource& source);
     void StartSignals(const SharedSource& source);
-    void Started(const SharedSource& source, Mode mode, bool isOn);
+    void Started(Entry& entry, Mode mode);
     void Ended(const SharedSource& source);
     void CountEnd(UINT64 address, bool hasLink);
     void LetGo(Entries::iterator place);
