@@ -39,40 +39,48 @@ void ReadVariant(sd_bus_message* message, Bytes& value) {
 }
 
 void ReadVariant(sd_bus_message* message, std::vector<std::string>& value) {
-    if (sd_bus_message_enter_container(message, 'v', "as") <= 0) {
-        return;
-    }
-    value.clear();
-    if (sd_bus_message_enter_container(message, 'a', "s") > 0) {
-        const char* item = nullptr;
-        while (sd_bus_message_read_basic(message, 's', &item) > 0) {
-            value.emplace_back(item);
-        }
+    if (sd_bus_message_enter_container(message, 'v', "as") > 0) {
+        value = ReadStrings(message);
         sd_bus_message_exit_container(message);
     }
-    sd_bus_message_exit_container(message);
 }
 
-std::optional<GUID> ParseUuid(const std::string& text) {
+GUID ReadUuid(sd_bus_message* message) {
+    std::string text;
     char copy[37];
+    ReadVariant(message, text);
     if (text.size() != 36 || text.find_first_not_of("0123456789abcdefABCDEF-") != text.npos) {
-        return std::nullopt;
+        return {};
     }
     memcpy(copy, text.c_str(), sizeof copy);
     return Guid(copy);
 }
 
-std::optional<UINT64> ParseAddress(const std::string& text) {
+UINT64 ReadAddress(sd_bus_message* message) {
+    std::string text;
+    ReadVariant(message, text);
     unsigned parts[6];
     if (text.size() != 17 || sscanf(text.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x", &parts[0], &parts[1],
                                     &parts[2], &parts[3], &parts[4], &parts[5]) != 6) {
-        return std::nullopt;
+        return 0;
     }
     UINT64 address = 0;
     for (const unsigned part : parts) {
         address = address << 8 | part;
     }
     return address;
+}
+
+std::vector<std::string> ReadStrings(sd_bus_message* message) {
+    std::vector<std::string> strings;
+    if (sd_bus_message_enter_container(message, 'a', "s") > 0) {
+        const char* item = nullptr;
+        while (sd_bus_message_read_basic(message, 's', &item) > 0) {
+            strings.emplace_back(item);
+        }
+        sd_bus_message_exit_container(message);
+    }
+    return strings;
 }
 
 }  // namespace orv::bluez

@@ -3,7 +3,6 @@
 
 #include <systemd/sd-bus.h>
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,8 +41,10 @@ void ReadVariant(sd_bus_message* message, std::string& value);
 void ReadVariant(sd_bus_message* message, Bytes& value);
 void ReadVariant(sd_bus_message* message, std::vector<std::string>& value);
 
-// Parse a text of the daemon. Return nullopt if the text is malformed.
-std::optional<GUID> ParseUuid(const std::string& text);
-std::optional<UINT64> ParseAddress(const std::string& text);
+// Read the next variant as a text. Return zeros if the text is malformed.
+GUID ReadUuid(sd_bus_message* message);
+UINT64 ReadAddress(sd_bus_message* message);
+
+std::vector<std::string> ReadStrings(sd_bus_message* message);
 
 }  // namespace orv::bluez

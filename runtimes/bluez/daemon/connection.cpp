@@ -44,7 +44,7 @@ void Connection::Ask() {
 
 void Connection::Signalled(sd_bus_message* signal) {
     const Path path = sd_bus_message_get_path(signal);
-    Told(tree.Apply(signal, path));
+    Told(path, tree.Apply(signal, path));
     Changed();
 }
 

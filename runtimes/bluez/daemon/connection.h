@@ -27,8 +27,8 @@ class Connection : protected Bus::Listener {
   protected:
     ~Connection() = default;
 
-    // Handles the events that a signal reports.
-    virtual void Told(const News& news) = 0;
+    // Handles the events that a signal of this object reports.
+    virtual void Told(const Path& path, const News& news) = 0;
     // The daemon has ended. The tree is empty.
     virtual void Gone() = 0;
 

@@ -19,12 +19,12 @@ void Daemon::Changed() {
     notifications.Step();
 }
 
-void Daemon::Told(const News& news) {
+void Daemon::Told(const Path& path, const News& news) {
     if (news.heard != nullptr) {
         discovery.Heard(*news.heard, news.heardData);
     }
-    if (news.characteristic != nullptr) {
-        notifications.Value(*news.characteristic, news.value);
+    if (news.value) {
+        notifications.Value(path, *news.value);
     }
 }
 

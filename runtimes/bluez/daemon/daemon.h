@@ -22,7 +22,7 @@ class Daemon final : public Connection {
   private:
     Daemon();
 
-    void Told(const News& news) override;
+    void Told(const Path& path, const News& news) override;
     void Came() override;
     void Gone() override;
 };

@@ -1,5 +1,9 @@
 #include "runtimes/bluez/daemon/discovery.h"
 
+#include <systemd/sd-id128.h>
+
+#include <iterator>
+
 namespace orv::bluez {
 
 namespace {
@@ -22,12 +26,10 @@ int AppendFilter(sd_bus_message* call) {
 // if it is derived from the Bluetooth base UUID.
 Bytes KeyOf(const std::string& uuid) {
     constexpr std::string_view Base = "-0000-1000-8000-00805f9b34fb";
-    Bytes key;
-    for (std::size_t at = uuid.size(); at >= 2; at -= 2) {
-        at -= uuid[at - 1] == '-' ? 1 : 0;
-        key.push_back(static_cast<BYTE>(HexValue(&uuid[at - 2], 2)));
-    }
-    if (key.size() == 16 && uuid.compare(8, Base.size(), Base) == 0) {
+    sd_id128_t id{};
+    sd_id128_from_string(uuid.c_str(), &id);
+    Bytes key(std::rbegin(id.bytes), std::rend(id.bytes));
+    if (uuid.size() == 36 && uuid.compare(8, Base.size(), Base) == 0) {
         key.erase(key.begin(), key.begin() + 12);
         key.resize(key[2] == 0 && key[3] == 0 ? 2 : 4);
     }

@@ -3,6 +3,7 @@
 
 #include <map>
 #include <optional>
+#include <string_view>
 
 #include "runtimes/bluez/bus/message.h"
 
@@ -38,14 +39,12 @@ struct Characteristic {
     bool Has(const char* flag) const;
 };
 
-// Events that a signal reports in addition to the state of an object.
+// Events that a signal reports in addition to the state of its object.
 struct News {
     // The device that has advertised, even if its advertisement did not change; or null.
     const Device* heard = nullptr;
-    bool heardData = false;  // the report contains manufacturer or service data
-    // The characteristic whose value arrived in a signal, or null.
-    const Path* characteristic = nullptr;
-    Bytes value;
+    bool heardData = false;      // the report contains manufacturer or service data
+    std::optional<Bytes> value;  // the value of a characteristic
 };
 
 class Tree {
@@ -68,15 +67,10 @@ class Tree {
     const Characteristic* FindCharacteristic(const Path& path) const;
 
   private:
-    bool Knows(const Path& path) const;
-    void ReadInterface(const Path& path, const std::string& interface, sd_bus_message* message,
-                       News& news);
+    // Calls use(objects) with the map of the objects that have the interface, if there is one.
+    template <typename Use>
+    void ForObjects(std::string_view interface, Use&& use);
     void ReadInterfaces(const Path& path, sd_bus_message* message, News& news);
-    void ReadAdapter(const Path& path, sd_bus_message* message);
-    void ReadDevice(const Path& path, sd_bus_message* message, News& news);
-    void ReadService(const Path& path, sd_bus_message* message);
-    void ReadCharacteristic(const Path& path, sd_bus_message* message, News& news);
-    void RemoveInterfaces(const Path& path, sd_bus_message* message);
 
     std::map<Path, Adapter> adapters;
     std::map<Path, Device> devices;
