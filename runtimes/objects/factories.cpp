@@ -34,7 +34,7 @@ class FactoryBase {
 template <typename... Interfaces>
 class Factory : public Object<Interfaces..., IActivationFactory>, public FactoryBase {
   public:
-    Factory(Activations& ofRuntime, Class& runtimeClass)
+    Factory(const Activations& ofRuntime, Class& runtimeClass)
         : Object<Interfaces..., IActivationFactory>(runtimeClass, nullptr),
           activations(ofRuntime),
           className(runtimeClass.name) {
@@ -55,47 +55,47 @@ class Factory : public Object<Interfaces..., IActivationFactory>, public Factory
     }
 
   protected:
-    Activations& activations;
+    const Activations& activations;
 
   private:
-    bool IsAgile() const override { return activations.AreFactoriesAgile(); }
+    bool IsAgile() const override { return activations.areFactoriesAgile(); }
 
     const char* const className;
 };
 
 class AdapterFactory final : public Factory<Stub<IBluetoothAdapterStatics>> {
   public:
-    explicit AdapterFactory(Activations& ofRuntime) : Factory(ofRuntime, adapterFactory) {}
+    explicit AdapterFactory(const Activations& ofRuntime) : Factory(ofRuntime, adapterFactory) {}
 
     HRESULT GetDefaultAsync(IAsyncOperation<BluetoothAdapter>** operation) override {
         return Call(getDefaultAsyncMember,
-                    [&] { return activations.GetDefaultAdapterAsync(operation); });
+                    [&] { return activations.getDefaultAdapterAsync(operation); });
     }
 };
 
 class RadioFactory final : public Factory<Stub<IRadioStatics>> {
   public:
-    explicit RadioFactory(Activations& ofRuntime) : Factory(ofRuntime, radioFactory) {}
+    explicit RadioFactory(const Activations& ofRuntime) : Factory(ofRuntime, radioFactory) {}
 
     HRESULT GetRadiosAsync(IAsyncOperation<IVectorView<Radio>>** operation) override {
-        return Call(getRadiosAsyncMember, [&] { return activations.GetRadiosAsync(operation); });
+        return Call(getRadiosAsyncMember, [&] { return activations.getRadiosAsync(operation); });
     }
 };
 
 class DeviceFactory final : public Factory<Stub<IBluetoothLEDeviceStatics>> {
   public:
-    explicit DeviceFactory(Activations& ofRuntime) : Factory(ofRuntime, deviceFactory) {}
+    explicit DeviceFactory(const Activations& ofRuntime) : Factory(ofRuntime, deviceFactory) {}
 
     HRESULT FromBluetoothAddressAsync(UINT64 address,
                                       IAsyncOperation<BluetoothLEDevice>** operation) override {
         return Call(fromBluetoothAddressAsyncMember, Argument::Number(address),
-                    [&] { return activations.FromBluetoothAddressAsync(address, operation); });
+                    [&] { return activations.fromBluetoothAddressAsync(address, operation); });
     }
 };
 
 class ReaderFactory final : public Factory<Stub<IDataReaderStatics>> {
   public:
-    explicit ReaderFactory(Activations& ofRuntime) : Factory(ofRuntime, readerFactory) {}
+    explicit ReaderFactory(const Activations& ofRuntime) : Factory(ofRuntime, readerFactory) {}
 
     HRESULT FromBuffer(IBuffer* buffer, IDataReader** reader) override {
         return Call(fromBufferMember, [&] { return ReadFromBuffer(buffer, reader); });
@@ -104,17 +104,17 @@ class ReaderFactory final : public Factory<Stub<IDataReaderStatics>> {
 
 class WatcherFactory final : public Factory<> {
   public:
-    explicit WatcherFactory(Activations& ofRuntime) : Factory(ofRuntime, watcherFactory) {}
+    explicit WatcherFactory(const Activations& ofRuntime) : Factory(ofRuntime, watcherFactory) {}
 
     HRESULT ActivateInstance(IInspectable** instance) override {
         return Call(watcherActivateInstanceMember,
-                    [&] { return activations.ActivateWatcher(instance); });
+                    [&] { return activations.activateWatcher(instance); });
     }
 };
 
 class WriterFactory final : public Factory<> {
   public:
-    explicit WriterFactory(Activations& ofRuntime) : Factory(ofRuntime, writerFactory) {}
+    explicit WriterFactory(const Activations& ofRuntime) : Factory(ofRuntime, writerFactory) {}
 
     HRESULT ActivateInstance(IInspectable** instance) override {
         return Call(writerActivateInstanceMember,
@@ -125,14 +125,16 @@ class WriterFactory final : public Factory<> {
 }  // namespace
 
 struct Factories::All {
-    explicit All(Activations& ofRuntime)
-        : adapter(ofRuntime),
-          radio(ofRuntime),
-          device(ofRuntime),
-          reader(ofRuntime),
-          watcher(ofRuntime),
-          writer(ofRuntime) {}
+    explicit All(const Activations& ofRuntime)
+        : activations(ofRuntime),
+          adapter(activations),
+          radio(activations),
+          device(activations),
+          reader(activations),
+          watcher(activations),
+          writer(activations) {}
 
+    const Activations activations;
     AdapterFactory adapter;
     RadioFactory radio;
     DeviceFactory device;
@@ -141,7 +143,7 @@ struct Factories::All {
     WriterFactory writer;
 };
 
-Factories::Factories(Activations& ofRuntime) : all(*new All(ofRuntime)) {}
+Factories::Factories(const Activations& ofRuntime) : all(*new All(ofRuntime)) {}
 
 HRESULT Factories::Find(std::u16string_view className, const GUID& iid, void** factory) {
     const struct {

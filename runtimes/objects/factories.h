@@ -9,27 +9,24 @@
 
 namespace orv::objects {
 
-// The part of the factories that differs between runtimes. The factories hold no lock when they
-// call these functions.
-class Activations {
-  public:
-    virtual HRESULT GetDefaultAdapterAsync(IAsyncOperation<BluetoothAdapter>** operation) = 0;
-    virtual HRESULT GetRadiosAsync(IAsyncOperation<IVectorView<Radio>>** operation) = 0;
-    virtual HRESULT FromBluetoothAddressAsync(UINT64 address,
-                                              IAsyncOperation<BluetoothLEDevice>** operation) = 0;
-    virtual HRESULT ActivateWatcher(IInspectable** instance) = 0;
-    // Returns whether the factories may be used on any thread.
-    virtual bool AreFactoriesAgile() const { return true; }
+// The functions of the factories that differ between runtimes. The factories hold no lock when they
+// call them.
+struct Activations {
+    template <typename... Arguments>
+    using Function = HRESULT (*)(Arguments...);
 
-  protected:
-    ~Activations() = default;
+    Function<IAsyncOperation<BluetoothAdapter>**> getDefaultAdapterAsync;
+    Function<IAsyncOperation<IVectorView<Radio>>**> getRadiosAsync;
+    Function<UINT64, IAsyncOperation<BluetoothLEDevice>**> fromBluetoothAddressAsync;
+    Function<IInspectable**> activateWatcher;
+    // Returns whether the factories may be used on any thread.
+    bool (*areFactoriesAgile)() = [] { return true; };
 };
 
-// The factories and `ofRuntime` live until the process ends. References to factories are not
-// counted.
+// The factories live until the process ends. References to factories are not counted.
 class Factories {
   public:
-    explicit Factories(Activations& ofRuntime);
+    explicit Factories(const Activations& ofRuntime);
 
     // Returns the factory of the class, or REGDB_E_CLASSNOTREG for an unknown name. The caller
     // records the call, under the name of the function that the library called.

@@ -38,6 +38,7 @@ class ServiceObject : public Object<Stub<IGattDeviceService>, Stub<IGattDeviceSe
 
     // Operations on a closed service and its characteristics are rejected.
     bool IsClosed() const { return IsShut() || device->IsClosed(); }
+    UINT64 Address() const { return device->Address(); }
 
     HRESULT get_Device(IBluetoothLEDevice** value) final;
     HRESULT RequestAccessAsync(IAsyncOperation<DeviceAccessStatus>** operation) final;
@@ -61,6 +62,7 @@ class CharacteristicObject : public Object<Stub<IGattCharacteristic>, Stub<IGatt
     explicit CharacteristicObject(Ref<ServiceObject> owner);
 
     bool HasOpenService() const { return !service->IsClosed(); }
+    UINT64 Address() const { return service->Address(); }
 
     HRESULT get_Service(IGattDeviceService** value) final;
     HRESULT WriteValueAsync(IBuffer* value,

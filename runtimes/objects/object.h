@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <memory>
 #include <tuple>
 #include <utility>
 
@@ -104,6 +105,13 @@ class Ref {
 template <typename T, typename... Arguments>
 Ref<T> Make(Arguments&&... arguments) {
     return Ref<T>(new T(std::forward<Arguments>(arguments)...));
+}
+
+// Returns a pointer to a base class of `object`. The pointer owns an internal reference.
+template <typename Base, typename T>
+std::shared_ptr<Base> ShareAs(T* object) {
+    const auto owner = std::make_shared<Ref<T>>(object);
+    return std::shared_ptr<Base>(owner, object);
 }
 
 // Returns an object to the client with a new external reference.

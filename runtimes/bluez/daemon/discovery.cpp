@@ -4,6 +4,8 @@
 
 #include <iterator>
 
+#include "runtimes/objects/utf8.h"
+
 namespace orv::bluez {
 
 namespace {
@@ -55,13 +57,13 @@ std::vector<Bytes> SectionsOf(const Device& device) {
 
 }  // namespace
 
-void Discovery::Add(Watcher& watcher) {
-    watchers.insert(&watcher);
+void Discovery::Add(std::shared_ptr<Watcher> watcher) {
+    watchers.insert(std::move(watcher));
     connection.WhenKnown([this] { Step(); });
 }
 
-void Discovery::Remove(Watcher& watcher) {
-    watchers.erase(&watcher);
+void Discovery::Remove(const std::shared_ptr<Watcher>& watcher) {
+    watchers.erase(watcher);
     Step();
 }
 
@@ -93,16 +95,16 @@ void Discovery::Heard(const Device& device, bool withData) {
         return;
     }
     const INT16 signal = device.signal.value_or(NoSignal);
-    std::vector<SharedReport> reports{std::make_shared<Report>(
-        Report{device.address, signal, device.name, /*isScanResponse=*/false, {}})};
+    Send({device.address, signal, /*isScanResponse=*/false, {objects::FromUtf8(device.name), {}}});
     if (withData) {
-        reports.push_back(std::make_shared<Report>(
-            Report{device.address, signal, {}, /*isScanResponse=*/true, SectionsOf(device)}));
+        Send({device.address, signal, /*isScanResponse=*/true, {{}, SectionsOf(device)}});
     }
-    for (const SharedReport& report : reports) {
-        for (Watcher* watcher : watchers) {
-            watcher->Hear(report);
-        }
+}
+
+void Discovery::Send(objects::Packet packet) {
+    const auto sent = std::make_shared<const objects::Packet>(std::move(packet));
+    for (const auto& watcher : watchers) {
+        watcher->Hear(sent);
     }
 }
 

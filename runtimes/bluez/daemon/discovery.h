@@ -1,26 +1,16 @@
 // The scan that all watchers share. Only the loop's thread may use it.
 #pragma once
 
-#include <memory>
 #include <set>
 
 #include "runtimes/bluez/daemon/connection.h"
+#include "runtimes/objects/advertisement.h"
 
 namespace orv::bluez {
 
-// An advertisement of a device.
-struct Report {
-    UINT64 address;
-    INT16 signal;
-    std::string name;  // UTF-8
-    bool isScanResponse;
-    std::vector<Bytes> sections;  // each is a key and its payload
-};
-using SharedReport = std::shared_ptr<const Report>;
-
 class Watcher {
   public:
-    virtual void Hear(const SharedReport& report) = 0;
+    virtual void Hear(const objects::SharedPacket& packet) = 0;
 
   protected:
     ~Watcher() = default;
@@ -32,8 +22,9 @@ class Discovery {
   public:
     explicit Discovery(Connection& connectionOfDiscovery) : connection(connectionOfDiscovery) {}
 
-    void Add(Watcher& watcher);
-    void Remove(Watcher& watcher);
+    // Keeps the watcher alive until Remove.
+    void Add(std::shared_ptr<Watcher> watcher);
+    void Remove(const std::shared_ptr<Watcher>& watcher);
     // Hold keeps the scan running until Release, even without a watcher.
     void Hold();
     void Release();
@@ -50,13 +41,14 @@ class Discovery {
     void Forget();
 
   private:
+    void Send(objects::Packet packet);
     void StartOn(const Path& adapter);
     void Started(const Path& adapter, const Failure& failure);
     void Pause();
     void Stop(const Path& adapter);
 
     Connection& connection;
-    std::set<Watcher*> watchers;
+    std::set<std::shared_ptr<Watcher>> watchers;
     std::set<UINT64> remembered;
     int holds = 0;
     Path scanning;         // the adapter whose scan this process started, or empty

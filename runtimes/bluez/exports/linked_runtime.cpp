@@ -36,25 +36,11 @@ class Poster final : public objects::Invoker {
     }
 };
 
-class BluezActivations final : public objects::Activations {
-  public:
-    HRESULT GetDefaultAdapterAsync(IAsyncOperation<BluetoothAdapter>** operation) override {
-        return bluez::GetDefaultAdapterAsync(operation);
-    }
-    HRESULT GetRadiosAsync(IAsyncOperation<IVectorView<Radio>>** operation) override {
-        return bluez::GetRadiosAsync(operation);
-    }
-    HRESULT FromBluetoothAddressAsync(UINT64 address,
-                                      IAsyncOperation<BluetoothLEDevice>** operation) override {
-        return BluezBluetoothLEDevice::FromBluetoothAddressAsync(address, operation);
-    }
-    HRESULT ActivateWatcher(IInspectable** instance) override {
-        return BluezBluetoothLEAdvertisementWatcher::Activate(instance);
-    }
-};
-
 HRESULT FindFactory(const char16_t* className, const GUID& iid, void** factory) {
-    static auto* const factories = new objects::Factories(*new BluezActivations);
+    static auto* const factories =
+        new objects::Factories({&GetDefaultAdapterAsync, &GetRadiosAsync,
+                                &BluezBluetoothLEDevice::FromBluetoothAddressAsync,
+                                &BluezBluetoothLEAdvertisementWatcher::Activate});
     return factories->Find(className, iid, factory);
 }
 

@@ -37,8 +37,6 @@ class BluezGattDeviceService final : public objects::ServiceObject {
   public:
     BluezGattDeviceService(const Ref<BluezBluetoothLEDevice>& owner, Path pathOfService);
 
-    UINT64 Address() const { return address; }
-
   private:
     HRESULT RequestAccess(IAsyncOperation<DeviceAccessStatus>** operation) override;
     HRESULT FindCharacteristics(const GUID& uuid,
@@ -46,17 +44,16 @@ class BluezGattDeviceService final : public objects::ServiceObject {
     void Shut() override;
     bool IsShut() const override { return closed.load(std::memory_order_acquire); }
 
-    const UINT64 address;
     const Path path;
     std::atomic<bool> closed{false};
 };
 
-class BluezGattCharacteristic final : public objects::CharacteristicObject {
+class BluezGattCharacteristic final : public objects::CharacteristicObject, public Subscriber {
   public:
     BluezGattCharacteristic(const Ref<BluezGattDeviceService>& owner, Path pathOfCharacteristic);
 
-    // Calls the handlers with a value if the service is open.
-    void Raise(const Bytes& value);
+    void Receive(const Bytes& value) override;
+    bool IsOpen() const override { return HasOpenService(); }
 
   private:
     HRESULT Write(const Ref<objects::MemoryBuffer>& block,
@@ -66,13 +63,9 @@ class BluezGattCharacteristic final : public objects::CharacteristicObject {
     EventRegistrationToken AddHandler(
         objects::SharedHandler<objects::ValueChangedHandler> handler) override;
 
-    const UINT64 address;
     const Path path;
     Mutex mutex;
     objects::Event<objects::ValueChangedHandler> changed GUARDED_BY(mutex);
-    // Receives the daemon's values and keeps this object alive while notifications are on. Only the
-    // loop's thread uses it.
-    std::weak_ptr<Subscriber> subscription;
 };
 
 }  // namespace orv::bluez

@@ -8,30 +8,24 @@ namespace {
 
 using StatusPromise = std::shared_ptr<Promise<GattCommunicationStatus, GattCommunicationStatus>>;
 
-// Passes the daemon's values to a characteristic, and keeps the characteristic alive.
-class Subscription final : public Subscriber {
-  public:
-    explicit Subscription(Ref<BluezGattCharacteristic> subscriber)
-        : characteristic(std::move(subscriber)) {}
-
-    void Receive(const Bytes& value) override { characteristic->Raise(value); }
-    bool IsOpen() const override { return characteristic->HasOpenService(); }
-
-  private:
-    const Ref<BluezGattCharacteristic> characteristic;
-};
-
-// Returns the result of a lookup. `device` is empty if the device was not reached.
-template <typename Result, typename Item, typename Owner, typename Paths>
-Ref<Result> ResultOf(const Path& device, const Ref<Owner>& owner, Paths&& paths) {
-    std::vector<Ref<Item>> found;
-    if (device.empty()) {
-        return Make<Result>(GattCommunicationStatus::Unreachable, found);
-    }
-    for (const Path& path : paths()) {
-        found.push_back(Make<Item>(owner, path));
-    }
-    return Make<Result>(GattCommunicationStatus::Success, std::move(found));
+// Connects to the device of `owner` and returns the objects at the paths that find(device) returns.
+template <typename Item, typename Result, typename T, typename Owner, typename Find>
+HRESULT Lookup(IAsyncOperation<T>** operation, const Ref<Owner>& owner, Find find) {
+    return StartOperation<T, Ref<Result>>(operation, [owner, find](const auto& promise) {
+        Daemon::Get().links.Open(
+            owner->Address(), [find](const Path& device) { return !find(device).empty(); },
+            [owner, find, promise](const Path& device) {
+                std::vector<Ref<Item>> found;
+                if (device.empty()) {
+                    promise->Complete(Make<Result>(GattCommunicationStatus::Unreachable, found));
+                    return;
+                }
+                for (const Path& path : find(device)) {
+                    found.push_back(Make<Item>(owner, path));
+                }
+                promise->Complete(Make<Result>(GattCommunicationStatus::Success, found));
+            });
+    });
 }
 
 // Returns true if the device itself reported the failure. After another failure, it is unknown
@@ -48,12 +42,11 @@ bool IsAnswerOfDevice(const Failure& failure) {
     return failure.message.find("ATT error") != std::string::npos;
 }
 
+// After another failure, the promise ends with an error.
 void EndWrite(const StatusPromise& promise, const Failure& failure) {
     if (!failure || IsAnswerOfDevice(failure)) {
         promise->Complete(failure ? GattCommunicationStatus::ProtocolError
                                   : GattCommunicationStatus::Success);
-    } else {
-        promise->Fail();
     }
 }
 
@@ -61,28 +54,16 @@ void EndWrite(const StatusPromise& promise, const Failure& failure) {
 
 HRESULT BluezBluetoothLEDevice::FindServices(
     const GUID& uuid, IAsyncOperation<GattDeviceServicesResult>** operation) {
-    using Result = objects::ServicesResult<BluezGattDeviceService>;
-    return StartOperation<GattDeviceServicesResult, Ref<Result>>(
-        operation, [self = Ref<BluezBluetoothLEDevice>(this), uuid](const auto& promise) {
-            const auto find = [uuid](const Path& path) {
-                return Daemon::Get().tree.FindServices(path, uuid);
-            };
-            Daemon::Get().links.Open(
-                self->Address(), [find](const Path& path) { return !find(path).empty(); },
-                [self, promise, find](const Path& path) {
-                    promise->Complete(ResultOf<Result, BluezGattDeviceService>(
-                        path, self, [&] { return find(path); }));
-                });
-        });
+    return Lookup<BluezGattDeviceService, objects::ServicesResult<BluezGattDeviceService>>(
+        operation, Ref<BluezBluetoothLEDevice>(this),
+        [uuid](const Path& device) { return Daemon::Get().tree.FindServices(device, uuid); });
 }
 
 // ---------------------------------------------------------------------------------- the service
 
 BluezGattDeviceService::BluezGattDeviceService(const Ref<BluezBluetoothLEDevice>& owner,
                                                Path pathOfService)
-    : ServiceObject(Ref<objects::DeviceObject>(owner.Get())),
-      address(owner->Address()),
-      path(std::move(pathOfService)) {}
+    : ServiceObject(Ref<objects::DeviceObject>(owner.Get())), path(std::move(pathOfService)) {}
 
 // A program that may use the daemon may use all its devices.
 HRESULT BluezGattDeviceService::RequestAccess(IAsyncOperation<DeviceAccessStatus>** operation) {
@@ -92,18 +73,9 @@ HRESULT BluezGattDeviceService::RequestAccess(IAsyncOperation<DeviceAccessStatus
 
 HRESULT BluezGattDeviceService::FindCharacteristics(
     const GUID& uuid, IAsyncOperation<GattCharacteristicsResult>** operation) {
-    using Result = objects::CharacteristicsResult<BluezGattCharacteristic>;
-    return StartOperation<GattCharacteristicsResult, Ref<Result>>(
-        operation, [self = Ref<BluezGattDeviceService>(this), uuid](const auto& promise) {
-            const auto find = [self, uuid] {
-                return Daemon::Get().tree.FindCharacteristics(self->path, uuid);
-            };
-            Daemon::Get().links.Open(
-                self->address, [find](const Path&) { return !find().empty(); },
-                [self, promise, find](const Path& reached) {
-                    promise->Complete(
-                        ResultOf<Result, BluezGattCharacteristic>(reached, self, find));
-                });
+    return Lookup<BluezGattCharacteristic, objects::CharacteristicsResult<BluezGattCharacteristic>>(
+        operation, Ref<BluezGattDeviceService>(this), [path = path, uuid](const Path&) {
+            return Daemon::Get().tree.FindCharacteristics(path, uuid);
         });
 }
 
@@ -118,10 +90,9 @@ void BluezGattDeviceService::Shut() {
 BluezGattCharacteristic::BluezGattCharacteristic(const Ref<BluezGattDeviceService>& owner,
                                                  Path pathOfCharacteristic)
     : CharacteristicObject(Ref<objects::ServiceObject>(owner.Get())),
-      address(owner->Address()),
       path(std::move(pathOfCharacteristic)) {}
 
-void BluezGattCharacteristic::Raise(const Bytes& value) {
+void BluezGattCharacteristic::Receive(const Bytes& value) {
     if (!HasOpenService()) {
         return;
     }
@@ -157,20 +128,16 @@ HRESULT BluezGattCharacteristic::EnableNotifications(
     return StartOperation<GattCommunicationStatus, GattCommunicationStatus>(
         operation, [self = Ref<BluezGattCharacteristic>(this), on](const auto& promise) {
             Notifications& notifications = Daemon::Get().notifications;
-            SharedSubscriber subscriber = self->subscription.lock();
             if (on) {
-                subscriber = subscriber ? subscriber : std::make_shared<Subscription>(self);
-                self->subscription = subscriber;
                 notifications.Subscribe(
-                    self->path, self->address, subscriber, [promise](bool isOn) {
+                    self->path, self->Address(), objects::ShareAs<Subscriber>(self.Get()),
+                    [promise](bool isOn) {
                         promise->Complete(isOn ? GattCommunicationStatus::Success
                                                : GattCommunicationStatus::Unreachable);
                     });
                 return;
             }
-            if (subscriber) {
-                notifications.Unsubscribe(self->path, *subscriber);
-            }
+            notifications.Unsubscribe(self->path, *self.Get());
             promise->Complete(GattCommunicationStatus::Success);
         });
 }

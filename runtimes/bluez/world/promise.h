@@ -24,7 +24,7 @@ HRESULT GiveResult(T* receiver, const T& result) {
 }
 
 // Ends its operation once, with an error if the promise is destroyed without a result (memory is
-// exhausted, or the daemon never replies).
+// exhausted, or a call of the daemon failed).
 template <typename T, typename Value>
 class Promise {
   public:
@@ -41,7 +41,6 @@ class Promise {
         *value = std::move(result);
         End(AsyncStatus::Completed);
     }
-    void Fail() { End(AsyncStatus::Error); }
 
     const objects::Ref<objects::Operation<T>>& Operation() const { return operation; }
 

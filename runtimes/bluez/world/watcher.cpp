@@ -1,25 +1,15 @@
 #include "runtimes/bluez/world/watcher.h"
 
 #include "runtimes/bluez/daemon/daemon.h"
-#include "runtimes/bluez/world/advertisement.h"
 
 namespace orv::bluez {
 
-namespace {
-
-objects::Class watcherClass("BluetoothLEAdvertisementWatcher");
-
-}  // namespace
-
-BluezBluetoothLEAdvertisementWatcher::BluezBluetoothLEAdvertisementWatcher()
-    : Object(watcherClass) {}
-
 HRESULT BluezBluetoothLEAdvertisementWatcher::Activate(IInspectable** instance) {
-    return Give(instance, Make<BluezBluetoothLEAdvertisementWatcher>());
+    return Give(instance, objects::Make<BluezBluetoothLEAdvertisementWatcher>());
 }
 
-void BluezBluetoothLEAdvertisementWatcher::Hear(const SharedReport& report) {
-    objects::Event<ReceivedHandler>::Handlers handlers;
+void BluezBluetoothLEAdvertisementWatcher::Hear(const objects::SharedPacket& packet) {
+    objects::Event<objects::ReceivedHandler>::Handlers handlers;
     {
         const Lock lock(mutex);
         if (started) {
@@ -27,14 +17,13 @@ void BluezBluetoothLEAdvertisementWatcher::Hear(const SharedReport& report) {
         }
     }
     for (const auto& handler : handlers) {
-        const auto args = Make<BluezBluetoothLEAdvertisementReceivedEventArgs>(report);
-        handler->operator->()->Invoke(this, args.Get());
+        handler->operator->()->Invoke(this, objects::MakeReceivedArgs(packet).Get());
     }
 }
 
 ULONG BluezBluetoothLEAdvertisementWatcher::Release() {
-    const Ref<BluezBluetoothLEAdvertisementWatcher> kept(this);
-    const ULONG left = Object::Release();
+    const objects::Ref<BluezBluetoothLEAdvertisementWatcher> kept(this);
+    const ULONG left = WatcherObject::Release();
     if (left == 0 && IsStarted()) {
         Contained([this] { Switch(false); });
     }
@@ -46,46 +35,19 @@ bool BluezBluetoothLEAdvertisementWatcher::IsStarted() {
     return started;
 }
 
-// Ignores the mode, because the daemon always scans actively.
-HRESULT BluezBluetoothLEAdvertisementWatcher::put_ScanningMode(BluetoothLEScanningMode) {
-    static Member member(watcherClass.name, "put_ScanningMode");
-    return Call(member, [] { return S_OK; });
-}
-
-HRESULT BluezBluetoothLEAdvertisementWatcher::Start() {
-    static Member member(watcherClass.name, "Start");
-    return Call(member, [&] { return Switch(true); });
-}
-
-HRESULT BluezBluetoothLEAdvertisementWatcher::Stop() {
-    static Member member(watcherClass.name, "Stop");
-    return Call(member, [&] { return Switch(false); });
-}
-
-HRESULT BluezBluetoothLEAdvertisementWatcher::Switch(bool on) {
-    Daemon::Get().Post([watcher = Ref<BluezBluetoothLEAdvertisementWatcher>(this), on] {
-        if (on) {
-            watcher->self = watcher;
-            Daemon::Get().discovery.Add(*watcher.Get());
-        } else {
-            Daemon::Get().discovery.Remove(*watcher.Get());
-            watcher->self = {};
-        }
+void BluezBluetoothLEAdvertisementWatcher::Switch(bool on) {
+    Daemon::Get().Post([watcher = objects::ShareAs<Watcher>(this), on] {
+        Discovery& discovery = Daemon::Get().discovery;
+        on ? discovery.Add(watcher) : discovery.Remove(watcher);
     });
     const Lock lock(mutex);
     started = on;
-    return S_OK;
 }
 
-HRESULT BluezBluetoothLEAdvertisementWatcher::add_Received(ReceivedHandler* handler,
-                                                           EventRegistrationToken* token) {
-    static Member member(watcherClass.name, "add_Received");
-    return Call(member, [&] {
-        return objects::AddHandler(handler, token, [&](auto taken) {
-            const Lock lock(mutex);
-            return received.Add(std::move(taken));
-        });
-    });
+EventRegistrationToken BluezBluetoothLEAdvertisementWatcher::AddHandler(
+    objects::SharedHandler<objects::ReceivedHandler> handler) {
+    const Lock lock(mutex);
+    return received.Add(std::move(handler));
 }
 
 }  // namespace orv::bluez

@@ -1,6 +1,6 @@
 // Control functions for devices, their answers and their events.
+#include "runtimes/objects/utf8.h"
 #include "runtimes/simulated/exports/control.h"
-#include "runtimes/simulated/scenario/parse.h"
 
 using namespace orv;
 using namespace orv::simulated;
@@ -28,7 +28,7 @@ int32_t OrvWorld_AddDevice(uint64_t address, const char* name) {
     return ControlLocked([&](World& world) REQUIRES(worldMutex) {
         std::optional<std::u16string> given;
         if (name != nullptr) {
-            given = FromUtf8(name);
+            given = objects::FromUtf8(name);
         }
         const Device device = world.Add(address);
         if (!device) {
@@ -110,7 +110,7 @@ int32_t OrvWorld_AddSection(uint64_t address, int32_t packet, int32_t type, cons
         if (!IsPacket(packet) || type < 0 || type > 0xFF || !IsBytes(data, length)) {
             return NoSuchThing;
         }
-        device->packets[packet].sections.push_back({static_cast<BYTE>(type), Bytes(data, length)});
+        device->packets[packet].sections.push_back(Bytes(data, length));
         return 0;
     });
 }

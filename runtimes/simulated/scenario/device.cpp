@@ -1,13 +1,15 @@
 // Reads the devices of a scenario.
+#include "runtimes/objects/utf8.h"
 #include "runtimes/simulated/scenario/scenario.h"
 
 namespace orv::simulated {
 
 namespace {
 
-Section ReadSection(const ScenarioField& field) {
+std::vector<BYTE> ReadSection(const ScenarioField& field) {
     const ScenarioObject object(field, {"type", "data"});
-    return {static_cast<BYTE>(object.Get("type").Number(0, 0xFF)), object.Get("data").Bytes()};
+    object.Get("type").Number(0, 0xFF);
+    return object.Get("data").Bytes();
 }
 
 // Reads UTF-16 units of four hexadecimal digits each, for names that UTF-8 cannot express.
@@ -60,8 +62,8 @@ Known ReadKnown(const ScenarioField& field) {
     return field.Boolean() ? Known::Yes : Known::No;
 }
 
-PacketRecord ReadPacket(const ScenarioObject& packet, const PacketRecord& standard) {
-    PacketRecord record = standard;
+PacketContent ReadPacket(const ScenarioObject& packet, const PacketContent& standard) {
+    PacketContent record = standard;
     const auto name = packet.Find("name");
     const auto units = packet.Find("nameUtf16");
     if (name && units) {
@@ -70,7 +72,7 @@ PacketRecord ReadPacket(const ScenarioObject& packet, const PacketRecord& standa
     if (name) {
         record.name.reset();
         if (!name->IsNull()) {
-            record.name = FromUtf8(name->Text());
+            record.name = objects::FromUtf8(name->Text());
         }
     }
     if (units) {

@@ -16,7 +16,7 @@ EventAction ReadAdvertise(const ScenarioObject& object, const DeviceRecord& devi
     const INT32 kind = object.Get("advertise")
                            .OneOf({{"Advertisement", OrvPacket_Advertisement},
                                    {"ScanResponse", OrvPacket_ScanResponse}});
-    auto packet = std::make_shared<Packet>(device, kind == OrvPacket_ScanResponse);
+    auto packet = std::make_shared<Packet>(PacketOf(device, kind == OrvPacket_ScanResponse));
     packet->content = ReadPacket(object, device.packets[kind]);
     packet->signal =
         static_cast<INT16>(object.Number("signal", device.signal, INT16_MIN, INT16_MAX));

@@ -1,4 +1,4 @@
-// Parses names, addresses, identifiers and bytes that a user writes.
+// Parses addresses, identifiers and bytes that a user writes.
 #pragma once
 
 #include <optional>
@@ -8,9 +8,6 @@
 #include "platform/abi/base.h"
 
 namespace orv::simulated {
-
-// `text` must be well-formed UTF-8.
-std::u16string FromUtf8(const std::string& text);
 
 // Each function returns std::nullopt if the text is malformed.
 std::optional<GUID> ParseUuid(const std::string& text);

@@ -43,7 +43,7 @@ Scenario ReadScenario(const std::string& text);
 // Read parts of a scenario. All throw a ScenarioFault if the part is invalid.
 void ReadDevice(const ScenarioField& field, World::State& state) REQUIRES(worldMutex);
 Known ReadKnown(const ScenarioField& field);
-PacketRecord ReadPacket(const ScenarioObject& packet, const PacketRecord& standard);
+PacketContent ReadPacket(const ScenarioObject& packet, const PacketContent& standard);
 ScenarioEvent ReadEvent(const ScenarioField& field, const World::State& state) REQUIRES(worldMutex);
 MemberFault ReadMemberFault(const ScenarioField& field);
 RadioRecord ReadRadio(const ScenarioField& field);

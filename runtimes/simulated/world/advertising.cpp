@@ -9,7 +9,7 @@ INT32 World::Advertise(DeviceRecord& device, INT32 packet, INT32 watcher) {
     if (watcher >= 0 && static_cast<std::size_t>(watcher) >= state.watchers.size()) {
         return -1;
     }
-    return Send(device, std::make_shared<const Packet>(device, packet == 1), watcher);
+    return Send(device, std::make_shared<const Packet>(PacketOf(device, packet == 1)), watcher);
 }
 
 INT32 World::Send(DeviceRecord& device, const SharedPacket& sent, INT32 watcher) {

@@ -5,22 +5,21 @@ namespace orv::simulated {
 
 namespace {
 
-PacketRecord Named(const char16_t* name) {
-    PacketRecord packet;
+PacketContent Named(const char16_t* name) {
+    PacketContent packet;
     packet.name = name;
     return packet;
 }
 
 // Returns a scan response with a device's three values. Each section starts with its key, low byte
-// first. 0x16 is the section type of service data.
-PacketRecord WithValues(BYTE value0500, BYTE value1130, const char* data1118) {
+// first.
+PacketContent WithValues(BYTE value0500, BYTE value1130, const char* data1118) {
     std::vector<BYTE> data{0x18, 0x11};
     for (const char* at = data1118; *at != '\0'; ++at) {
         data.push_back(static_cast<BYTE>(*at));
     }
-    PacketRecord packet;
-    packet.sections = {
-        {0x16, {0x00, 0x05, value0500}}, {0x16, {0x30, 0x11, value1130}}, {0x16, std::move(data)}};
+    PacketContent packet;
+    packet.sections = {{0x00, 0x05, value0500}, {0x30, 0x11, value1130}, std::move(data)};
     return packet;
 }
 

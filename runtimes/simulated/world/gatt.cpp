@@ -91,7 +91,7 @@ EventRegistrationToken SimulatedGattCharacteristic::AddHandler(
                   taken = std::move(handler)](const std::vector<BYTE>& value) {
         taken->operator->()->Invoke(self.Get(), objects::MakeValueChangedArgs(value).Get());
     };
-    Registration registration{ShareAs<const NotificationSource>(this), std::move(raise),
+    Registration registration{objects::ShareAs<const NotificationSource>(this), std::move(raise),
                               std::make_shared<Strand>()};
     const Lock lock(worldMutex);
     DeviceRecord& device = *record;

@@ -10,18 +10,13 @@ using objects::Argument;
 using objects::Call;
 using objects::Make;
 using objects::Member;
-using objects::Property;
 using objects::Ref;
 
 namespace {
 
 constexpr UINT64 Machine = 0;
 
-objects::Class adapterClass("BluetoothAdapter");
-objects::Class radioClass("Radio");
-Member setStateAsyncMember(radioClass.name, "SetStateAsync");
-Member getStateMember(radioClass.name, "get_State");
-Member getKindMember(radioClass.name, "get_Kind");
+Member setStateAsyncMember("Radio", "SetStateAsync");
 
 }  // namespace
 
@@ -39,9 +34,7 @@ bool World::SwitchRadio(std::size_t index, RadioState radioState) {
     return true;
 }
 
-SimulatedBluetoothAdapter::SimulatedBluetoothAdapter() : Object(adapterClass) {}
-
-HRESULT SimulatedBluetoothAdapter::GetDefaultAsync(IAsyncOperation<BluetoothAdapter>** operation) {
+HRESULT GetDefaultAdapterAsync(IAsyncOperation<BluetoothAdapter>** operation) {
     World& world = World::Get();
     Lock lock(worldMutex);
     const Answer answer = world.AnswerOf(Machine, OrvOperation_FindAdapter);
@@ -49,15 +42,12 @@ HRESULT SimulatedBluetoothAdapter::GetDefaultAsync(IAsyncOperation<BluetoothAdap
     lock.Release();
     auto result = [present](IBluetoothAdapter** adapter) {
         return Give(adapter,
-                    present ? Make<SimulatedBluetoothAdapter>() : Ref<SimulatedBluetoothAdapter>());
+                    present ? Make<objects::AdapterObject>() : Ref<objects::AdapterObject>());
     };
     return StartOperation<BluetoothAdapter>(answer, result, operation);
 }
 
-SimulatedRadio::SimulatedRadio(const RadioRecord& radio, std::size_t indexOfRadio)
-    : Object(radioClass), record(radio), index(indexOfRadio) {}
-
-HRESULT SimulatedRadio::GetRadiosAsync(IAsyncOperation<IVectorView<Radio>>** operation) {
+HRESULT GetRadiosAsync(IAsyncOperation<IVectorView<Radio>>** operation) {
     World& world = World::Get();
     Lock lock(worldMutex);
     const Answer answer = world.AnswerOf(Machine, OrvOperation_FindRadios);
@@ -78,6 +68,9 @@ HRESULT SimulatedRadio::GetRadiosAsync(IAsyncOperation<IVectorView<Radio>>** ope
     return StartOperation<IVectorView<Radio>>(answer, result, operation);
 }
 
+SimulatedRadio::SimulatedRadio(const RadioRecord& record, std::size_t indexOfRadio)
+    : RadioObject(record.kind, record.state), index(indexOfRadio) {}
+
 HRESULT SimulatedRadio::SetStateAsync(RadioState value,
                                       IAsyncOperation<RadioAccessStatus>** operation) {
     return Call(setStateAsyncMember, Argument::Number(static_cast<UINT64>(value)), [&] {
@@ -92,14 +85,6 @@ HRESULT SimulatedRadio::SetStateAsync(RadioState value,
         };
         return StartOperation<RadioAccessStatus>(Answer(), result, operation);
     });
-}
-
-HRESULT SimulatedRadio::get_State(RadioState* value) {
-    return Property(getStateMember, value, record.state);
-}
-
-HRESULT SimulatedRadio::get_Kind(RadioKind* value) {
-    return Property(getKindMember, value, record.kind);
 }
 
 }  // namespace orv::simulated

@@ -15,11 +15,10 @@ INT16 SignalOf(const DeviceRecord& device) REQUIRES(worldMutex) {
 
 }  // namespace
 
-Packet::Packet(const DeviceRecord& device, bool asScanResponse)
-    : address(device.address),
-      signal(SignalOf(device)),
-      isScanResponse(asScanResponse),
-      content(device.packets[asScanResponse ? 1 : 0]) {}
+Packet PacketOf(const DeviceRecord& device, bool asScanResponse) {
+    return {device.address, SignalOf(device), asScanResponse,
+            device.packets[asScanResponse ? 1 : 0]};
+}
 
 bool DeviceRecord::SetSignal(INT32 dBm) {
     if (dBm < INT16_MIN || dBm > INT16_MAX) {

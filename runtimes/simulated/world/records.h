@@ -9,35 +9,25 @@
 #include <vector>
 
 #include "platform/abi/radios.h"
-#include "runtimes/objects/object.h"
+#include "runtimes/objects/advertisement.h"
 #include "runtimes/simulated/world/delivery_threads.h"
 #include "runtimes/simulated/world/duration.h"
 
 namespace orv::simulated {
+
+using objects::Packet;
+using objects::PacketContent;
+using objects::SharedPacket;
 
 struct RadioRecord {
     RadioKind kind;
     RadioState state;
 };
 
-struct Section {
-    BYTE type;
-    std::vector<BYTE> data;
-};
-
-// The configured content of the advertisement or the scan response of a device.
-struct PacketRecord {
-    std::optional<std::u16string> name;
-    std::vector<Section> sections;
-};
-
 struct ServiceRecord {
     GUID uuid;
     std::vector<GUID> characteristics;
 };
-
-struct Packet;
-using SharedPacket = std::shared_ptr<const Packet>;
 
 // The world's interface to a watcher.
 class PacketListener {
@@ -113,7 +103,7 @@ struct DeviceRecord {
     INT16 signal GUARDED_BY(worldMutex) = -60;
     INT16 signalSpread GUARDED_BY(worldMutex) = 0;  // `signal` varies by at most this many dB
     UINT32 packetsSent GUARDED_BY(worldMutex) = 0;
-    PacketRecord packets[2] GUARDED_BY(worldMutex);
+    PacketContent packets[2] GUARDED_BY(worldMutex);
     std::vector<ServiceRecord> services GUARDED_BY(worldMutex);
     Echo echo GUARDED_BY(worldMutex);
     Duration advertisingInterval GUARDED_BY(worldMutex){0};
@@ -128,21 +118,7 @@ struct DeviceRecord {
 };
 using Device = std::shared_ptr<DeviceRecord>;
 
-// A packet as it was when it was sent. All watchers that receive it share this copy.
-struct Packet {
-    Packet(const DeviceRecord& device, bool asScanResponse) REQUIRES(worldMutex);
-
-    UINT64 address;
-    INT16 signal;
-    bool isScanResponse;
-    PacketRecord content;
-};
-
-// Returns a pointer to a base class of `object`. The pointer owns an internal reference.
-template <typename Base, typename T>
-std::shared_ptr<Base> ShareAs(T* object) {
-    const auto owner = std::make_shared<objects::Ref<T>>(object);
-    return std::shared_ptr<Base>(owner, object);
-}
+// Returns the packet that the device sends now. All watchers that receive it share this copy.
+Packet PacketOf(const DeviceRecord& device, bool asScanResponse) REQUIRES(worldMutex);
 
 }  // namespace orv::simulated

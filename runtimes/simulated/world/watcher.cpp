@@ -5,30 +5,14 @@
 
 namespace orv::simulated {
 
-using objects::Argument;
-using objects::Call;
 using objects::Make;
-using objects::Member;
-
-namespace {
-
-objects::Class watcherClass("BluetoothLEAdvertisementWatcher");
-Member putScanningModeMember(watcherClass.name, "put_ScanningMode");
-Member startMember(watcherClass.name, "Start");
-Member stopMember(watcherClass.name, "Stop");
-Member addReceivedMember(watcherClass.name, "add_Received");
-
-}  // namespace
-
-SimulatedBluetoothLEAdvertisementWatcher::SimulatedBluetoothLEAdvertisementWatcher()
-    : Object(watcherClass) {}
 
 HRESULT SimulatedBluetoothLEAdvertisementWatcher::Activate(IInspectable** instance) {
     const auto watcher = Make<SimulatedBluetoothLEAdvertisementWatcher>();
     {
         World& world = World::Get();
         const Lock lock(worldMutex);
-        world.state.watchers.push_back(ShareAs<PacketListener>(watcher.Get()));
+        world.state.watchers.push_back(objects::ShareAs<PacketListener>(watcher.Get()));
     }
     return Give(instance, watcher);
 }
@@ -42,61 +26,43 @@ void SimulatedBluetoothLEAdvertisementWatcher::Deliver(const SharedPacket& packe
     if (!strand) {
         strand = std::make_shared<Strand>();
     }
-    using Args = SimulatedBluetoothLEAdvertisementReceivedEventArgs;
     using Self = objects::Ref<SimulatedBluetoothLEAdvertisementWatcher>;
     auto work = [self = Self(this), handlers = received.All(), packet] {
         for (const auto& handler : handlers) {
-            const auto args = Make<Args>(packet);
-            handler->operator->()->Invoke(self.Get(), args.Get());
+            handler->operator->()->Invoke(self.Get(), objects::MakeReceivedArgs(packet).Get());
         }
     };
     World::Get().clock.Post(std::make_unique<Task>(Lane::Advertisements, std::move(work), strand));
 }
 
 void SimulatedBluetoothLEAdvertisementWatcher::Forget() {
-    objects::Event<ReceivedHandler>::Handlers handlers;
+    objects::Event<objects::ReceivedHandler>::Handlers handlers;
     const Lock lock(worldMutex);
     started = false;
     handlers = received.TakeAll();
     strands.clear();
 }
 
-HRESULT SimulatedBluetoothLEAdvertisementWatcher::put_ScanningMode(BluetoothLEScanningMode value) {
-    return Call(putScanningModeMember, Argument::Number(static_cast<UINT64>(value)), [&] {
-        const Lock lock(worldMutex);
-        mode = value;
-        return S_OK;
-    });
+void SimulatedBluetoothLEAdvertisementWatcher::SetMode(BluetoothLEScanningMode value) {
+    const Lock lock(worldMutex);
+    mode = value;
 }
 
-HRESULT SimulatedBluetoothLEAdvertisementWatcher::Start() {
-    return Call(startMember, [&] {
-        World& world = World::Get();
-        Lock lock(worldMutex);
-        if (!started && world.state.canScan) {
-            started = true;
-            world.WakeAdvertisers();
-        }
-        return S_OK;
-    });
-}
-
-HRESULT SimulatedBluetoothLEAdvertisementWatcher::Stop() {
-    return Call(stopMember, [&] {
-        const Lock lock(worldMutex);
+void SimulatedBluetoothLEAdvertisementWatcher::Switch(bool on) {
+    World& world = World::Get();
+    const Lock lock(worldMutex);
+    if (on && !started && world.state.canScan) {
+        started = true;
+        world.WakeAdvertisers();
+    } else if (!on) {
         started = false;
-        return S_OK;
-    });
+    }
 }
 
-HRESULT SimulatedBluetoothLEAdvertisementWatcher::add_Received(ReceivedHandler* handler,
-                                                               EventRegistrationToken* token) {
-    return Call(addReceivedMember, [&] {
-        return objects::AddHandler(handler, token, [&](auto taken) {
-            const Lock lock(worldMutex);
-            return received.Add(std::move(taken));
-        });
-    });
+EventRegistrationToken SimulatedBluetoothLEAdvertisementWatcher::AddHandler(
+    objects::SharedHandler<objects::ReceivedHandler> handler) {
+    const Lock lock(worldMutex);
+    return received.Add(std::move(handler));
 }
 
 }  // namespace orv::simulated

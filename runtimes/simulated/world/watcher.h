@@ -3,22 +3,16 @@
 
 #include <map>
 
-#include "runtimes/objects/event.h"
-#include "runtimes/simulated/world/advertisement.h"
+#include "runtimes/objects/watcher.h"
+#include "runtimes/simulated/world/records.h"
 
 namespace orv::simulated {
 
-using ReceivedHandler =
-    TypedEventHandler<BluetoothLEAdvertisementWatcher, BluetoothLEAdvertisementReceivedEventArgs>;
-
 // The world keeps each watcher until a reset, because packets may arrive after the library has
 // released the watcher.
-class SimulatedBluetoothLEAdvertisementWatcher final
-    : public objects::Object<objects::Stub<IBluetoothLEAdvertisementWatcher>>,
-      public PacketListener {
+class SimulatedBluetoothLEAdvertisementWatcher final : public objects::WatcherObject,
+                                                       public PacketListener {
   public:
-    SimulatedBluetoothLEAdvertisementWatcher();
-
     // Creates a watcher, as the default constructor of the runtime class does.
     static HRESULT Activate(IInspectable** instance);
 
@@ -28,15 +22,15 @@ class SimulatedBluetoothLEAdvertisementWatcher final
     void Abort() REQUIRES(worldMutex) override { started = false; }
     void Forget() override;
 
-    HRESULT put_ScanningMode(BluetoothLEScanningMode value) override;
-    HRESULT Start() override;
-    HRESULT Stop() override;
-    HRESULT add_Received(ReceivedHandler* handler, EventRegistrationToken* token) override;
-
   private:
+    void SetMode(BluetoothLEScanningMode value) override;
+    void Switch(bool on) override;
+    EventRegistrationToken AddHandler(
+        objects::SharedHandler<objects::ReceivedHandler> handler) override;
+
     bool started GUARDED_BY(worldMutex) = false;
     BluetoothLEScanningMode mode GUARDED_BY(worldMutex) = BluetoothLEScanningMode::Passive;
-    objects::Event<ReceivedHandler> received GUARDED_BY(worldMutex);
+    objects::Event<objects::ReceivedHandler> received GUARDED_BY(worldMutex);
     // One strand for each device address.
     std::map<UINT64, std::shared_ptr<Strand>> strands GUARDED_BY(worldMutex);
 };

@@ -1,0 +1,28 @@
+// The adapter and the radios of the machine.
+#pragma once
+
+#include "runtimes/objects/object.h"
+#include "runtimes/objects/stubs/bluetooth.h"
+#include "runtimes/objects/stubs/radios.h"
+
+namespace orv::objects {
+
+class AdapterObject final : public Object<Stub<IBluetoothAdapter>> {
+  public:
+    AdapterObject();
+};
+
+// A radio with the state that it had when the library requested it.
+class RadioObject : public Object<Stub<IRadio>> {
+  public:
+    RadioObject(RadioKind kindOfRadio, RadioState stateOfRadio);
+
+    HRESULT get_State(RadioState* value) final;
+    HRESULT get_Kind(RadioKind* value) final;
+
+  private:
+    const RadioKind kind;
+    const RadioState state;
+};
+
+}  // namespace orv::objects

@@ -1,0 +1,29 @@
+// The part of watchers that all runtimes share: recording calls and rejecting wrong arguments.
+#pragma once
+
+#include "runtimes/objects/event.h"
+#include "runtimes/objects/object.h"
+#include "runtimes/objects/stubs/advertisement.h"
+
+namespace orv::objects {
+
+using ReceivedHandler =
+    TypedEventHandler<BluetoothLEAdvertisementWatcher, BluetoothLEAdvertisementReceivedEventArgs>;
+
+class WatcherObject : public Object<Stub<IBluetoothLEAdvertisementWatcher>> {
+  public:
+    WatcherObject();
+
+    HRESULT put_ScanningMode(BluetoothLEScanningMode value) final;
+    HRESULT Start() final;
+    HRESULT Stop() final;
+    HRESULT add_Received(ReceivedHandler* handler, EventRegistrationToken* token) final;
+
+  private:
+    virtual void SetMode(BluetoothLEScanningMode value) = 0;
+    // Starts the watcher, or stops it if `on` is false.
+    virtual void Switch(bool on) = 0;
+    virtual EventRegistrationToken AddHandler(SharedHandler<ReceivedHandler> handler) = 0;
+};
+
+}  // namespace orv::objects
