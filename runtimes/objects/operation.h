@@ -18,15 +18,9 @@ extern Member getStatusMember;
 extern Member getErrorCodeMember;
 extern Member closeMember;
 
-// Invokes a handler that was registered after its operation had ended. Invoke must use a thread of
-// the runtime, not the thread that registers the handler.
-class Invoker {
-  public:
-    virtual void Invoke(std::function<void()> invocation) = 0;
-
-  protected:
-    ~Invoker() = default;
-};
+// A function that invokes a handler which was registered after its operation had ended. It must use
+// a thread of the runtime, not the thread that registers the handler.
+using Invoker = void (*)(std::function<void()> invocation);
 
 // The state in which an operation ended. GetResults returns `code` if `status` is not Completed.
 struct Ending {
@@ -42,7 +36,7 @@ class Operation final : public Object<IAsyncOperation<T>, Stub<IAsyncInfo>> {
     using Result = std::function<HRESULT(Abi<T>*)>;
 
     // If `refusal` is not S_OK, registering a handler fails with it.
-    Operation(Invoker& invokerOfLateHandlers, HRESULT refusal, Result resultWhenCompleted)
+    Operation(Invoker invokerOfLateHandlers, HRESULT refusal, Result resultWhenCompleted)
         : Object<IAsyncOperation<T>, Stub<IAsyncInfo>>(asyncOperationClass),
           invoker(invokerOfLateHandlers),
           registrationRefusal(refusal),
@@ -117,13 +111,13 @@ class Operation final : public Object<IAsyncOperation<T>, Stub<IAsyncInfo>> {
             }
             how = ending;
         }
-        invoker.Invoke([self = Ref<Operation>(this), late = std::move(taken), how] {
+        invoker([self = Ref<Operation>(this), late = std::move(taken), how] {
             late->operator->()->Invoke(self.Get(), how.status);
         });
         return S_OK;
     }
 
-    Invoker& invoker;
+    const Invoker invoker;
     const HRESULT registrationRefusal;
     const Result result;
     Mutex mutex;

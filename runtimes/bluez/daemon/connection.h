@@ -9,9 +9,7 @@ namespace orv::bluez {
 
 class Connection : protected Bus::Listener {
   public:
-    // Any thread may call this. Only the loop's thread may use the other members.
-    void Post(Task task) { loop.Post(std::move(task)); }
-
+    // Only the loop's thread may use these members, except for posting to the loop.
     // Runs the task when the daemon's objects are loaded. If the daemon is not available, runs the
     // task with an empty tree; the next call then requests the objects again.
     void WhenKnown(Task task);

@@ -37,24 +37,25 @@ bool IsInProgress(const Failure& failure) {
 }  // namespace
 
 void Links::Find(UINT64 address, Found done) {
-    connection.WhenKnown([this, address, done = std::move(done)] {
-        Add({++lastId, address, /*connect=*/false, nullptr, done});
-        // Waits until an old link has ended. The daemon closes a link 2 s after the request, and
-        // with it a new link that was opened in these 2 s. A connect has no time for this wait.
-        Later(lastId, EndOfLinkLimit, [](Request& request) { request.waitedForEnd = true; });
-        Step();
-    });
+    Add({0, address, /*connect=*/false, nullptr, std::move(done)});
 }
 
 void Links::Open(UINT64 address, IsThere isThere, Found done) {
-    connection.WhenKnown([this, address, isThere = std::move(isThere), done = std::move(done)] {
-        Add({++lastId, address, /*connect=*/true, isThere, done});
-        Step();
-    });
+    Add({0, address, /*connect=*/true, std::move(isThere), std::move(done)});
 }
 
 void Links::Add(Request request) {
-    requests.push_back(std::move(request));
+    connection.WhenKnown([this, request = std::move(request)] {
+        requests.push_back(request);
+        requests.back().id = ++lastId;
+        if (!request.connect) {
+            // Waits until an old link has ended. The daemon closes a link 2 s after the request,
+            // and with it a new link that was opened in these 2 s. A connect has no time for this
+            // wait.
+            Later(lastId, EndOfLinkLimit, [](Request& late) { late.waitedForEnd = true; });
+        }
+        Step();
+    });
 }
 
 void Links::RemoveUser(UINT64 address) {
@@ -133,11 +134,11 @@ bool Links::IsDone(Request& request, Path& device) {
 // The daemon removes a device about 30 s after a scan, and connects only to listed devices. This
 // scans again for a device that was found before. Any other request fails at once.
 void Links::Recall(Request& request) {
-    if (request.recalling || request.recalled || !discovery.IsRemembered(request.address) ||
-        connection.tree.ScanningAdapter() == nullptr) {
-        if (connection.tree.ScanningAdapter() == nullptr) {
-            EndRecall(request);
-        }
+    if (connection.tree.ScanningAdapter() == nullptr) {
+        EndRecall(request);
+        return;
+    }
+    if (request.recalling || request.recalled || !discovery.IsRemembered(request.address)) {
         return;
     }
     request.recalling = true;

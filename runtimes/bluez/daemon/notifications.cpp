@@ -39,7 +39,7 @@ int SocketIn(sd_bus_message* reply) {
 
 Notifications::Notifications(Connection& connectionOfNotifications)
     : connection(connectionOfNotifications), pump([this](const SharedSource& source) {
-          connection.Post([this, source] { Ended(source); });
+          connection.loop.Post([this, source] { Ended(source); });
       }) {}
 
 void Notifications::Subscribe(const Path& characteristic, UINT64 address,

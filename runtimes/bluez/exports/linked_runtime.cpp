@@ -1,8 +1,9 @@
 // Implements runtime.h for the library that is linked with this runtime.
+#include <new>
+
 #include "platform/runtime.h"
 #include "runtimes/bluez/world/device.h"
 #include "runtimes/bluez/world/kernel_event.h"
-#include "runtimes/bluez/world/promise.h"
 #include "runtimes/bluez/world/radio.h"
 #include "runtimes/bluez/world/watcher.h"
 #include "runtimes/objects/factories.h"
@@ -29,42 +30,17 @@ class NoObserver final : public objects::CallObserver {
     objects::Ledger ledger;
 };
 
-class Poster final : public objects::Invoker {
-  public:
-    void Invoke(std::function<void()> invocation) override {
-        Daemon::Get().Post(std::move(invocation));
-    }
-};
-
-HRESULT FindFactory(const char16_t* className, const GUID& iid, void** factory) {
-    static auto* const factories =
-        new objects::Factories({&GetDefaultAdapterAsync, &GetRadiosAsync,
-                                &BluezBluetoothLEDevice::FromBluetoothAddressAsync,
-                                &BluezBluetoothLEAdvertisementWatcher::Activate});
-    return factories->Find(className, iid, factory);
-}
-
-void Observe() {
-    static NoObserver* const observer = new NoObserver;
-    objects::observer.store(observer, std::memory_order_release);
-}
-
-// Returns an error if the body throws, because no exception may cross the interface.
-template <typename Body>
-HRESULT RuntimeCall(Body&& body) noexcept {
-    try {
-        return body();
-    } catch (...) {
-        return E_OUTOFMEMORY;
-    }
+objects::Factories& TheFactories() {
+    static auto* const factories = [] {
+        objects::observer.store(new NoObserver, std::memory_order_release);
+        return new objects::Factories({&GetDefaultAdapterAsync, &GetRadiosAsync,
+                                       &BluezBluetoothLEDevice::FromBluetoothAddressAsync,
+                                       &BluezBluetoothLEAdvertisementWatcher::Activate});
+    }();
+    return *factories;
 }
 
 }  // namespace
-
-objects::Invoker& LoopInvoker() {
-    static Poster* const poster = new Poster;
-    return *poster;
-}
 
 }  // namespace bluez
 
@@ -73,10 +49,11 @@ namespace runtime {
 using bluez::KernelEvent;
 
 HRESULT GetActivationFactory(const char16_t* className, const GUID& iid, void** factory) {
-    return bluez::RuntimeCall([&] {
-        bluez::Observe();
-        return bluez::FindFactory(className, iid, factory);
-    });
+    try {
+        return bluez::TheFactories().Find(className, iid, factory);
+    } catch (...) {
+        return E_OUTOFMEMORY;
+    }
 }
 
 // Linux has no apartments and no library files with factories.
@@ -93,10 +70,8 @@ HRESULT CreateFreeThreadedMarshaler(IUnknown* outer, IUnknown** inner) {
 }
 
 HRESULT CreateKernelEvent(EventHandle* event) {
-    return bluez::RuntimeCall([&] {
-        *event = new KernelEvent;
-        return S_OK;
-    });
+    *event = new (std::nothrow) KernelEvent;
+    return *event == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 
 void SetKernelEvent(EventHandle event) {

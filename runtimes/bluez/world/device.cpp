@@ -16,7 +16,7 @@ BluezBluetoothLEDevice::BluezBluetoothLEDevice(UINT64 addressOfDevice) : address
 }
 
 BluezBluetoothLEDevice::~BluezBluetoothLEDevice() {
-    Contained([this] { LeaveLink(); });
+    Contained([this] { Shut(); });
 }
 
 HRESULT BluezBluetoothLEDevice::FromBluetoothAddressAsync(
@@ -31,12 +31,12 @@ HRESULT BluezBluetoothLEDevice::FromBluetoothAddressAsync(
 
 // Waits until the disconnect is requested, but not for the end of the link. Without a request, the
 // daemon would keep the link when the host's process ends.
-void BluezBluetoothLEDevice::LeaveLink() {
+void BluezBluetoothLEDevice::Shut() {
     if (closed.exchange(true, std::memory_order_acq_rel)) {
         return;
     }
     const auto told = std::make_shared<KernelEvent>();
-    Daemon::Get().Post([address = address, told] {
+    Daemon::Get().loop.Post([address = address, told] {
         Daemon::Get().links.RemoveUser(address);
         told->Set();
     });

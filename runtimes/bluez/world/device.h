@@ -26,8 +26,7 @@ class BluezBluetoothLEDevice final : public objects::DeviceObject {
   private:
     HRESULT FindServices(const GUID& uuid,
                          IAsyncOperation<GattDeviceServicesResult>** operation) override;
-    void Shut() override { LeaveLink(); }
-    void LeaveLink();
+    void Shut() override;
 
     const UINT64 address;
     std::atomic<bool> closed{false};

@@ -82,7 +82,7 @@ HRESULT BluezGattDeviceService::FindCharacteristics(
 // The call of Changed unsubscribes the closed service's characteristics.
 void BluezGattDeviceService::Shut() {
     closed.store(true, std::memory_order_release);
-    Daemon::Get().Post([] { Daemon::Get().Changed(); });
+    Daemon::Get().loop.Post([] { Daemon::Get().Changed(); });
 }
 
 // --------------------------------------------------------------------------- the characteristic

@@ -9,10 +9,6 @@
 
 namespace orv::bluez {
 
-// Returns the invoker of handlers that are added after an operation's end. It uses the loop's
-// thread.
-objects::Invoker& LoopInvoker();
-
 template <typename Interface, typename T>
 HRESULT GiveResult(Interface** receiver, const objects::Ref<T>& result) {
     return Give(receiver, result);
@@ -31,7 +27,7 @@ class Promise {
     Promise()
         : value(std::make_shared<Value>()),
           operation(objects::Make<objects::Operation<T>>(
-              LoopInvoker(), S_OK,
+              [](Task invocation) { Daemon::Get().loop.Post(std::move(invocation)); }, S_OK,
               [kept = value](Abi<T>* receiver) { return GiveResult(receiver, *kept); })) {}
     Promise(const Promise&) = delete;
     Promise& operator=(const Promise&) = delete;
@@ -63,7 +59,7 @@ HRESULT StartOperation(IAsyncOperation<T>** operation, Work work) {
         return E_POINTER;
     }
     auto promise = std::make_shared<Promise<T, Value>>();
-    Daemon::Get().Post([promise, work = std::move(work)] { work(promise); });
+    Daemon::Get().loop.Post([promise, work = std::move(work)] { work(promise); });
     return Give(operation, promise->Operation());
 }
 

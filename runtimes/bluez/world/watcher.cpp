@@ -10,11 +10,9 @@ HRESULT BluezBluetoothLEAdvertisementWatcher::Activate(IInspectable** instance) 
 
 void BluezBluetoothLEAdvertisementWatcher::Hear(const objects::SharedPacket& packet) {
     objects::Event<objects::ReceivedHandler>::Handlers handlers;
-    {
+    if (started) {
         const Lock lock(mutex);
-        if (started) {
-            handlers = received.All();
-        }
+        handlers = received.All();
     }
     for (const auto& handler : handlers) {
         handler->operator->()->Invoke(this, objects::MakeReceivedArgs(packet).Get());
@@ -24,23 +22,17 @@ void BluezBluetoothLEAdvertisementWatcher::Hear(const objects::SharedPacket& pac
 ULONG BluezBluetoothLEAdvertisementWatcher::Release() {
     const objects::Ref<BluezBluetoothLEAdvertisementWatcher> kept(this);
     const ULONG left = WatcherObject::Release();
-    if (left == 0 && IsStarted()) {
+    if (left == 0 && started) {
         Contained([this] { Switch(false); });
     }
     return left;
 }
 
-bool BluezBluetoothLEAdvertisementWatcher::IsStarted() {
-    const Lock lock(mutex);
-    return started;
-}
-
 void BluezBluetoothLEAdvertisementWatcher::Switch(bool on) {
-    Daemon::Get().Post([watcher = objects::ShareAs<Watcher>(this), on] {
+    Daemon::Get().loop.Post([watcher = objects::ShareAs<Watcher>(this), on] {
         Discovery& discovery = Daemon::Get().discovery;
         on ? discovery.Add(watcher) : discovery.Remove(watcher);
     });
-    const Lock lock(mutex);
     started = on;
 }
 

@@ -1,6 +1,8 @@
 // A watcher of advertisements.
 #pragma once
 
+#include <atomic>
+
 #include "runtimes/bluez/daemon/discovery.h"
 #include "runtimes/objects/watcher.h"
 
@@ -24,10 +26,9 @@ class BluezBluetoothLEAdvertisementWatcher final : public objects::WatcherObject
     void Switch(bool on) override;
     EventRegistrationToken AddHandler(
         objects::SharedHandler<objects::ReceivedHandler> handler) override;
-    bool IsStarted();
 
+    std::atomic<bool> started{false};
     Mutex mutex;
-    bool started GUARDED_BY(mutex) = false;
     objects::Event<objects::ReceivedHandler> received GUARDED_BY(mutex);
 };
 

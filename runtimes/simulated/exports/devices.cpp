@@ -1,6 +1,7 @@
 // Control functions for devices, their answers and their events.
 #include "runtimes/objects/utf8.h"
 #include "runtimes/simulated/exports/control.h"
+#include "runtimes/simulated/scenario/parse.h"
 
 using namespace orv;
 using namespace orv::simulated;

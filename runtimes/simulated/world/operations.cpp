@@ -12,48 +12,30 @@ void PostInvocation(std::function<void()> invocation) {
     world.clock.Post(std::move(task));
 }
 
-class DeferringInvoker final : public objects::Invoker {
-  public:
-    void Invoke(std::function<void()> invocation) override {
-        PostInvocation(std::move(invocation));
-    }
-};
-
-// Invoke waits until the handler has returned, as if the operation ended during the registration.
-class WaitingInvoker final : public objects::Invoker {
-  public:
-    void Invoke(std::function<void()> invocation) override {
-        const auto handler = std::make_shared<Return>();
-        PostInvocation([handler, call = std::move(invocation)] {
-            call();
-            const Lock lock(handler->mutex);
-            handler->reached = true;
-            handler->changed.NotifyAll();
-        });
-        const Lock lock(handler->mutex);
-        while (!handler->reached) {
-            handler->changed.Wait(handler->mutex);
-        }
-    }
-
-  private:
+// Waits until the handler has returned, as if the operation ended during the registration.
+void InvokeAndWait(std::function<void()> invocation) {
     struct Return {
         Mutex mutex;
         Condition changed;
         bool reached GUARDED_BY(mutex) = false;
     };
-};
-
-DeferringInvoker deferringInvoker;
-WaitingInvoker waitingInvoker;
+    const auto handler = std::make_shared<Return>();
+    PostInvocation([handler, call = std::move(invocation)] {
+        call();
+        const Lock lock(handler->mutex);
+        handler->reached = true;
+        handler->changed.NotifyAll();
+    });
+    const Lock lock(handler->mutex);
+    while (!handler->reached) {
+        handler->changed.Wait(handler->mutex);
+    }
+}
 
 }  // namespace
 
-objects::Invoker& InvokerOf(const Answer& answer) {
-    if (answer.timing == Answer::Timing::AtOnce) {
-        return waitingInvoker;
-    }
-    return deferringInvoker;
+objects::Invoker InvokerOf(const Answer& answer) {
+    return answer.timing == Answer::Timing::AtOnce ? &InvokeAndWait : &PostInvocation;
 }
 
 void EndAfter(const Answer& answer, Duration standardDelay, std::function<void()> end) {

@@ -5,8 +5,8 @@
 
 namespace orv::simulated {
 
-// Returns the object that invokes handlers which are registered after the end of the operation.
-objects::Invoker& InvokerOf(const Answer& answer);
+// Returns the function that invokes handlers which are registered after the end of the operation.
+objects::Invoker InvokerOf(const Answer& answer);
 void EndAfter(const Answer& answer, Duration standardDelay, std::function<void()> end);
 
 // Starts an operation with this answer. It ends after `standardDelay` if no delay is configured.
