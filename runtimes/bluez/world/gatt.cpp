@@ -6,8 +6,6 @@ namespace orv::bluez {
 
 namespace {
 
-using StatusPromise = std::shared_ptr<Promise<GattCommunicationStatus, GattCommunicationStatus>>;
-
 // Connects to the device of `owner` and returns the objects at the paths that find(device) returns.
 template <typename Item, typename Result, typename T, typename Owner, typename Find>
 HRESULT Lookup(IAsyncOperation<T>** operation, const Ref<Owner>& owner, Find find) {
@@ -42,14 +40,6 @@ bool IsAnswerOfDevice(const Failure& failure) {
     return failure.message.find("ATT error") != std::string::npos;
 }
 
-// After another failure, the promise ends with an error.
-void EndWrite(const StatusPromise& promise, const Failure& failure) {
-    if (!failure || IsAnswerOfDevice(failure)) {
-        promise->Complete(failure ? GattCommunicationStatus::ProtocolError
-                                  : GattCommunicationStatus::Success);
-    }
-}
-
 }  // namespace
 
 HRESULT BluezBluetoothLEDevice::FindServices(
@@ -67,7 +57,7 @@ BluezGattDeviceService::BluezGattDeviceService(const Ref<BluezBluetoothLEDevice>
 
 // A program that may use the daemon may use all its devices.
 HRESULT BluezGattDeviceService::RequestAccess(IAsyncOperation<DeviceAccessStatus>** operation) {
-    return StartOperation<DeviceAccessStatus, DeviceAccessStatus>(
+    return StartOperation<DeviceAccessStatus>(
         operation, [](const auto& promise) { promise->Complete(DeviceAccessStatus::Allowed); });
 }
 
@@ -115,17 +105,22 @@ HRESULT BluezGattCharacteristic::Write(const Ref<objects::MemoryBuffer>& block,
         const int code = sd_bus_message_append_array(call, 'y', bytes.data(), bytes.size());
         return code < 0 ? code : sd_bus_message_append(call, "a{sv}", 1, "type", "s", "request");
     };
-    return StartOperation<GattCommunicationStatus, GattCommunicationStatus>(
-        operation, [path = path, append](const auto& promise) {
-            Daemon::Get().bus.Call(
-                path, "org.bluez.GattCharacteristic1", "WriteValue", append,
-                [promise](const Failure& failure, sd_bus_message*) { EndWrite(promise, failure); });
-        });
+    const auto write = [path = path, append](const auto& promise) {
+        Daemon::Get().bus.Call(path, "org.bluez.GattCharacteristic1", "WriteValue", append,
+                               [promise](const Failure& failure, sd_bus_message*) {
+                                   if (!failure) {
+                                       promise->Complete(GattCommunicationStatus::Success);
+                                   } else if (IsAnswerOfDevice(failure)) {
+                                       promise->Complete(GattCommunicationStatus::ProtocolError);
+                                   }  // otherwise, the operation ends with an error
+                               });
+    };
+    return StartOperation<GattCommunicationStatus>(operation, write);
 }
 
 HRESULT BluezGattCharacteristic::EnableNotifications(
     bool on, IAsyncOperation<GattCommunicationStatus>** operation) {
-    return StartOperation<GattCommunicationStatus, GattCommunicationStatus>(
+    return StartOperation<GattCommunicationStatus>(
         operation, [self = Ref<BluezGattCharacteristic>(this), on](const auto& promise) {
             Notifications& notifications = Daemon::Get().notifications;
             if (on) {

@@ -53,7 +53,7 @@ class Promise {
 };
 
 // Starts an operation. `work` receives the promise on the loop's thread.
-template <typename T, typename Value, typename Work>
+template <typename T, typename Value = Abi<T>, typename Work>
 HRESULT StartOperation(IAsyncOperation<T>** operation, Work work) {
     if (operation == nullptr) {
         return E_POINTER;
