@@ -9,7 +9,8 @@ namespace orv::bluez {
 
 class Connection : protected Bus::Listener {
   public:
-    // Only the loop's thread may use these members, except for posting to the loop.
+    // Only the loop's thread may use these members, except that any thread may post to `loop`.
+
     // Runs the task when the daemon's objects are loaded. If the daemon is not available, runs the
     // task with an empty tree; the next call then requests the objects again.
     void WhenKnown(Task task);
