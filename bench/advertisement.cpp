@@ -14,7 +14,7 @@ namespace {
 using Arguments = IBluetoothLEAdvertisementReceivedEventArgs;
 using NewerArguments = IBluetoothLEAdvertisementReceivedEventArgs2;
 
-// A name in 8-bit characters. The conversion is simple, because all names here are ASCII.
+// A device name converted from UTF-16. All names in this benchmark are ASCII.
 struct Narrowed {
     char text[32];
     std::size_t length;
@@ -94,7 +94,7 @@ void Name(DiscoveredDevice& device, const Narrowed& name) {
     }
 }
 
-// Prepares the lists. Returns the length of the floor's or the library's list.
+// Prepares the device lists. Returns the length of the hand-written host's or the library's list.
 std::size_t Arrange(std::size_t listed, bool floor) {
     ArrangeListed(listed);
     return floor ? floorSessions.front().devices.records.size()

@@ -33,7 +33,7 @@ struct Round {
     Latencies receives;
 };
 
-// Repeats the call until `over` is true and returns the durations of the calls.
+// Calls `body` until `over` is true. Returns the durations of the calls.
 template <typename Body>
 Latencies Repeat(const std::atomic<bool>& over, Body body) {
     Latencies latencies;
@@ -49,8 +49,8 @@ Latencies Repeat(const std::atomic<bool>& over, Body body) {
     return latencies;
 }
 
-// Delivers notifications and measures them. Empties the queue regularly, because there may be no
-// thread that receives from it.
+// Measures the delivery of notifications. Empties the receive queue regularly, because there may be
+// no thread that reads it.
 void Notify(const std::atomic<bool>& over, BluetoothAddress address, Latencies& latencies) {
     const auto sender = SenderOf(address);
     const auto event = Reference<IGattValueChangedEventArgs>::Adopt(new Notification(244));

@@ -1,11 +1,11 @@
-// Simulates a sender that fills the list for an hour: 1630 advertisements a second, each from a new
-// address with the family's name. The host polls ten times a second and reads the new records. The
-// benchmark runs without pauses.
+// Simulates, without pauses, a sender that fills the device list for an hour: 1630 advertisements a
+// second, each from a new address with the family's name. The host polls ten times a second and
+// reads the new records.
 //
-// "worst" is the real time of the longest call, including waits for the lock, and "late" is the
-// number of calls above 1 ms. Both grow when a busy machine preempts a thread. "own" is the maximum
-// processor time of a call. Interrupts add to that time at random, so each call of the hour is
-// repeated in several rounds and counts with its fastest round.
+// Prints as "worst" the real time of the longest call, including waits for the lock, and as "late"
+// the number of calls above 1 ms. Both grow when a busy machine preempts a thread. "own" is the
+// maximum processor time of a call. Interrupts add to it at random, so each call is repeated in
+// several rounds and its fastest round counts.
 #include <unistd.h>
 
 #include <algorithm>
@@ -29,7 +29,7 @@ constexpr std::size_t PerHour = PerSecond * 3600;
 constexpr std::size_t PerPoll = PerSecond / 10;
 constexpr int Rounds = 3;
 
-// Finds the longest of many calls. Each call is measured in several rounds, with the same `place`.
+// Finds the longest of many calls. `place` identifies a call, which is measured in every round.
 class Worst {
   public:
     explicit Worst(std::size_t places) : fastest(places, Never), round(places, 0) {}
@@ -100,7 +100,8 @@ std::size_t ResidentBytes() {
     return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
-// Synchronizes both threads, so that each poll runs beside the same advertisements in every round.
+// Synchronizes the sender with the polls, so that each poll meets the same advertisements in every
+// round.
 struct Progress {
     std::atomic<std::size_t> heard{0};   // advertisements that have been handled
     std::atomic<std::size_t> polled{0};  // polls that have ended

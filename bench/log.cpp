@@ -24,7 +24,7 @@ const char* FloorPath() {
     return path;
 }
 
-// Writes a log line as a minimal host does: it does not compose the line and its time.
+// Appends a finished line to a log file by hand. Composes neither its text nor its time.
 void WriteByHand(std::string_view line) {
     const std::lock_guard<std::mutex> lock(floorMutex);
     const int file = open(FloorPath(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
@@ -41,7 +41,7 @@ void LogOn() {
     close(open(FloorPath(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
 }
 
-// Compares a call that logs `line` with writing `line` by hand, with a constant time in the line.
+// Compares a call that logs `line` with WriteByHand(line). The time in `line` is constant.
 template <typename Call>
 void Logged(const std::string& row, std::string_view line, Call call) {
     Measure(row, Ours, 50, LogOn, call);

@@ -1,4 +1,4 @@
-// Measures a poll that returns nothing, for several numbers of links and sessions.
+// Measures empty polls and device counts, for several numbers of links and scanner sessions.
 #include "bench/support/arrangement.h"
 #include "bench/support/measure.h"
 

@@ -1,5 +1,5 @@
-// Measures one random access to as much memory as a list needs. Each access reads the index of the
-// next access, as a bucket contains the index of a device, so accesses do not overlap.
+// Measures a random memory access in an area as large as a device list. Each access reads the index
+// of the next, as a hash bucket holds a device's index, so the processor cannot overlap them.
 #include <numeric>
 #include <random>
 

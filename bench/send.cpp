@@ -37,7 +37,7 @@ IAsyncOperation<GattCommunicationStatus>* StartWrite(IGattCharacteristic* charac
     return sent ? length : -1;
 }
 
-// Makes only the runtime calls of a send, with an existing handler.
+// Makes only the runtime calls of a send, and reuses one completion handler.
 [[gnu::noinline]] void RuntimeOnly(std::int32_t length, const std::uint8_t* data) {
     static HandlerByHand<GattCommunicationStatus>& handler =
         *new HandlerByHand<GattCommunicationStatus>;

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Measures losses, latency and cost of orv bridge mqtt, on loopback with mosquitto.
+"""Measures losses, latency and cost of `orv bridge mqtt` with a mosquitto broker on loopback.
 
 Usage: site.py ORV GATEWAYS DEVICES EVERY_MS BYTES SECONDS [kill-broker] [kill-gateway]
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Does the same as radio.c with Bleak, a widely used Python client: connects, receives, disconnects.
+"""Connects, receives and disconnects like radio.c, but with Bleak, a widely used Python client.
 
 Usage: by_bleak.py ADDRESS
 """

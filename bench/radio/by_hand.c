@@ -1,5 +1,5 @@
-/* A minimal client written by hand with sd-bus, blocking calls and the socket of AcquireNotify. It
-   keeps no list and does not recover from failures. */
+/* A minimal client with sd-bus, blocking calls and the socket of BlueZ's AcquireNotify. It keeps no
+   device list and does not recover from failures. */
 #define _POSIX_C_SOURCE 200809L
 
 #include <fcntl.h>
@@ -24,7 +24,7 @@ static int property_is_set(const char* name) {
     return set;
 }
 
-/* Finds the path of the device's characteristic by its UUID, because the path itself depends on the
+/* Finds the D-Bus path of the device's characteristic by its UUID, because the path contains the
    handle. Returns 0, or -1 if the device lacks the characteristic. */
 static int find_stream(void) {
     sd_bus_message* reply = NULL;

@@ -37,7 +37,7 @@ static int library_start_scan(void) {
     return OrvScanner_Start(scanner);
 }
 
-/* Counts reports by the advertised value, which the test increments for each report. Polls every
+/* Counts advertising reports by their value, which the test increments for each. Polls every
    100 ms, like a host that lists devices. */
 static int library_scan(void) {
     static int heard, value;

@@ -5,7 +5,7 @@
      receive BYTES    number of received bytes, milliseconds from the first to the last byte,
                       microseconds of processor time; ends early if no byte arrives for 3 s
      disconnect       0, or -1 on failure
-     scan SECONDS     number of received reports, microseconds of processor time */
+     scan SECONDS     number of advertising reports, microseconds of processor time */
 #define _POSIX_C_SOURCE 200809L
 
 #include <stdio.h>

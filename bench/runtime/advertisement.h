@@ -19,7 +19,7 @@ class Watcher final : public Bare<Stub<IBluetoothLEAdvertisementWatcher>> {
     }
 };
 
-// An advertisement that has a name and no sections.
+// An advertisement that has a name and no data sections.
 class Advertisement final : public Bare<Stub<IBluetoothLEAdvertisement>> {
   public:
     explicit Advertisement(const char16_t* ownName) : name(ownName) {}
@@ -30,7 +30,7 @@ class Advertisement final : public Bare<Stub<IBluetoothLEAdvertisement>> {
     const char16_t* const name;
 };
 
-// The arguments of an advertisement, which can be delivered repeatedly, also from another address.
+// The arguments of an advertisement event. Can be delivered repeatedly; `address` can be changed.
 class Heard final : public Bare<Stub<IBluetoothLEAdvertisementReceivedEventArgs>,
                                 Stub<IBluetoothLEAdvertisementReceivedEventArgs2>> {
   public:

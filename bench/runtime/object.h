@@ -1,4 +1,4 @@
-// Minimal runtime objects. A call of a function takes a virtual call and a few instructions.
+// Minimal runtime objects: each function costs a virtual call and a few instructions.
 #pragma once
 
 #include <atomic>
@@ -15,7 +15,7 @@ namespace orv::bench {
 void* AllocateObject(std::size_t size);
 void FreeObject(void* memory);
 
-// An object with these interfaces. The first interface is its IUnknown identity. A new object has
+// Base of an object with the given interfaces; the first is its IUnknown identity. A new object has
 // one reference, which its creator owns.
 template <typename... Interfaces>
 class Bare : public Interfaces... {
@@ -94,8 +94,8 @@ class OneItem final : public Bare<IVectorView<T>> {
 // The time that a device needs to answer an operation of this thread; 0 if there is no delay.
 extern thread_local UINT32 answerDelayMs;
 
-// An operation that has ended when it starts: registering the handler invokes the handler. The wait
-// for the operation lasts answerDelayMs (see runtime.cpp), so no other thread is needed.
+// An operation that is complete when it starts: registering the handler invokes it. Waiting for the
+// operation sleeps for answerDelayMs (see runtime.cpp), so no other thread is needed.
 template <typename T>
 class EndedOperation final : public Bare<IAsyncOperation<T>> {
   public:

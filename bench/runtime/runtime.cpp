@@ -155,7 +155,7 @@ void SetKernelEvent(EventHandle event) {
     static_cast<bench::Event*>(event)->set = true;
 }
 
-// Simulates only the device's delay, because the operation has ended already.
+// Only sleeps for the device's delay, because the operation is already complete.
 void WaitForKernelEvent(EventHandle, UINT32) {
     if (bench::answerDelayMs != 0) {
         std::this_thread::sleep_for(std::chrono::milliseconds(bench::answerDelayMs));

@@ -21,14 +21,14 @@ inline const char16_t* LocalNameOf(AddressKind kind) {
                                        : u"Lamp";
 }
 
-// Returns the address of each advertisement. Listed addresses repeat in an order that jumps over
-// the whole list, so that no cache contains the next device of a long list. Addresses of another
-// family never repeat.
+// Generates the addresses of advertisements. Listed addresses repeat in an order that jumps across
+// the list, so that no cache contains the next device of a long list. Addresses of another family
+// never repeat.
 class Addresses {
   public:
     Addresses(AddressKind ownKind, std::size_t ownCount) : kind(ownKind), count(ownCount) {}
 
-    // Makes the new addresses start after a list of `listed` devices.
+    // Makes the first new address follow a list of `listed` devices.
     void Restart(std::size_t listed) { firstNew = ListedAddress + listed; }
 
     BluetoothAddress Next() {

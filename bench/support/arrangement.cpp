@@ -36,8 +36,8 @@ void ArrangeQueue(std::size_t bytes) {
     floor.end = bytes;
     const Lock lock(connectionTable.mutex);
     ReceiveQueue& queue = connectionTable.links.front().receiveQueue;
-    // Reads the bytes instead of discarding them, so that the queue keeps its last block, as in a
-    // host that polls.
+    // Reads the bytes instead of discarding them, so that the queue keeps its last memory block,
+    // as in a host that polls.
     static std::vector<BYTE> scratch(1 << 16);
     while (queue.Take(scratch.data(), scratch.size()) > 0) {
     }
@@ -67,7 +67,7 @@ void ArrangeSessions(std::size_t count) {
 namespace {
 
 struct Lists {
-    DiscoveredDevices ours{{}};  // a constant key, so that instruction counts repeat
+    DiscoveredDevices ours{{}};  // a constant hash key, so that instruction counts repeat
     FloorList floor;
 };
 
@@ -104,7 +104,7 @@ void ArrangeListed(std::size_t count) {
     const Lock lock(scannerMutex);
     watcher = scannerSessions.sessions.front().watcher;
     DiscoveredDevices& devices = scannerSessions.sessions.front().devices;
-    static std::map<std::size_t, Lists> kept;  // by length, except the list in use
+    static std::map<std::size_t, Lists> kept;  // the lists not in use, by length
     static std::size_t used = 0;
     if (used != count) {
         std::swap(kept[used].ours, devices);

@@ -1,5 +1,5 @@
-// Prepares the initial state of a benchmark, in the library and in the floor, a minimal
-// hand-written host. Reuses existing state, so that preparing it again is fast.
+// Prepares a benchmark's initial state, in the library and in the floor (a minimal hand-written
+// host). Reuses existing state to be fast.
 #pragma once
 
 #include <cstdint>
@@ -16,21 +16,21 @@ namespace orv::bench {
 
 // Opens links with the addresses 1 (the oldest) to `count`.
 void ArrangeLinks(std::size_t count);
-// Empties the queues of link 1, the library's and the floor's, and fills both with `bytes` bytes.
+// Makes link 1 hold exactly `bytes` received bytes, in the library and in the hand-written host.
 void ArrangeQueue(std::size_t bytes);
 // Returns the characteristic that the library passes to its callback for a device.
 Reference<IGattCharacteristic> SenderOf(BluetoothAddress address);
 
 // Creates sessions with ids 0 to count - 1.
 void ArrangeSessions(std::size_t count);
-// Creates session 0 with `count` devices, of addresses ListedAddress + 0, 1, 2 ... A list with up
-// to a tenth more is reused, because building long lists is slow.
+// Creates session 0 with `count` devices, at ListedAddress and the following addresses. Reuses a
+// list that is up to 10 % longer, because filling long lists is slow.
 void ArrangeListed(std::size_t count);
 constexpr BluetoothAddress ListedAddress = 0xA0B1C2000000;
 // The platform's watcher of session 0.
 extern Reference<IBluetoothLEAdvertisementWatcher>& watcher;
 
-// The state of the floor.
+// The state of the floor, the minimal hand-written host.
 struct FloorLink {
     BluetoothAddress address = 0;
     IGattCharacteristic* characteristic = nullptr;

@@ -1,4 +1,4 @@
-// A hand-written wait for an operation: handler, event and status.
+// Waits for operations with hand-written code: a handler, an event and a status.
 #pragma once
 
 #include <atomic>

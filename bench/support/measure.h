@@ -13,8 +13,8 @@
 
 namespace orv::bench {
 
-// The kinds of measurements in a row: the library, minimal hand-written code with the same effect
-// (the floor), and the same runtime calls alone.
+// Suffixes of a benchmark's name: the library, minimal hand-written code with the same effect (the
+// floor), and the same runtime calls alone.
 constexpr const char* Ours = "/ours";
 constexpr const char* Floor = "/floor";
 constexpr const char* RuntimeAlone = "/runtime";
@@ -65,7 +65,7 @@ template <typename Prepare, typename Body>
 void Measure(const std::string& row, const char* side, int batch, Prepare prepare, Body body) {
     auto run = [=](benchmark::State& state) mutable {
         Logging_Disable();  // `prepare` may switch the log on
-        // First makes calls that are not measured, because other rows have filled the caches.
+        // Warms up with unmeasured calls, because other benchmarks have filled the caches.
         constexpr double WarmUpNs = 20e6;
         for (double warmed = 0; warmed < WarmUpNs; warmed += BatchNs(batch, body)) {
             prepare();
