@@ -1,5 +1,5 @@
-# Header-only libraries from Debian packages. Each has its own directory of links, because a cross
-# build must not see the rest of /usr/include.
+# Header-only libraries from Debian packages. Each has its own include directory of symbolic links,
+# because a cross build must not see the rest of /usr/include.
 
 # orv_header_only(<name> <directory in /usr/include> <package>) adds the target header_only_<name>.
 function(orv_header_only name folder package)
@@ -16,8 +16,8 @@ endfunction()
 orv_header_only(json nlohmann nlohmann-json3-dev)
 orv_header_only(cli11 CLI libcli11-dev)
 orv_header_only(asio asio libasio-dev)
-# Without these definitions, Asio uses Boost, and on Windows mswsock.dll, which Windows may load
-# from the program's directory.
+# Otherwise, Asio would use Boost, and on Windows mswsock.dll, which Windows may load from the
+# program's directory.
 target_compile_definitions(header_only_asio INTERFACE ASIO_STANDALONE
     $<$<PLATFORM_ID:Windows>:_WIN32_WINNT=0x0A00>
     $<$<PLATFORM_ID:Windows>:ASIO_DISABLE_IOCP>)

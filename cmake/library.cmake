@@ -1,5 +1,5 @@
-# Builds a library from objects of the logic and of one runtime. It exports exactly the
-# names in the module-definition files.
+# Builds a library from objects of the logic and of one runtime. It exports exactly the names in the
+# .def files.
 
 # Reads the names after EXPORTS in the given .def files.
 function(orv_read_exports result)
@@ -42,7 +42,7 @@ function(orv_library target)
         target_sources(${target} PRIVATE ${list})
         set_target_properties(${target} PROPERTIES PREFIX "")
     else()
-        # The version has no name, because the name would be exported as a symbol.
+        # The version script names no version, because its name would be exported as a symbol.
         list(JOIN names ";\n    " lines)
         set(list ${PROJECT_BINARY_DIR}/${target}.exports)
         file(CONFIGURE OUTPUT ${list}
@@ -53,7 +53,7 @@ function(orv_library target)
         endif()
         target_link_options(${target} PRIVATE -Wl,--version-script=${list} -Wl,-z,relro,-z,now)
         set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${list})
-        # The program, not the library, defines a sanitizer's functions.
+        # A sanitizer's functions are undefined in the library: the program defines them.
         if(NOT ORV_SANITIZERS)
             target_link_options(${target} PRIVATE -Wl,--no-undefined)
         endif()

@@ -1,4 +1,4 @@
-# project() defines the version. Checks that the public header repeats it.
+# Checks that the public header has the version of project().
 
 file(STRINGS ${PROJECT_SOURCE_DIR}/include/quelvixwinlib.h lines REGEX "#define QUELVIXWINLIB_VERSION")
 foreach(fact "_MAJOR ${PROJECT_VERSION_MAJOR}" "_MINOR ${PROJECT_VERSION_MINOR}"

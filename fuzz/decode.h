@@ -30,7 +30,7 @@ class Input {
     std::size_t left;
 };
 
-// Decodes the input and runs the commands. Each target implements it. A difference from the
+// Decodes the input and runs the commands; each fuzz target implements this. A difference from the
 // reference model ends the process.
 void RunInput(model::Model& model, Input& input);
 

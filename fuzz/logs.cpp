@@ -18,7 +18,7 @@
 
 using namespace orv::log;
 
-// The bytes that the reader has allocated now, and their maximum.
+// The bytes that the log reader has allocated now, and their maximum.
 static std::size_t held = 0;
 static std::size_t mostHeld = 0;
 
@@ -48,8 +48,9 @@ void operator delete(void* memory, std::size_t) noexcept {
 
 namespace {
 
-// Limits in bytes per byte of the log. A failed call has at least 33 bytes in the log and at most a
-// dozen causes of 110 bytes, which are longer in JSON. Constant covers texts that occur once.
+// Limits of output and memory per byte of the log. A failed call takes at least 33 bytes there, and
+// the reader prints at most a dozen possible causes of 110 bytes (more in JSON). `Constant` covers
+// texts that occur once.
 constexpr std::size_t MostTextPerByte = 60;
 constexpr std::size_t MostJsonPerByte = 150;
 constexpr std::size_t MostHeldPerByte = 40;
@@ -100,7 +101,7 @@ void CheckExplained(LogFile& log, std::size_t size, Threads threads) {
     RequireHarmless(text);
 }
 
-// Returns a longer log: copies each line once or 128 times, or lengthens its text.
+// Returns a longer log: repeats some lines 128 times and lengthens others.
 std::string Stretched(std::string_view log) {
     constexpr std::size_t Enough = 65536;
     std::string stretched;
@@ -128,7 +129,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         CheckExplained(log, size, Threads::One);
         CheckExplained(log, size, Threads::Many);
         CheckPage(log, Threads::Many);
-        // Stretches every fourth input only, because this takes most of the time.
+        // Only stretches every fourth input, because long logs take most of the time.
         if (size % 4 == 0) {
             const std::string stretched = Stretched(bytes);
             LogFile longLog = LogFile::OfBytes(stretched);

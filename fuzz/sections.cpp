@@ -1,4 +1,4 @@
-// Fuzzes the sections of advertisements and scan responses, which any device nearby can send.
+// Fuzzes the data sections of advertisements and scan responses, which any device nearby can send.
 #include "fuzz/decode.h"
 
 using namespace orv::model;

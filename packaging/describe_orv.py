@@ -24,7 +24,7 @@ class Command:
 
     @staticmethod
     def parse(text):
-        """Returns the entries of each section by its title, as pairs of a term and its text."""
+        """Parses --help: returns a list of [term, description] for each section title."""
         sections, entries = {}, []
         for line in text.splitlines()[2:]:
             title = re.match(r"([A-Z][^:]*):", line)
@@ -38,7 +38,7 @@ class Command:
         return sections
 
     def options(self):
-        """Yields (long option, its value or "", its text) for the command and the library."""
+        """Yields (option, its value or "", its description) for the long options in --help."""
         for title in ("Options", "The library"):
             for term, text in self.sections.get(title, []):
                 name = re.search(r"--[a-z-]+", term).group()
@@ -46,7 +46,7 @@ class Command:
                 yield name, rest.partition(" ")[0], text
 
     def values(self):
-        """Yields (the command and an option that needs a value, the allowed words or [])."""
+        """Yields ("orv COMMAND OPTION", allowed words or []) for options that need a value."""
         for name, value, _ in self.options():
             if value and not value.startswith("["):
                 yield " ".join(["orv", *self.words, name]), value.split("|") if "|" in value else []

@@ -4,9 +4,8 @@
 Usage: origins.py notices BUILD TARGET...            writes the notices to standard output
        origins.py sbom VERSION OUTPUT (ARTIFACT=BUILD:TARGET,TARGET...)...
 
-The code is found automatically: the link map names every object file and archive member, ninja the
-headers that each object was compiled from, and the lock files npm's packages. origins.json contains
-the licence of each origin; a missing origin is an error.
+Link maps list every object file and archive member, ninja lists the headers of each object, and lock
+files list npm's packages. origins.json holds each origin's licence; a missing origin is an error.
 """
 import hashlib
 import json
@@ -88,7 +87,7 @@ def origins(build, targets):
         for path in objects + [path for path, _ in members]:
             if path.startswith("/") and build not in pathlib.Path(path).parents:
                 others.add(os.path.realpath(path))
-        # A member of an archive of the build is named without its folder.
+        # Link maps name members of the build's own archives without their folder.
         taken = {member for path, member in members if not path.startswith("/") or str(build) in path}
         for path, included in headers.items():
             if path in own or pathlib.Path(path).name in taken:

@@ -1,4 +1,4 @@
-/* A client that uses the library, as a host does. */
+/* A client that uses the library. */
 #include <poll.h>
 #include <stdio.h>
 

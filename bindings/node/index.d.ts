@@ -5,7 +5,7 @@ export type Kind = "rejected" | "timeout" | "error" | "in use";
 
 /** The error of a failed call of the library. */
 export class OrvError extends Error {
-    /** While the log is off, `log` is empty, and errors of the system have the kind "rejected". */
+    /** While the log is off, `log` is empty, and system errors are of the kind "rejected". */
     readonly kind: Kind;
     readonly log: string;
 }
@@ -35,7 +35,7 @@ export class Library {
     enableLog(): Promise<string>;
     disableLog(): void;
     log(text: string): void;
-    /** Makes the world of a scenario. The library must be the simulated one. */
+    /** Creates the world of a scenario, in the simulated library only. */
     play(scenario: object, simulatedTime?: boolean): Promise<void>;
     /** Calls any function of the C headers on another thread and returns its result. */
     call(name: string, ...parameters: unknown[]): Promise<number>;

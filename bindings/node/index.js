@@ -87,12 +87,12 @@ class Library {
         return (await this.call("BluetoothAvailable")) !== constants.ORV_FAILED;
     }
 
-    /** Returns the time in milliseconds on the clock of the library's timeouts. */
+    /** Returns the time in milliseconds on the clock that the timeouts use. */
     now() {
         return this.#timeIsSimulated() ? Number(this.OrvWorld_Now()) : performance.now();
     }
 
-    /** Waits on the clock of `now`; simulated milliseconds take no real time. */
+    /** Waits on the clock that `now` reads; simulated milliseconds take no real time. */
     async sleep(milliseconds) {
         if (this.#timeIsSimulated()) await this.call("OrvWorld_PassTime", Math.ceil(milliseconds));
         else await pause(milliseconds);
@@ -116,7 +116,7 @@ class Library {
         this.Logging_AppendLine(text, Buffer.byteLength(text));
     }
 
-    /** Makes the simulated world of a scenario. */
+    /** Creates the simulated world of a scenario. */
     async play(scenario, simulatedTime = true) {
         const folder = fs.mkdtempSync(path.join(os.tmpdir(), "quelvixwinlib-"));
         try {
@@ -237,7 +237,7 @@ async function scan(milliseconds = 2000, native = library()) {
     }
 }
 
-/** The link to a device. Emits "data" while that event has listeners, "close", and "error". */
+/** The link to a device. Emits "close" and "error", and "data" while that event has listeners. */
 class DeviceStream extends EventEmitter {
     #library;
     #number;
@@ -318,7 +318,7 @@ class DeviceStream extends EventEmitter {
     }
 }
 
-/** Connects to a device. It need not have been found by a scan. */
+/** Connects to a device, whether or not a scan has found it. */
 async function connect(address, native = library()) {
     const number = addressNumber(address);
     // Rejects a second link, because the library would use the queue of the first link for both.

@@ -50,7 +50,7 @@ const constants = {
     OrvAnswer_EmptyList: 10,
 };
 
-// The result and the arguments of each function.
+// The result and argument types of each function.
 const functions = {
     BluetoothAvailable: ["int32", []],
     OrvScanner_Initialize: ["int32", []],

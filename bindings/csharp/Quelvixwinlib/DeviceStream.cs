@@ -154,7 +154,7 @@ public sealed class DeviceStream : Stream
             }
             catch (OrvException)
             {
-                // Ignores the error: Disconnect() reports it, and Dispose can be called again.
+                // Ignores the error, because Dispose must not throw. Disconnect() throws it.
             }
         }
         base.Dispose(disposing);

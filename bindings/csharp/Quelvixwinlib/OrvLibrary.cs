@@ -71,7 +71,7 @@ public static class OrvLibrary
             : new OrvException($"cannot {action}: the device or the system rejected it", OrvFailure.Rejected, log);
     }
 
-    /// <summary>The time in milliseconds on the clock of the library's timeouts.</summary>
+    /// <summary>The time in milliseconds on the clock that the timeouts use.</summary>
     internal static long Now => TimeIsSimulated ? Functions.OrvWorld_Now() : RealTime.ElapsedMilliseconds;
 
     /// <summary>Waits on the clock of Now; simulated milliseconds take no real time.</summary>

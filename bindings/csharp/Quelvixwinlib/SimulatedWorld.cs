@@ -9,7 +9,7 @@ namespace Quelvixwinlib;
 /// library is not the simulated one.</summary>
 public static class SimulatedWorld
 {
-    /// <summary>Replaces the world by the world of a scenario.</summary>
+    /// <summary>Replaces the world with that of a scenario.</summary>
     /// <param name="scenario">The scenario as JSON text, such as {"title": "Empty"}.</param>
     /// <param name="simulatedTime">true if waits take no real time.</param>
     /// <exception cref="ArgumentException">The scenario is wrong; the message names the field.</exception>
@@ -40,6 +40,6 @@ public static class SimulatedWorld
     /// <summary>Advances the clock by `time` and handles all due events.</summary>
     public static void PassTime(TimeSpan time) => Functions.OrvWorld_PassTime((int)time.TotalMilliseconds);
 
-    /// <summary>The time on the world's clock since the world was made.</summary>
+    /// <summary>The time on the world's clock since its creation.</summary>
     public static TimeSpan Now => TimeSpan.FromMilliseconds(Functions.OrvWorld_Now());
 }

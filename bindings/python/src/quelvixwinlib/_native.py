@@ -50,7 +50,7 @@ class DiscoveredDevice(Structure):
     ]
 
 
-# The result and the arguments of each function.
+# The result and argument types of each function.
 FUNCTIONS: Dict[str, Tuple[Any, Tuple[Any, ...]]] = {
     "BluetoothAvailable": (c_int32, ()),
     "OrvScanner_Initialize": (c_int32, ()),

@@ -1,5 +1,5 @@
-"""Loads the native library once, calls its functions with their declared types, and raises failures as
-exceptions."""
+"""Loads the native library once, calls its functions with their declared types, and turns failures
+into exceptions."""
 import ctypes
 import os
 import pathlib
@@ -56,25 +56,21 @@ class Library:
         """Returns whether a Bluetooth radio is on."""
         return bool(self.call("BluetoothAvailable") != _native.ORV_FAILED)
 
-    # -- time, simulated if the library uses a simulated clock
-
     def _clock_is_simulated(self) -> bool:
         return self.simulated and bool(self.call("OrvWorld_TimeIsSimulated"))
 
     def now(self) -> float:
-        """Returns the time in seconds on the clock of the library's timeouts."""
+        """Returns the time in seconds on the clock that the timeouts use."""
         if self._clock_is_simulated():
             return float(self.call("OrvWorld_Now")) / 1000
         return time.monotonic()
 
     def sleep(self, seconds: float) -> None:
-        """Waits on the clock of `now`; simulated seconds take no real time."""
+        """Waits on the clock that `now` reads; simulated seconds take no real time."""
         if self._clock_is_simulated():
             self.call("OrvWorld_PassTime", max(1, round(seconds * 1000)))
         else:
             time.sleep(seconds)
-
-    # -- the diagnostics log
 
     def enable_log(self) -> str:
         """Empties and enables the log. Returns the path of the log."""

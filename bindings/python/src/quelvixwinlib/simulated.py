@@ -24,11 +24,11 @@ class World:
         self.library = library or Library("simulated")
 
     def reset(self, simulated_time: bool = True) -> None:
-        """Makes an empty world with a radio that is on."""
+        """Creates an empty world with a radio that is on."""
         self.play({"title": "Empty"}, simulated_time)
 
     def play(self, scenario: Dict[str, Any], simulated_time: bool = True) -> None:
-        """Makes the world of a scenario; use `json.load` to read a scenario file."""
+        """Creates the world of a scenario; use `json.load` to read a scenario file."""
         error = ctypes.create_string_buffer(400)
         file, path = tempfile.mkstemp(".json")
         try:
@@ -45,7 +45,7 @@ class World:
         self.call("OrvWorld_PassTime", round(seconds * 1000))
 
     def now(self) -> float:
-        """Returns the seconds on the world's clock since the world was made."""
+        """Returns the seconds on the world's clock since its creation."""
         result: float = self.call("OrvWorld_Now") / 1000
         return result
 

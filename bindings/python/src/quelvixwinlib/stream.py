@@ -93,5 +93,5 @@ class Stream:
 
 def connect(address: Address, native: Optional[Library] = None,
             timeout: Optional[float] = 5.0) -> Stream:
-    """Connects to a device. It need not have been found by a scan."""
+    """Connects to a device, whether or not a scan has found it."""
     return Stream(address, native, timeout)
