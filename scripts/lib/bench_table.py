@@ -94,9 +94,9 @@ def number(value):
 
 
 def lengths(rows, misses):
-    """Prints the cost of the list's paths by length. Growth beyond LARGEST_GROWTH is allowed for
-    first-level cache misses: their number times the duration of a memory access in an area of the list's
-    size."""
+    """Prints the cost of operations on device lists, by the list's length. Growth beyond
+    LARGEST_GROWTH is allowed for additional first-level cache misses, each at the cost of a memory
+    access in an area of the list's size."""
     missed = []
     access = {n: rows["memory access, %d listed" % n]["ours"][0] for n in LENGTHS}
     print("\n| by listed devices | %s | memory accesses | allowed |" % " | ".join(

@@ -6,8 +6,8 @@ namespace PlatformMetadata;
 /// <summary>Writes the facts of a type in the metadata: lines of subject, aspect and value.</summary>
 internal sealed class Facts(Library library, TextWriter output)
 {
-    // The number of inherited slots: delegates derive from IUnknown, other interfaces from
-    // IInspectable.
+    // The number of inherited vtable slots: delegates derive from IUnknown, other interfaces
+    // from IInspectable.
     private const int DelegateSlots = 3;
     private const int InterfaceSlots = 6;
 

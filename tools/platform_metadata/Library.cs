@@ -28,7 +28,7 @@ internal readonly record struct Definition(MetadataReader Reader, TypeDefinition
 /// <summary>All types in a directory of metadata files.</summary>
 internal sealed class Library
 {
-    // The namespaces of the names in src/platform/abi; other namespaces repeat some names.
+    // The namespaces to search for src/platform/abi's names; others repeat some names.
     private static readonly string[] Namespaces =
         ["Windows.Foundation", "Windows.Storage.Streams", "Windows.Devices.Bluetooth", "Windows.Devices.Radios",
          "Windows.Devices.Enumeration"];
@@ -44,7 +44,7 @@ internal sealed class Library
         foreach (var path in Directory.GetFiles(folder, "*.winmd"))
         {
             files.Add(new PEReader(File.OpenRead(path)));
-            // By default, the reader replaces some types by their .NET counterparts.
+            // By default, the reader replaces some types with their .NET counterparts.
             var reader = files[^1].GetMetadataReader(MetadataReaderOptions.None);
             foreach (var handle in reader.TypeDefinitions)
             {

@@ -25,7 +25,7 @@ SOURCE = HERE.parents[1]
 
 
 def packages(root):
-    """Returns the directory of each package; the build has verified their hashes."""
+    """Returns the directory of each NuGet package; the build has verified the packages' hashes."""
     folders = {}
     for project in ("platform_metadata.csproj", "projection.props"):
         for item in xml.etree.ElementTree.parse(HERE / project).iter("PackageDownload"):

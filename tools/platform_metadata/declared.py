@@ -1,4 +1,4 @@
-"""Reads the declarations in the headers of src/platform/abi by their text."""
+"""Finds the declarations in the headers of src/platform/abi with regular expressions."""
 import re
 
 
@@ -34,7 +34,7 @@ class Declared:
         return [*self.members, *self.classes, *self.enumerations, *self.structures, *self.instances]
 
     def interfaces(self):
-        """Yields each interface and instance that has slots, with its members."""
+        """Yields non-generic interfaces and instances of generic ones, with their members."""
         for name, members in self.members.items():
             if name not in self.generic:
                 yield name, members

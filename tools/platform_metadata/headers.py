@@ -1,5 +1,5 @@
-"""Reads facts from the official C headers: a C compiler computes slots, sizes and values; types of
-parameters and identifiers are found in the text."""
+"""Reads facts from the official C headers: a C compiler computes slots, sizes and values; regular
+expressions find parameter types and interface identifiers."""
 import os
 import re
 import shutil
@@ -12,13 +12,13 @@ INCLUDED = ("windows.h", "activation.h", "robuffer.h", "windows.devices.bluetoot
             "windows.devices.bluetooth.advertisement.h",
             "windows.devices.bluetooth.genericattributeprofile.h", "windows.devices.enumeration.h",
             "windows.devices.radios.h", "windows.storage.streams.h")
-# The headers that facts are read from, including those of classic COM.
+# The headers to read facts from, including those of classic COM.
 READ = INCLUDED[1:] + ("unknwnbase.h", "objidlbase.h", "inspectable.h", "asyncinfo.h",
                        "eventtoken.h", "windows.foundation.h", "windows.foundation.collections.h",
                        "windowscontracts.h")
-# Other system headers are MinGW's, because the package has no C library.
+# System headers to use from the package. It has no C library, so others are MinGW's.
 CLASSIC = ("unknwn.h", "unknwnbase.h", "objidl.h", "objidlbase.h")
-# Maps type names of the headers to the common ones.
+# Maps the headers' type names to those of the other sources.
 TYPES = {"short": "INT16", "int": "INT32", "IID": "GUID", "REFIID": "GUID*", "byte": "BYTE"}
 DELEGATES = ("AsyncOperationCompletedHandler", "TypedEventHandler")
 
@@ -73,7 +73,7 @@ def parameters(text):
 
 
 def read_tables(text, found):
-    """Reads all tables of functions. Returns the members' names by the table's C name."""
+    """Reads all vtables. Returns the members' names by the interface's C name."""
     text = re.sub(r"DECLSPEC_XFGVIRT\([^)]*\)", "", text)
     tables = {}
     for name, body in re.findall(r"typedef struct (\w+)Vtbl\s*\{(.*?)END_INTERFACE", text, re.S):
@@ -87,7 +87,7 @@ def read_tables(text, found):
 
 
 def read_interfaces(text, found):
-    """Reads identifiers and bases from the headers' C++ part."""
+    """Reads interfaces' identifiers and bases from the headers' C++ part."""
     for iid, name, base in re.findall(
             r'MIDL_INTERFACE\("([^"]+)"\)\s*(\w+)(?: : public (\w+))?', text):
         found[name, "id"], found[name, "base"] = iid.lower(), base or "-"
@@ -95,7 +95,7 @@ def read_interfaces(text, found):
                                 r'return L"([^"]+)"', text):
         name = re.sub(r"`\d|[A-Za-z.]*\.|\s", "", full).replace("Object", "IInspectable")
         found[name, "id"] = iid.lower()
-    # Reads interfaces that have only a C++ part.
+    # Interfaces that the headers declare only for C++.
     for spaces, iid, name, body in re.findall(
             r'((?:namespace \w+ \{\s*)+)struct __declspec\(uuid\("([^"]+)"\)\) (\w+) '
             r': public IUnknown\s*\{(.*?)\};', text, re.S):

@@ -85,8 +85,8 @@ class Table:
         self.facts[name, "slots"] = str(count)
 
     def parameter(self, text, arguments):
-        """Returns the type in a parameter's text. An argument for a bare type parameter is passed
-        as a pointer; the table writes that pointer only for senders and arguments."""
+        """Returns the type in a parameter's text. A class that replaces a bare type parameter is
+        passed as a pointer, which the table writes only for S (sender) and A (arguments)."""
         declared = text.rpartition(" ")[0]
         alone = re.fullmatch(r"([SA])\*|(T)(\*?)", declared)
         if alone and arguments:
