@@ -17,15 +17,20 @@ function(orv_read_exports result)
     set(${result} ${names} PARENT_SCOPE)
 endfunction()
 
-# orv_library(<target> FOLDER <output directory> OBJECTS <object libraries> EXPORTS <.def files>)
+# orv_library(<target> FOLDER <output directory> OBJECTS <object libraries> [EXCEPT <regular expression>]
+#     EXPORTS <.def files>) leaves out the objects whose path matches EXCEPT.
 function(orv_library target)
-    cmake_parse_arguments(ARG "" FOLDER "OBJECTS;EXPORTS" ${ARGN})
+    cmake_parse_arguments(ARG "" "FOLDER;EXCEPT" "OBJECTS;EXPORTS" ${ARGN})
     list(TRANSFORM ARG_EXPORTS PREPEND ${PROJECT_SOURCE_DIR}/)
     orv_read_exports(names ${ARG_EXPORTS})
 
     add_library(${target} SHARED)
     foreach(objects ${ARG_OBJECTS})
-        target_sources(${target} PRIVATE $<TARGET_OBJECTS:${objects}>)
+        if(ARG_EXCEPT)
+            target_sources(${target} PRIVATE $<FILTER:$<TARGET_OBJECTS:${objects}>,EXCLUDE,${ARG_EXCEPT}>)
+        else()
+            target_sources(${target} PRIVATE $<TARGET_OBJECTS:${objects}>)
+        endif()
     endforeach()
     target_include_directories(${target} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
     target_link_libraries(${target} PRIVATE Threads::Threads)

@@ -12,53 +12,6 @@ Class dataWriterClass("DataWriter");
 Member writeBytesMember(dataWriterClass.name, "WriteBytes");
 Member detachBufferMember(dataWriterClass.name, "DetachBuffer");
 
-// Reads a value in two calls for each byte. If `IsHeard` is false, the calls do not notify the
-// observer, so each call takes only a few instructions.
-template <bool IsHeard>
-class MemoryReader final : public Object<Stub<IDataReader>> {
-  public:
-    explicit MemoryReader(Ref<MemoryBuffer> source)
-        : Object(dataReaderClass),
-          buffer(std::move(source)),
-          position(buffer->Bytes().data()),
-          end(position + buffer->Bytes().size()) {}
-
-    HRESULT get_UnconsumedBufferLength(UINT32* value) override {
-        const auto left = static_cast<UINT32>(end - position);
-        if constexpr (IsHeard) {
-            return Property(getUnconsumedBufferLengthMember, value, left);
-        }
-        if (value == nullptr) {
-            return E_POINTER;
-        }
-        *value = left;
-        return S_OK;
-    }
-
-    HRESULT ReadByte(BYTE* value) override {
-        if constexpr (IsHeard) {
-            return Call(readByteMember, [&] { return Next(value); });
-        }
-        return Next(value);
-    }
-
-  private:
-    HRESULT Next(BYTE* value) {
-        if (value == nullptr) {
-            return E_POINTER;
-        }
-        if (position == end) {
-            return E_BOUNDS;
-        }
-        *value = *position++;
-        return S_OK;
-    }
-
-    const Ref<MemoryBuffer> buffer;
-    const BYTE* position;
-    const BYTE* const end;
-};
-
 }  // namespace
 
 HRESULT ReadFromBuffer(IBuffer* buffer, IDataReader** reader) {
@@ -69,8 +22,21 @@ HRESULT ReadFromBuffer(IBuffer* buffer, IDataReader** reader) {
     if (!source) {
         return E_INVALIDARG;
     }
-    return TheObserver().hearsCalls ? Give(reader, Make<MemoryReader<true>>(source))
-                                    : Give(reader, Make<MemoryReader<false>>(source));
+    return Give(reader, Make<MemoryReader>(source));
+}
+
+MemoryReader::MemoryReader(const Ref<MemoryBuffer>& source)
+    : Object(dataReaderClass), unread(source->Bytes()), buffer(source) {}
+
+HRESULT MemoryReader::get_UnconsumedBufferLength(UINT32* value) {
+    return Call(getUnconsumedBufferLengthMember, [&] {
+        return value == nullptr ? E_POINTER : unread.get_UnconsumedBufferLength(value);
+    });
+}
+
+HRESULT MemoryReader::ReadByte(BYTE* value) {
+    return Call(readByteMember,
+                [&] { return value == nullptr ? E_POINTER : unread.ReadByte(value); });
 }
 
 MemoryWriter::MemoryWriter() : Object(dataWriterClass) {}

@@ -5,8 +5,49 @@
 
 namespace orv::objects {
 
-// Implements DataReader.FromBuffer. Like the platform's reader, this reader is not thread-safe.
+// Implements DataReader.FromBuffer with a MemoryReader. Like the platform's reader, this reader is
+// not thread-safe.
 HRESULT ReadFromBuffer(IBuffer* buffer, IDataReader** reader);
+
+// The bytes that a reader has not read yet. The result pointers must not be null. A function that
+// copies this object to a local variable reads faster: no stored byte can change the copy, so the
+// compiler keeps it in registers.
+class UnreadBytes {
+  public:
+    explicit UnreadBytes(const std::vector<BYTE>& bytes)
+        : next(bytes.data()), left(static_cast<UINT32>(bytes.size())) {}
+
+    HRESULT get_UnconsumedBufferLength(UINT32* value) const {
+        *value = left;
+        return S_OK;
+    }
+
+    HRESULT ReadByte(BYTE* value) {
+        if (left == 0) {
+            return E_BOUNDS;
+        }
+        --left;
+        *value = *next++;
+        return S_OK;
+    }
+
+  private:
+    const BYTE* next;
+    UINT32 left;
+};
+
+class MemoryReader final : public Object<Stub<IDataReader>> {
+  public:
+    explicit MemoryReader(const Ref<MemoryBuffer>& source);
+
+    HRESULT get_UnconsumedBufferLength(UINT32* value) override;
+    HRESULT ReadByte(BYTE* value) override;
+
+    UnreadBytes unread;
+
+  private:
+    const Ref<MemoryBuffer> buffer;  // owns the bytes
+};
 
 class MemoryWriter final : public Object<Stub<IDataWriter>> {
   public:

@@ -4,6 +4,7 @@
 
 #include "frame/export_frame.h"
 #include "link/connection_table.h"
+#include "link/read_value.h"
 #include "platform/activation.h"
 
 namespace orv {
@@ -42,10 +43,7 @@ void OnDataReceived(const Reference<IGattCharacteristic>& sender,
             return;
         }
         ReceiveQueue::Filling filling(link->receiveQueue);
-        while (Get(reader, &IDataReader::get_UnconsumedBufferLength) > 0) {
-            Call(reader, &IDataReader::ReadByte, filling.Place());
-            filling.Add();
-        }
+        ReadValue(reader.Get(), filling);
     });
 }
 

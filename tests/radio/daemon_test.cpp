@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstring>
+#include <numeric>
 
 #include "tests/radio/host.h"
 #include "tests/radio/private_bus.h"
@@ -364,7 +365,9 @@ TEST_P(Values, AreNotLostWhileAWriteHangs) {
     ASSERT_EQ(OrvDevice_Connect(Address), 0);
     std::thread device([&] {
         for (int i = 0; i < 3000; ++i) {
-            daemon.Notify(Bytes(244, static_cast<std::uint8_t>(i)));
+            Bytes value(244);
+            std::iota(value.begin(), value.end(), static_cast<std::uint8_t>(i));
+            daemon.Notify(value);
             std::this_thread::sleep_for(microseconds(500));
         }
     });
@@ -374,7 +377,7 @@ TEST_P(Values, AreNotLostWhileAWriteHangs) {
     device.join();
     ASSERT_EQ(all.size(), 3000u * 244);
     for (std::size_t i = 0; i < all.size(); ++i) {
-        ASSERT_EQ(all[i], static_cast<std::uint8_t>(i / 244));
+        ASSERT_EQ(all[i], static_cast<std::uint8_t>(i / 244 + i % 244));
     }
 }
 
