@@ -19,7 +19,7 @@ std::optional<BluetoothAddress> Number(std::string_view text, int base) {
     return number;
 }
 
-// Returns the 12 digits of six separated pairs. Returns other texts unchanged.
+// Removes the separators of an address such as A0-B1-C2-D3-E4-F5. Returns other texts unchanged.
 std::string WithoutSeparators(std::string_view text) {
     std::string digits;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -45,7 +45,7 @@ std::string AddressText(BluetoothAddress address) {
     if (address > Largest) {
         return std::to_string(address);
     }
-    char text[19];  // 17 characters, a last colon and the terminating zero
+    char text[19];  // 17 characters, a trailing colon and the terminating zero
     char* at = text;
     for (int shift = 40; shift >= 0; shift -= 8) {
         at += snprintf(at, 4, "%02X:", static_cast<unsigned>(address >> shift & 0xFF));

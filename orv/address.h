@@ -1,4 +1,4 @@
-// Converts addresses of devices from and to text.
+// Converts device addresses from and to text.
 #pragma once
 
 #include <optional>
@@ -9,11 +9,11 @@
 
 namespace orv {
 
-// Returns nothing if the text is no address.
+// Returns nothing if the text is not an address.
 std::optional<BluetoothAddress> FindAddress(std::string_view text);
 
-// Returns a text such as A0:B1:C2:D3:E4:F5, or a decimal number if it has more than 48 bits, as
-// only a log can contain.
+// Returns a text such as A0:B1:C2:D3:E4:F5, or a decimal number if `address` has more than 48 bits,
+// as in some logs.
 std::string AddressText(BluetoothAddress address);
 
 }  // namespace orv

@@ -9,8 +9,7 @@ namespace orv {
 
 void LeaveRunning(std::thread thread) {
     static Mutex mutex;
-    // The list is never destroyed, because destroying a thread object whose thread runs ends the
-    // process.
+    // Never destroyed, because the destructor of a running std::thread ends the process.
     static auto& threads = *new std::list<std::thread>;
     const Lock lock(mutex);
     threads.push_back(std::move(thread));

@@ -6,8 +6,8 @@
 
 namespace orv {
 
-// Formats help as the parser does, but with lines of at most 100 columns and with words for options
-// that exclude or need others.
+// Formats help as CLI11 does, but with at most 100 columns, and names the options that an option
+// excludes or needs.
 class HelpText : public CLI::Formatter {
   public:
     HelpText();

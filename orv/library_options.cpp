@@ -23,7 +23,7 @@ std::filesystem::path LibraryFile(const LibraryOptions& options) {
                                                                    : Beside(module::LibraryName);
 }
 
-// Returns the file of a scenario. `named` is a path, or the name of a scenario beside the library.
+// Returns the file of a scenario. `named` is a path, or a name in scenarios/ beside the library.
 std::filesystem::path ScenarioFile(const Library& library, const std::string& named) {
     const std::filesystem::path folder = library.File().parent_path() / "scenarios";
     std::filesystem::path path = PathOf(named);

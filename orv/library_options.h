@@ -1,4 +1,4 @@
-// The options of all commands that select the library.
+// The options with which every command selects the library.
 #pragma once
 
 #include <string>
@@ -13,11 +13,11 @@ struct LibraryOptions {
     std::string scenario;
     bool simulated = false;
     bool log = false;
-    bool simulatedTime = false;  // lets a scenario use simulated time; no option sets it
+    bool simulatedTime = false;  // plays a scenario in simulated time; only orv doctor sets it
 };
 
-// Adds the options to a command. The program has them, too, so users may give them before or after
-// the command.
+// Adds the options to a command or the program, so that users may give them before or after the
+// command.
 void AddLibraryOptions(Command command, LibraryOptions& options);
 
 // Loads the library, plays the scenario and switches the log on, as the options require.

@@ -11,8 +11,7 @@
 
 namespace {
 
-// Moves --simulated after a device that follows it, because the device belongs to the command and
-// is no scenario.
+// Moves --simulated behind a device that follows it, which the parser would read as a scenario.
 void SeparateScenario(std::vector<std::string>& arguments) {
     for (auto at = arguments.begin(); at != arguments.end(); ++at) {
         const bool isLast = arguments.end() - at == 1;
@@ -71,7 +70,8 @@ orv::ExitStatus Run(std::vector<std::string> arguments) {
     }
 }
 
-// Returns an error if the output was not written. A reader that closed the pipe causes no message.
+// Returns an error status if the output was not written. Prints nothing if the reader closed the
+// pipe.
 int StatusWithOutput(int status) {
     if (fflush(stdout) == 0 && !ferror(stdout)) {
         return status;

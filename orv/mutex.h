@@ -1,4 +1,4 @@
-// A mutex, a lock and a condition variable with marks for clang's lock analysis (-Wthread-safety).
+// A mutex, a lock and a condition variable, annotated for clang's thread safety analysis.
 #pragma once
 
 #include <condition_variable>

@@ -31,7 +31,7 @@ std::string NumberText(double number) {
     return text;
 }
 
-// Converts the whole text. Returns nothing if it is no number, NaN or out of range.
+// Converts the whole text to a number. Returns nothing for other text, NaN or numbers out of range.
 template <typename Number>
 std::optional<Number> NumberIn(const std::string& text, Number least, Number most) {
     Number number{};
@@ -216,7 +216,7 @@ Command Command::AddGroup(const char* name, const char* description, const std::
 
 CommandLine::CommandLine(const char* program, const char* description, const std::string& example)
     : app(std::make_unique<CLI::App>(description, program)) {
-    app->allow_windows_style_options(false);  // on Windows, /logs/host.log is a path as well
+    app->allow_windows_style_options(false);  // /logs/host.log is a path, not an option
     app->require_subcommand(1);
     app->footer(GroupFooter(example, program));
     app->formatter(std::make_shared<HelpText>());
@@ -229,7 +229,7 @@ ExitStatus CommandLine::Run(std::vector<std::string> arguments) {
     try {
         app->parse(arguments);
     } catch (const CLI::ParseError& error) {
-        // For an unknown command, the parser would print the help of its group.
+        // For an unknown command with --help, the parser would print the help of its group.
         if (error.get_exit_code() == 0 && !HasUnknownCommand(app.get())) {
             app->exit(error);
             return ExitStatus::Done;

@@ -1,4 +1,4 @@
-// The command line. It hides the parser, whose headers take longer to compile than a command.
+// The command line. Hides the parser CLI11, whose headers take long to compile.
 #pragma once
 
 #include <cstddef>
@@ -36,8 +36,8 @@ class Option {
     CLI::Option* option;
 };
 
-// A command. A name that begins with -- adds an option, another name a positional argument. The
-// parser writes to `value`, which must outlive the command line.
+// A command with its options and positional arguments. A name that begins with -- adds an option.
+// The parser writes to `value`, which must outlive the command line.
 class Command {
   public:
     explicit Command(CLI::App* parsed) : app(parsed) {}
@@ -84,11 +84,11 @@ class Command {
     // Ignores all arguments after the command.
     void IgnoreRest();
 
-    // Sets the action, which runs when all arguments are read. It may throw a Problem.
+    // Sets the action, which runs after all arguments were parsed. It may throw a Problem.
     void Does(std::function<void()> action);
 
     Command AddCommand(const char* name, const char* description);
-    // Adds a command that must be followed by one of its own commands.
+    // Adds a command that must be followed by a subcommand.
     Command AddGroup(const char* name, const char* description, const std::string& example);
 
   private:
@@ -107,8 +107,7 @@ class CommandLine {
 
     Command Program() { return Command(app.get()); }
 
-    // Runs the command that the arguments name. Throws a Problem if they are wrong or the command
-    // fails.
+    // Runs the command that the arguments name. Throws a Problem for wrong arguments or a failure.
     ExitStatus Run(std::vector<std::string> arguments);
 
   private:

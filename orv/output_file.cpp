@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Maximum number of unfinished files, which killed runs may have left in the directory.
+// Maximum number of unfinished files that killed runs may have left in the directory.
 constexpr int MostUnfinished = 100;
 
 constexpr fs::perms AnyWrite =
@@ -27,7 +27,7 @@ std::string Reason(int error) {
            ". Check the folder, the disk space and your permissions";
 }
 
-// Throws if a rename would replace anything but a writable file.
+// Throws if the target exists and is not a writable regular file.
 void RequireReplaceable(const std::string& name, const fs::path& target) {
     if (name.empty()) {
         throw Failed("The file", "its name is empty");
@@ -35,7 +35,7 @@ void RequireReplaceable(const std::string& name, const fs::path& target) {
     if (IsLink(target)) {
         throw Failed(name, "it is a link. Name the file that it points to, or another one");
     }
-    std::error_code problem;  // ignored, because creating the new file then fails
+    std::error_code problem;  // ignored: creating the new file then fails
     const fs::file_status status = fs::status(target, problem);
     const bool isReserved = IsReservedName(target);
     if (isReserved || (fs::exists(status) && !fs::is_regular_file(status))) {
@@ -71,8 +71,8 @@ OutputFile::OutputFile(const std::string& path)
     if (!file) {
         throw Failed(name, Reason(errno));
     }
-    // Copies the permissions, so that no other users can read the new file.
-    std::error_code problem;  // ignored: the usual permissions remain
+    // Copies the permissions of the previous file, so that no other users can read the new one.
+    std::error_code problem;  // ignored: the default permissions remain
     const fs::file_status before = fs::status(target, problem);
     if (fs::exists(before)) {
         fs::permissions(unfinished, before.permissions(), problem);

@@ -9,7 +9,7 @@
 namespace orv {
 
 // Writes to a new file beside the path. Commit renames it, so an error leaves the previous file
-// unchanged. The target of a link is never overwritten.
+// unchanged.
 class OutputFile {
   public:
     // `path` is UTF-8. Throws a Problem if it names a link, a directory or a device, or if the new
@@ -24,7 +24,7 @@ class OutputFile {
     void Write(std::string_view bytes);
     // Passes the written bytes to the system, which keeps them even if the program is killed.
     void Flush();
-    // Renames the file to its path. Call nothing else afterwards.
+    // Gives the new file its final name. Call nothing else afterwards.
     void Commit();
 
   private:

@@ -22,8 +22,8 @@ struct FileCloser {
 };
 using OpenFile = std::unique_ptr<std::FILE, FileCloser>;
 
-// Opens a file or a pipe for reading without waiting: a pipe without a writer is empty. Returns
-// null, with the reason in errno, if it cannot be opened.
+// Opens a file or a pipe for reading, without waiting for a writer of the pipe. Returns null, with
+// the reason in errno, if it cannot be opened.
 OpenFile OpenForReading(const std::filesystem::path& path);
 
 }  // namespace orv

@@ -23,7 +23,7 @@ OpenFile OpenForReading(const std::filesystem::path& path) {
     if (file < 0) {
         return nullptr;
     }
-    fcntl(file, F_SETFL, 0);  // reads wait for data again
+    fcntl(file, F_SETFL, 0);  // lets reads wait for data again
     return OpenFile(fdopen(file, "rb"));
 }
 

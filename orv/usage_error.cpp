@@ -34,7 +34,7 @@ std::vector<std::string> OptionsOf(const CLI::App* command) {
     return names;
 }
 
-// Returns the part of a parser's message before `mark`.
+// Returns the part of a parser's message that precedes `mark`.
 std::string WordBefore(const std::string& text, const std::string& mark) {
     return text.substr(0, text.find(mark));
 }
@@ -92,7 +92,7 @@ std::string WhyUnexpected(const CLI::App* command) {
     if (rest.empty()) {
         return {};
     }
-    // The parser also keeps the words after the first unknown one.
+    // `rest` also contains the words after the first unknown one.
     const std::string& word = rest.front();
     const std::vector<std::string> commands = CommandsOf(command);
     if (word.substr(0, 1) == "-" && word.size() > 1) {

@@ -6,10 +6,9 @@
 
 namespace orv {
 
-// Returns whether the arguments name an unknown command.
 bool HasUnknownCommand(CLI::App* program);
 
-// Returns what is wrong and which help to read.
+// Returns a message that states the mistake and how to get help.
 std::string WhyWrong(CLI::App* program, const CLI::ParseError& error);
 
 }  // namespace orv

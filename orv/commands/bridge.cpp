@@ -27,7 +27,7 @@ struct BridgeOptions {
 
 using Open = std::unique_ptr<Entrance> (*)(const std::string& place);
 
-// Opens the entrances before the library, so that a wrong place is reported at once.
+// Opens the sockets or serial ports first, so that a wrong port or path is reported at once.
 void Bridge(const LibraryOptions& libraryOptions, const BridgeOptions& options, const char* option,
             Open open) {
     CheckDevices(options.devices);

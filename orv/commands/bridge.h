@@ -1,4 +1,4 @@
-// Functions that all kinds of orv bridge share.
+// Declarations that the orv bridge commands share.
 #pragma once
 
 #include <vector>

@@ -1,4 +1,4 @@
-// orv bridge mqtt in builds without libmosquitto and for Windows.
+// orv bridge mqtt in builds without libmosquitto and on Windows: prints an error.
 #include "orv/commands/bridge.h"
 
 namespace orv {

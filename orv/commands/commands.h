@@ -1,11 +1,11 @@
-// Adds the commands. A command throws a Problem if it fails.
+// Adds the commands of orv. A command throws a Problem if it fails.
 #pragma once
 
 #include "orv/library_options.h"
 
 namespace orv {
 
-// Default length of a block in bytes. Every link accepts it.
+// Default size of a sent block in bytes. Every link accepts it.
 constexpr std::size_t UsualBlock = 20;
 void AddBlockOption(Command command, std::size_t& block);
 

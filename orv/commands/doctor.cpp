@@ -1,4 +1,4 @@
-// orv doctor: checks which assumptions of the documents hold on this machine.
+// orv doctor: checks which documented assumptions hold on this machine.
 #include <cstdio>
 
 #include "orv/address.h"
@@ -26,7 +26,7 @@ std::shared_ptr<doctor::Examination> Begin(LibraryOptions libraryOptions,
     libraryOptions.simulatedTime = true;
     libraryOptions.log = false;  // EnableLog below switches it on
     if (libraryOptions.simulated && libraryOptions.scenario.empty()) {
-        libraryOptions.scenario = "default";  // the default world with a clock of its own
+        libraryOptions.scenario = "default";  // the default world in simulated time
     }
     Library library = OpenLibrary(libraryOptions);
     std::string whyNoLog;

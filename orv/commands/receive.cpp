@@ -1,4 +1,4 @@
-// orv receive: writes what a device sends to a file.
+// orv receive: stores the bytes from a device in a file.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -27,8 +27,7 @@ struct ReceiveOptions {
     std::optional<std::uint64_t> bytes;
 };
 
-// Returns the number of bytes received. Passes each piece to the system before it receives the
-// next.
+// Returns the number of received bytes. Flushes each piece to the file before receiving the next.
 std::uint64_t ReceiveInto(OutputFile& file, Link& link, const ReceiveOptions& options,
                           Progress& progress) {
     using namespace std::chrono;
@@ -39,7 +38,7 @@ std::uint64_t ReceiveInto(OutputFile& file, Link& link, const ReceiveOptions& op
     std::uint64_t received = 0;
     const std::uint64_t wanted = options.bytes.value_or(UINT64_MAX);
     while (received < wanted) {
-        const bool last = isOver() || terminal::IsInterrupted();  // queued bytes are still received
+        const bool last = isOver() || terminal::IsInterrupted();  // receive queued bytes, then end
         const std::string piece = link.Receive(std::min(wanted - received, MostAtOnce));
         if (!piece.empty()) {
             file.Write(piece);

@@ -1,4 +1,4 @@
-// orv scan: lists the devices that advertise, once or as a live table, for people or programs.
+// orv scan: lists the advertising devices as a table, a live table, JSON or CSV.
 #include <chrono>
 #include <optional>
 

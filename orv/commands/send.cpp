@@ -21,14 +21,14 @@ struct SendOptions {
     std::size_t block = UsualBlock;
 };
 
-// States how many bytes were written, may have arrived, or were not sent.
+// Describes how many bytes were written, may have arrived, or were not sent.
 std::string Fate(std::optional<std::uint64_t> total, std::uint64_t written,
                  std::uint64_t uncertain) {
     std::string text = Counted(written, "byte") + " written";
     if (uncertain > 0) {
         text += ", the next " + std::to_string(uncertain) + " may have arrived";
     }
-    if (!total || *total < written + uncertain) {  // a pipe has no size, and a file may grow
+    if (!total || *total < written + uncertain) {  // a pipe has no size; a file may have grown
         text += ", the rest not sent";
     } else if (*total > written + uncertain) {
         text += ", the last " + std::to_string(*total - written - uncertain) + " not sent";
@@ -39,7 +39,7 @@ std::string Fate(std::optional<std::uint64_t> total, std::uint64_t written,
 }
 
 struct Sent {
-    std::uint64_t written = 0;   // confirmed bytes
+    std::uint64_t written = 0;   // bytes that the system confirmed
     std::uint64_t answered = 0;  // bytes that the device sent during the transfer
 };
 
@@ -52,7 +52,7 @@ Sent SendAll(Link& link, Source& source, std::size_t most, Progress& progress) {
                                                    Fate(source.Size(), sent.written, block.size()));
         }
         sent.written += block.size();
-        sent.answered += link.Flush();  // the library would keep unread bytes in memory
+        sent.answered += link.Flush();  // keeps the library's receive queue short
         progress.Show(sent.written);
     }
     if (terminal::IsInterrupted()) {

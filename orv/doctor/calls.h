@@ -21,10 +21,10 @@ struct MadeCall {
     log::Subject subject;
     ResultCode result;
     std::int64_t ms;
-    bool alone;  // no other call can hold the lock for this call
+    bool alone;  // no other call can hold the lock that this call needs
 };
 
-// All functions can be called from any thread.
+// All functions are thread-safe.
 class Calls {
   public:
     Calls(Library& library, const Surroundings& surroundings);
@@ -42,10 +42,11 @@ class Calls {
     MadeCall Flush(BluetoothAddress address);
 
     std::vector<MadeCall> Made() const;
-    // Returns the oldest call, except `ignored`, that has been pending for `limit` of real time.
+    // Returns the oldest call that is not in `ignored` and has been pending for `limit` of real
+    // time.
     std::optional<log::Function> Hanging(std::chrono::seconds limit,
                                          std::span<const log::Function> ignored) const;
-    // Makes all calls block, so that the findings stay unchanged.
+    // Makes all calls block forever, so that the findings stay unchanged.
     void Abandon();
 
   private:

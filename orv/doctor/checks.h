@@ -1,4 +1,4 @@
-// The checks of orv doctor, with their assumptions and the sections that describe them.
+// The checks of orv doctor: what each one assumes, and where the documents describe it.
 #pragma once
 
 #include <cstddef>
@@ -44,14 +44,14 @@ enum class Check : std::uint8_t {
 
 constexpr std::size_t CheckCount = 32;
 
-// The requirement for testing a check.
+// What a check needs.
 enum class Need : std::uint8_t {
     Nothing,
-    Address,  // an address known before the scan
-    Heard,    // devices in the scan
+    Address,  // a device address from the user
+    Heard,    // a device that the scan received
     Link,     // a connection to the device
     Echo,     // a device that echoes what it receives
-    Switch,   // somebody who can switch the radio
+    Switch,   // a way to switch the radio
     Log,      // the library's log
 };
 
@@ -60,15 +60,15 @@ struct CheckFacts {
     const char* id;
     const char* title;
     const char* assumed;
-    const char* section;  // section of the documents
+    const char* section;  // file and heading in the documents
     Need need;
 };
 
-// Returns the checks in the order of the report.
+// Returns all checks in the order of the report.
 std::span<const CheckFacts, CheckCount> AllChecks();
 const CheckFacts& FactsOf(Check check);
 
-// An assumption of the documents that no check can test, with the reason.
+// A documented assumption that no check can test, and why.
 struct Unchecked {
     const char* assumed;
     const char* reason;

@@ -1,4 +1,4 @@
-// Checks with blocks that the device echoes.
+// Checks that send blocks and compare their echoes.
 #include <algorithm>
 #include <thread>
 
@@ -17,7 +17,7 @@ constexpr std::size_t StreamBlock = 244;
 constexpr std::size_t StreamBytes = 4096;
 constexpr int LeastBytesPerSecond = 100;
 constexpr double LeastWriteMs = 3.75;
-constexpr int UnderWayMs = 20;  // time for a callback that began before the disconnect
+constexpr int UnderWayMs = 20;  // time for callbacks that began before the disconnect
 constexpr int LateMs = 1000;
 
 std::string Pattern(std::size_t size) {
@@ -32,7 +32,7 @@ bool CanEcho(const Examination& run) {
     return run.WhyNoLink().empty() && run.whyNoEcho.empty();
 }
 
-// Reconnects after a send timed out. The timeout refutes WriteAnswered only if this succeeds.
+// Reconnects after a send timed out. Success refutes WriteAnswered: the device was reachable.
 void JudgeTimeout(Examination& run, ScopedLink& link, std::size_t size) {
     run.whyNoEcho = "a send timed out";
     link.Close();
@@ -108,7 +108,7 @@ void ReportSeries(Examination& run, const Series& series) {
                          "blocks of up to " + std::to_string(series.largest) + " bytes came back");
 }
 
-// Sends a stream without waiting for each echo.
+// Measures the throughput of blocks without waiting for each echo.
 void CheckThroughput(Examination& run, ScopedLink& link, std::size_t block) {
     const std::string stream = Pattern(StreamBytes);
     std::string echo;
@@ -227,7 +227,7 @@ void CheckSendMeanwhile(Examination& run) {
         });
         link.Close(false);
         if (run.closeHangs) {
-            LeaveRunning(std::move(sender));  // the send waits for a lock forever
+            LeaveRunning(std::move(sender));  // the disconnect blocks the send forever
             return;
         }
         sender.join();

@@ -19,7 +19,7 @@ struct Examination : std::enable_shared_from_this<Examination> {
 
     // Returns the text for a device in the report, without address and name if `isAnonymous`.
     std::string Named(const DiscoveredDevice& heard) const;
-    // Returns the size of the log in bytes, which is the offset of the next line.
+    // Returns the size of the log in bytes.
     std::uintmax_t LogSize() const;
     // Returns why no link can be opened now, or an empty string.
     std::string WhyNoLink() const;
@@ -35,12 +35,12 @@ struct Examination : std::enable_shared_from_this<Examination> {
     std::optional<BluetoothAddress> device;
     std::string wantedName;          // name of the device, if no address was given
     std::string whyNoLog;            // empty if the log is on
-    std::string whyNoEcho;           // empty if the device may receive blocks and echoes them
+    std::string whyNoEcho;           // empty if blocks may be sent and the device echoes them
     std::string whyNoRadio;          // empty if a radio is on
     bool isHeard = false;            // the scan has listed the device
     bool isRejectedUnheard = false;  // a connect before the scan was rejected
     bool isLost = false;             // the device is no longer reachable
-    // A disconnect hangs, and further calls for links would hang, too. Several threads read this.
+    // A disconnect hangs, and other calls for links would, too. Several threads read this.
     std::atomic<bool> closeHangs = false;
     std::vector<std::int64_t> connectMs;  // durations of the successful connects
 };

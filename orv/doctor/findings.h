@@ -17,7 +17,7 @@ struct Finding {
     std::string seen;  // observation, or the reason if not tested
 };
 
-// A refuted check stays refuted, with its first observation.
+// Once a check is refuted, later results do not change it.
 class Findings {
   public:
     void Confirm(Check check, std::string seen);

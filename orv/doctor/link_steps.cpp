@@ -1,4 +1,4 @@
-// Checks of links on which nothing is sent.
+// Checks links without sending anything.
 #include "orv/doctor/scoped_link.h"
 #include "orv/terminal/printable.h"
 
@@ -6,7 +6,7 @@ namespace orv::doctor {
 
 namespace {
 
-// The short time lets the next scan receive advertisements 100 ms after a device's start.
+// Short, so that the following scan receives advertisements 100 ms after a device's start.
 constexpr int QuietMs = 60;
 constexpr int LongQuietMs = 500;
 constexpr int QuietBytesPerMs = 10;

@@ -8,7 +8,8 @@
 
 namespace orv::doctor {
 
-// Counts lines of one kind after `size` bytes of the log, but not other devices' notifications.
+// Counts the lines of `kind` after the first `size` bytes of the log. Ignores notifications of
+// other devices.
 std::size_t CountSince(const Examination& run, std::uintmax_t size, log::Kind kind);
 
 }  // namespace orv::doctor

@@ -74,8 +74,8 @@ class Comparison {
     long failures = 0;
 };
 
-// Counts notifications between a connect's line and its result. Stops at the first send, because
-// later notifications may be answers.
+// Counts notifications between the log lines of a connect's call and result. Stops at the first
+// send, because later notifications may be answers.
 class EarlyNotifications {
   public:
     void Take(const log::Entry& entry) {

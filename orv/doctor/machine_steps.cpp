@@ -12,7 +12,7 @@ namespace orv::doctor {
 
 namespace {
 
-constexpr std::int64_t WaitMs = 2000;    // limit of each wait in the library
+constexpr std::int64_t WaitMs = 2000;    // time limit of each wait in the library
 constexpr std::int64_t MarginMs = 1000;  // tolerance for system calls without a timeout
 
 std::string HashOf(const std::filesystem::path& path) {
@@ -34,7 +34,8 @@ void CheckFile(Examination& run) {
                        file + "; orv has version " QUELVIXWINLIB_VERSION);
 }
 
-// Calls the library on this thread. Connects if `link`. Returns whether the results are right.
+// Calls the library on this thread; connects if `link` is set. Returns whether the results are as
+// usual.
 bool AnswersAsUsual(Examination& run, bool link) {
     bool isUsual = run.calls.Available().result == (run.whyNoRadio.empty() ? 0 : ORV_FAILED);
     if (link) {

@@ -8,7 +8,7 @@ namespace orv::doctor {
 namespace {
 
 constexpr int PollMs = 100;
-constexpr int SwitchMs = 5000;  // maximum time for the system to switch
+constexpr int SwitchMs = 5000;  // the system must have switched the radio by then
 constexpr int ListenMs = 2000;
 constexpr int HearMs = 10000;
 
@@ -42,7 +42,7 @@ void CheckLinkWhileOff(Examination& run) {
                            std::to_string(sent.ms) + " ms");
 }
 
-// Two scans: one runs when the radio is switched off, one is started while it is off.
+// Two scans: one runs when the radio is switched off, the other starts while it is off.
 class Scans {
   public:
     explicit Scans(Examination& examined)

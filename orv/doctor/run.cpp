@@ -17,11 +17,11 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 
 constexpr milliseconds PollTime{50};
-constexpr seconds SimulatedHangLimit{10};  // short, because waits take no real time
-constexpr seconds HangLimit{30};           // longer than a connect with its waits for locks
+constexpr seconds SimulatedHangLimit{10};  // short, because simulated waits take no real time
+constexpr seconds HangLimit{30};           // longer than a connect that also waits for locks
 constexpr seconds StopLimit{2};            // time for the steps to end after Ctrl-C
 
-// The run ignores these calls if a disconnect hangs: the disconnect and a send that it blocks.
+// Calls that may hang because a disconnect hangs: the disconnect and a send that it blocks.
 constexpr log::Function HeldByClose[] = {log::Function::Disconnect, log::Function::Send};
 
 struct Step {

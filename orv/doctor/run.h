@@ -1,4 +1,4 @@
-// Runs all steps.
+// Runs all steps of orv doctor.
 #pragma once
 
 #include <memory>
@@ -7,7 +7,7 @@
 
 namespace orv::doctor {
 
-// Returns after the last step, Ctrl-C, or a call that hangs. Stores why checks were not tested.
+// Returns after the last step or Ctrl-C, or if a call hangs. Stores why checks were not tested.
 void Perform(const std::shared_ptr<Examination>& run);
 
 }  // namespace orv::doctor

@@ -12,7 +12,7 @@ namespace {
 constexpr int PollMs = 50;
 constexpr int PollsPerQuestion = 4;
 constexpr int ScanMs = 3000;
-constexpr int LongestScanMs = 10000;  // limit if no device is received
+constexpr int LongestScanMs = 10000;  // maximum duration if no device is heard
 constexpr int RadioReturnMs = 10000;
 constexpr int WeakestSignal = -126;
 constexpr int StrongestSignal = 20;
@@ -22,7 +22,7 @@ bool HasValues(const DiscoveredDevice& device) {
            !DataText(device).empty();
 }
 
-// Checks the listed devices. Stores the first name and the latest state of each.
+// Checks the listed devices. Stores the first name and the latest record of each.
 class Listing {
   public:
     explicit Listing(Findings& written) : findings(written) {}
@@ -39,7 +39,7 @@ class Listing {
 
     Findings& findings;
     std::map<BluetoothAddress, DiscoveredDevice> latest;
-    std::map<BluetoothAddress, std::string> names;  // the first name of each device
+    std::map<BluetoothAddress, std::string> names;
     std::optional<std::int64_t> firstMs;
     int weakest = StrongestSignal;
     int strongest = WeakestSignal;

@@ -7,7 +7,7 @@ namespace orv::doctor {
 
 class ScopedLink {
   public:
-    // Connects. After a failure, connects again if a second attempt can show the cause.
+    // Connects. After a failure, may retry to find the cause.
     explicit ScopedLink(Examination& run);
     ~ScopedLink();
     ScopedLink(const ScopedLink&) = delete;
@@ -19,7 +19,7 @@ class ScopedLink {
     // Disconnects on a separate thread, because the call may hang. For `alone`, see MadeCall.
     void Close(bool alone = true);
 
-    // Returns whether the call failed after about 2000 ms, the limit of each wait.
+    // Returns whether the call failed after about 2000 ms, the library's timeout.
     static bool IsTimeout(const MadeCall& call);
 
   private:

@@ -16,7 +16,7 @@ using State = std::array<std::uint32_t, 8>;
 constexpr std::size_t BlockBytes = 64;
 constexpr int Rounds = 64;
 
-// Returns the first 32 bits of the fractional parts of the roots of the first primes.
+// Returns the first 32 bits of the fractional parts of the roots of the first `Count` primes.
 template <std::size_t Count>
 std::array<std::uint32_t, Count> FractionsOfPrimes(long double (*root)(long double)) {
     std::array<std::uint32_t, Count> fractions{};

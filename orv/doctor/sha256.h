@@ -6,7 +6,7 @@
 
 namespace orv::doctor {
 
-// Returns 64 hexadecimal digits.
+// Returns the hash as 64 hexadecimal digits.
 std::string Sha256(std::string_view bytes);
 
 }  // namespace orv::doctor

@@ -1,5 +1,5 @@
-// The clock and the radio switch. A simulated library provides both, so that a run waits neither
-// for real time nor for a person.
+// The clock and the radio switch. The simulated library provides both, so that a run need not wait
+// for real time or a person.
 #pragma once
 
 #include <cstdint>

@@ -11,8 +11,8 @@ std::string Name();
 // Returns whether the documents list this system as supported.
 bool IsSupported();
 
-// Calls `body` on a new thread in a single-threaded apartment. Returns false without a call if the
-// system has no apartments.
+// Calls `body` on a new thread in a single-threaded COM apartment. If that is not possible, returns
+// false without calling it.
 bool RunInApartment(const std::function<void()>& body);
 
 }  // namespace orv::doctor::system

@@ -11,7 +11,7 @@ namespace {
 
 constexpr DWORD OldestBuild = 15063;  // Windows 10 version 1703
 
-// Uses RtlGetVersion, because GetVersionEx reports an older version without a manifest.
+// Uses RtlGetVersion, because GetVersionEx reports an older version to programs without a manifest.
 RTL_OSVERSIONINFOW Version() {
     RTL_OSVERSIONINFOW version{};
     version.dwOSVersionInfoSize = sizeof version;

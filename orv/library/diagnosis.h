@@ -5,8 +5,8 @@
 
 namespace orv {
 
-// Returns what is missing and the command that helps, as the end of a message. Call it if the
-// library for a real radio reports that Bluetooth is not available.
+// Returns what is missing and which command helps, as the end of a message. Call it only with the
+// library for a real radio, if Bluetooth is not available.
 std::string WhyNotAvailable();
 
 }  // namespace orv

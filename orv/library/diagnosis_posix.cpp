@@ -1,4 +1,4 @@
-// Asks the Bluetooth daemon of Linux, as the library for a real radio does.
+// Asks the Linux Bluetooth daemon why Bluetooth is not available.
 #include <systemd/sd-bus.h>
 
 #include <cerrno>
@@ -21,7 +21,7 @@ std::string WhyNoAnswer(std::string_view error) {
            "`sudo apt install bluez` if it is not installed";
 }
 
-// Returns why no radio is on, according to the reply of GetManagedObjects.
+// Returns why no radio is on, according to the daemon's reply to GetManagedObjects.
 std::string WhyNoRadio(sd_bus_message* reply) {
     bool hasAdapter = false;
     const char* name = nullptr;

@@ -79,8 +79,7 @@ std::filesystem::path Library::LogFile() const {
     return file.parent_path() / PathOf(TextOf(file.filename()) + ".log");
 }
 
-// Renames the previous log, which may be the only evidence of a failure. Returns its new name or an
-// empty path.
+// Returns the new path of the log, or an empty path if there was no log.
 std::filesystem::path Library::KeepLog() const {
     const std::filesystem::path log = LogFile();
     std::error_code error;

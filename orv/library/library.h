@@ -1,4 +1,4 @@
-// The functions and the file of the library that orv has loaded.
+// The library that orv has loaded.
 #pragma once
 
 #include <cstdint>
@@ -16,8 +16,8 @@ namespace orv {
 std::filesystem::path PathOf(std::string_view text);
 std::string TextOf(const std::filesystem::path& path);
 
-// Calls the functions of the library and returns their results. While the log is on, each call adds
-// a line with its result and duration.
+// Calls the library's functions. While the log is on, each call adds a log line with its result and
+// duration.
 class Library {
   public:
     // Throws a Problem if the file cannot be loaded or lacks a function.
@@ -31,12 +31,12 @@ class Library {
         return reinterpret_cast<Function*>(module::Find(handle, name));
     }
 
-    // Uses simulated time if `simulatedTime` is set and the library has it. If it throws a Problem,
-    // nothing has changed.
+    // Uses simulated time if `simulatedTime` is set and the library supports it. Changes nothing if
+    // it throws a Problem.
     void PlayScenario(const std::filesystem::path& scenario, bool simulatedTime) const;
 
-    // Switches the log on. Renames the previous log, which would be emptied. Returns its new name
-    // or an empty path. Throws a Problem if the log cannot be written.
+    // Switches the log on. First renames an earlier log and returns its new path, or an empty path.
+    // Throws a Problem if the log cannot be written.
     std::filesystem::path EnableLog();
     std::filesystem::path LogFile() const;
 
@@ -79,7 +79,7 @@ class Library {
     decltype(&OrvDevice_Flush) flush = nullptr;
     decltype(&Logging_Enable) loggingEnable = nullptr;
     decltype(&Logging_AppendLine) appendLine = nullptr;
-    // Null if the library does not export them.
+    // Null if the library lacks them.
     std::int32_t (*playScenario)(const char*, std::int32_t, char*, std::int32_t) = nullptr;
     const char* (*worldVersion)() = nullptr;
 };

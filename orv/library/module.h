@@ -1,4 +1,4 @@
-// Loads a library, and finds the files of modules.
+// Loads a library and finds its functions, version and file.
 #pragma once
 
 #include <filesystem>
@@ -20,7 +20,7 @@ void* Find(Handle module, const char* name);
 
 std::filesystem::path FileOf(Handle module, const std::filesystem::path& loadedAs);
 
-// Returns the version in a module's file, or an empty text if it has none.
+// Returns the version of a module, or an empty text if its file has none.
 std::string VersionOf(Handle module, const std::filesystem::path& file);
 
 std::filesystem::path OwnFolder();

@@ -22,7 +22,7 @@ std::filesystem::path FileOf(Handle, const std::filesystem::path& loadedAs) {
     return std::filesystem::canonical(loadedAs);
 }
 
-// Returns the version after ".so." in the file name, such as libquelvixwinlib.so.1.0.0.
+// Returns the version at the end of a file name such as libquelvixwinlib.so.1.0.0.
 std::string VersionOf(Handle, const std::filesystem::path& file) {
     const std::string name = file.filename().string();
     const std::size_t end = name.find(".so.");

@@ -31,7 +31,7 @@ std::string SystemMessage(DWORD error) {
 
 }  // namespace
 
-// Loads the DLL by its full path, and the DLLs that it needs from the system's directory only.
+// Loads the DLL by its full path, and the DLLs that it needs only from the system's directory.
 Handle Load(const std::filesystem::path& file, std::string& error) {
     const std::filesystem::path path = std::filesystem::absolute(file).make_preferred();
     const HMODULE module = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
@@ -49,11 +49,11 @@ std::filesystem::path FileOf(Handle module, const std::filesystem::path&) {
     return FileNameOf(static_cast<HMODULE>(module));
 }
 
-// Reads the loaded module, because Windows may load VERSION.dll from the program's directory, where
-// anybody could place it.
+// Does not use VERSION.dll, which Windows may load from the program's directory, where anybody
+// could place it.
 std::string VersionOf(Handle handle, const std::filesystem::path&) {
     const auto module = static_cast<HMODULE>(handle);
-    // The resource begins with three words and the key "VS_VERSION_INFO", padded to 4 bytes.
+    // VS_FIXEDFILEINFO follows three 16-bit words and the key "VS_VERSION_INFO", padded to 4 bytes.
     constexpr std::size_t FactsAt = 40;
     constexpr WORD VersionResource =
         16;  // RT_VERSION; the macro may have the type for narrow strings

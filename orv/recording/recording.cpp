@@ -16,18 +16,18 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr std::size_t LargestNotification = 244;
-constexpr int ServiceData = 22;  // type of an advertisement's section with values
-// Limits of the events. A playable scenario has at most 64 MiB and 2,000,000 values, including its
-// devices.
+constexpr int ServiceData = 22;  // section type of service data in an advertisement
+// Limits of the recorded events. A playable scenario has at most 64 MiB and 2,000,000 JSON values,
+// including its devices.
 constexpr std::size_t MostBytes = std::size_t{60} << 20;
 constexpr std::size_t MostValues = 1'900'000;
 constexpr std::string_view FamilyPrefix = "ORV";
 
-// Completes a character that was cut at the end of the name. The library cuts it again.
+// Completes a UTF-8 character that was cut at the end of the name. Playback cuts it again.
 std::string WholeName(std::string_view name) {
     std::string whole(name);
     for (std::size_t left = UnfinishedBytes(whole) > 0 ? 3 : 0; left > 0; --left) {
-        // After these lead bytes, 0x80 is not valid.
+        // After these lead bytes, 0x80 is not a valid second byte.
         const auto last = static_cast<unsigned char>(whole.back());
         whole += last == 0xE0 || last == 0xF0 ? '\xA0' : '\x80';
         if (UnfinishedBytes(whole) == 0) {
@@ -72,7 +72,7 @@ std::string Text(const Json& json) {
     return json.dump(-1, ' ', true, Json::error_handler_t::replace);
 }
 
-// Ignores failures, because another one may be reported.
+// Ends a recording in its destructor, which must not throw.
 template <typename Recording>
 void EndQuietly(Recording& recording) noexcept {
     try {
@@ -118,7 +118,7 @@ void RecordingFile::Flush() {
 }
 
 void RecordingFile::End(const std::vector<BluetoothAddress>& devices) {
-    // After a failure, the destructor must not end the recording again.
+    // Clears `file` first, so that the destructor does not end the recording again after a failure.
     const std::unique_ptr<OutputFile> ending = std::move(file);
     if (!ending) {
         return;
@@ -173,8 +173,7 @@ void ScanRecording::AddPacket(Content content, const DiscoveredDevice& device) {
 void ScanRecording::AddChange(const DiscoveredDevice* before, const DiscoveredDevice& now) {
     const std::string_view name = NameOf(now);
     if (!before && name.substr(0, FamilyPrefix.size()) != FamilyPrefix) {
-        // The library lists a device only after a name of the family. The device has changed it
-        // since.
+        // The library lists only devices that advertised a name of the family, so this name is new.
         AddPacket(Content::FamilyName, now);
     }
     const bool hasValues = before ? !HaveSameValues(*before, now)

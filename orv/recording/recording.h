@@ -1,8 +1,8 @@
 // Records a scan or a conversation as a scenario for the simulated world.
 //
-// A host polls the latest record of a device and a stream of bytes. So a recording lacks packets
-// that changed nothing or arrived between two polls, devices of other families, sent bytes, and the
-// ends of notifications.
+// A host polls only the latest record of each device and its stream of bytes. So a recording lacks
+// packets that changed nothing or arrived between two polls, devices of other families, sent bytes,
+// and the boundaries of notifications.
 #pragma once
 
 #include <chrono>
@@ -30,8 +30,8 @@ class RecordingFile {
 
     bool IsOpen() const { return file != nullptr; }
     void Begin(const char* title, const char* about);
-    // Adds an event at `at` ms that contains `values` JSON values. Ignores the event if a limit was
-    // reached before.
+    // Adds an event at `at` ms that contains `values` JSON values. Ignores it if the file has
+    // reached a limit.
     void Add(const std::string& event, std::size_t values, std::int64_t at);
     void Flush();
     // Adds the devices and renames the file to `name`. Throws a Problem if a limit was reached.
@@ -53,7 +53,7 @@ class RecordingClock {
     std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
 };
 
-// The destructors of both recordings complete the file, even after a failure.
+// Like TalkRecording, completes the file in its destructor, even after a failure.
 class ScanRecording {
   public:
     explicit ScanRecording(RecordingFile& recordingFile);

@@ -1,4 +1,4 @@
-// Writes the page with its scripts and styles as C++.
+// Converts the report page with its scripts and styles to C++.
 //
 // Usage: node build.mjs SOURCE_FOLDER UPLOT_FOLDER OUTPUT.cpp
 import { createHash } from "node:crypto";
@@ -29,7 +29,8 @@ const page = read(source, "page.html")
     .replace("{{script}}", () => script);
 const [before, after] = page.split("{{data}}");
 
-// Divides the page into string literals that every compiler accepts, but never within a character.
+// Divides a text into string literals that are short enough for every compiler, never within a
+// character.
 const pieces = (text) => {
     const characters = Array.from(text);
     const made = [];

@@ -1,4 +1,5 @@
-// The lanes of the timeline. A bar is as long as its call; bars of events show their number.
+// The lanes of the timeline. A call's bar is as long as the call; the height of an event bar shows
+// the number of events.
 
 const laneHeight = 34;
 const stateColours = ["--ok", "--failed", "--unknown"];
@@ -20,8 +21,7 @@ function drawDensity(chart, lane, box, counts, fill) {
     const last = Math.min(counts.length - 1, Math.floor(max / data.binMs));
     for (let bin = Math.max(0, Math.floor(min / data.binMs)); bin <= last; bin++) {
         if (counts[bin] === 0) continue;
-        // Rounds to whole pixels, so the edge of a bar does not mix with the colour of the bar
-        // below.
+        // Rounds to whole pixels, so that the colours of stacked bars do not mix.
         const left = Math.floor(chart.valToPos(bin * data.binMs, "x", true));
         const right = Math.ceil(chart.valToPos((bin + 1) * data.binMs, "x", true));
         // A minimum height keeps a single event visible beside a bin of thousands.

@@ -1,4 +1,4 @@
-// Fills the page with the data that it contains.
+// Draws the page from the JSON data that it contains.
 
 const data = JSON.parse(document.getElementById("data").textContent);
 

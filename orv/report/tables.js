@@ -1,4 +1,4 @@
-// Tables of facts, notes, failures and devices. Text of a log is inserted as text, never as markup.
+// Tables of facts, notes, failures and devices. Text from the log is never inserted as HTML.
 
 function element(name, text, className) {
     const made = document.createElement(name);
@@ -34,7 +34,7 @@ function fillFacts() {
     }
 }
 
-// Returns a button with a time. A click zooms the charts to this time.
+// Returns a button that zooms the charts to a time.
 function timeLink(time, words) {
     const link = element("button", words, "link");
     link.addEventListener("click", () => {

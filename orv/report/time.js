@@ -34,7 +34,7 @@ function timeMarks(chart, axis, min, max, step) {
     return marks;
 }
 
-// Possible distances of marks in ms.
+// Possible distances between marks of a time axis, in ms.
 const timeSteps = [1, 2, 5, 10, 20, 50, 100, 200, 500].concat(
     [1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600, 7200, 14400, 28800, 86400].map((s) => s * 1000),
     [2, 5, 10, 20, 50, 100].map((days) => days * 86400000),

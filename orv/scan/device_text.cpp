@@ -13,12 +13,12 @@ namespace {
 
 constexpr std::uint8_t Unset = 0xFF;
 
-// The signs that begin a formula in a spreadsheet, with their full-width and small forms.
+// Signs that begin a formula in a spreadsheet, with their Unicode variants.
 constexpr std::u32string_view FormulaSigns = U"=+-@|%＝＋－＠｜％﹦﹢﹣﹫﹪⁼⁺⁻₌₊₋−";
 
-// Writes a field of a CSV line. A spreadsheet may split the field at any character that is not
-// a letter or digit, even in quotes. So an apostrophe precedes each sign that could then begin a
-// formula.
+// Writes a field of a CSV line. A spreadsheet may split it at any character that is not a letter or
+// digit, even in quotes. So an apostrophe precedes each sign that could begin a formula after a
+// split.
 std::string CsvText(std::string_view text) {
     const std::string shown = Printable(text);
     std::string field = "\"";

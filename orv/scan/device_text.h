@@ -13,12 +13,12 @@ std::string_view NameOf(const DiscoveredDevice& device);
 
 // Returns two hexadecimal digits, or an empty text if no scan response has set the value.
 std::string ValueText(std::uint8_t value);
-// Returns the 16 bytes as hexadecimal digits, without zeros at the end.
+// Returns the 16 bytes of value 1118 as hexadecimal digits, without zeros at the end.
 std::string DataText(const DiscoveredDevice& device);
 
 std::string HexText(std::string_view bytes);
 
-// Returns an array of objects in ASCII. Other characters are escaped; bytes that are not UTF-8
+// Returns a JSON array of objects in ASCII, with other characters escaped. Bytes that are not UTF-8
 // become U+FFFD.
 std::string JsonOf(const std::vector<DiscoveredDevice>& devices);
 

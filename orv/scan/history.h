@@ -1,4 +1,4 @@
-// Stores earlier records of the devices in a scan.
+// Stores the latest name, signals and change of each device in a scan.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +18,7 @@ class ScanHistory {
     // Call this at each poll. A changed record counts as a new packet, because nearly every packet
     // changes the signal strength.
     void Add(const std::vector<DiscoveredDevice>& devices, double second);
-    // Adds a bar for each device.
+    // Adds the current signal strength of each device.
     void AddSignals(const std::vector<DiscoveredDevice>& devices);
 
     // Returns bars for the latest signal strengths, oldest first.

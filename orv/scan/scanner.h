@@ -11,13 +11,13 @@ using Devices = std::vector<DiscoveredDevice>;
 
 class Scanner {
   public:
-    // Starts scanning. Throws a Problem if the system rejects it.
+    // Starts scanning. Throws a Problem if the system rejects the scan.
     explicit Scanner(Library& library);
     ~Scanner();
     Scanner(const Scanner&) = delete;
     Scanner& operator=(const Scanner&) = delete;
 
-    // Starts a new scan, because switching off the radio has ended the previous one.
+    // Starts a new scan after the radio was off, which ended the previous scan.
     void Restart();
     void Stop();
 

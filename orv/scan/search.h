@@ -16,7 +16,7 @@ extern const char* const DeviceForms;
 
 constexpr int SearchSeconds = 10;
 
-// Returns whether a text is an address or a name of the family.
+// Returns whether a text is an address or a name that begins with ORV.
 bool IsDevice(std::string_view text);
 // Throws a Problem if a text names no device or two texts name the same one.
 void CheckDevices(const std::vector<std::string>& texts);
@@ -29,8 +29,8 @@ BluetoothAddress FindDevice(Library& library, const std::string& text);
 
 // Scans until the device advertises. Returns nothing after SearchSeconds.
 std::optional<DiscoveredDevice> SearchDevice(Library& library, BluetoothAddress address);
-// Does the same without output, on any thread. Also returns nothing if `isStopped` returns true or
-// the system rejects the scan.
+// Like SearchDevice, but without output and on any thread. Also returns nothing if `isStopped`
+// returns true or the scan is rejected.
 std::optional<DiscoveredDevice> SearchSilently(Library& library, BluetoothAddress address,
                                                const std::function<bool()>& isStopped);
 

@@ -8,8 +8,7 @@ namespace orv {
 
 // Returns a length from 0 to `full` for a signal strength in dBm.
 inline std::size_t SignalShare(int signal, std::size_t full) {
-    // dBm of an empty and of a full bar: about the weakest signal that a radio receives, and the
-    // signal of a near device.
+    // In dBm: about the weakest signal that a radio receives, and the signal of a near device.
     constexpr int Weakest = -100;
     constexpr int Strongest = -40;
     const int clamped = std::clamp(signal, Weakest, Strongest) - Weakest;

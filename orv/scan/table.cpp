@@ -35,7 +35,7 @@ struct Column {
     const char* title;
     std::size_t width;
     int importance;       // columns with smaller numbers are added first
-    TableKind leastKind;  // first kind of table that has this column
+    TableKind leastKind;  // this and later kinds of table have the column
     std::string (*text)(const DiscoveredDevice&, const ScanHistory&);
 };
 
@@ -73,7 +73,7 @@ constexpr std::size_t Count = std::size(Columns);
 
 using Row = std::vector<std::string>;
 
-// Divides the width of the terminal among the table's columns. The width 0 omits a column.
+// Divides the width of the terminal among the table's columns. A column of width 0 is omitted.
 class Layout {
   public:
     explicit Layout(std::size_t columns) : left(columns) {}
@@ -113,7 +113,7 @@ class Layout {
     bool isFirst = true;
 };
 
-// Adds columns without values only if the longest name leaves enough room.
+// Includes a column without values only if the longest name leaves enough room.
 std::vector<std::size_t> Widths(const std::vector<Row>& rows, std::size_t columns, TableKind kind) {
     const auto isEmpty = [&](std::size_t column) {
         return std::all_of(rows.begin(), rows.end(),

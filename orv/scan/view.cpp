@@ -37,7 +37,7 @@ std::string Seconds(double seconds) {
     return text;
 }
 
-// Draws a table again and again at the same place of a terminal.
+// Redraws a table at the same place of a terminal.
 class LiveTable : public ScanView {
   public:
     void Show(const ScanState& state) override {
@@ -77,7 +77,7 @@ class LiveTable : public ScanView {
     double nextMs = 0;
 };
 
-// Each second, prints a line for each device that has changed or is gone. Used without a terminal.
+// Each second, prints the devices that have changed or are gone. Used if the output is no terminal.
 class ChangeLines : public ScanView {
   public:
     void Show(const ScanState& state) override {

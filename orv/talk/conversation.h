@@ -19,20 +19,20 @@ struct ConversationOptions {
     std::size_t block;    // maximum number of bytes in a write
     std::string lineEnd;  // appended to each line that is sent
     bool hex = false;     // input and output are hexadecimal digits
-    double seconds = 1;   // time to wait for answers after the end of a pipe
+    double seconds = 1;   // time to wait for answers after the end of piped input
 };
 
 class Conversation {
   public:
     Conversation(Link& link, const ConversationOptions& options, TalkRecording& recording);
 
-    // Runs until the end of the input or Ctrl-C. After the end of a pipe, waits for answers.
+    // Runs until the end of the input or Ctrl-C. After the end of piped input, waits for answers.
     Counters Run();
 
   private:
     // Sends the lines that were entered. Returns true if the input has ended.
     bool TakeInput();
-    // Returns the lines of a pipe without LF or CRLF. Omits lines that are too long.
+    // Returns the lines of piped input without LF or CRLF. Omits lines that are too long.
     std::vector<std::string> TakeLines(const std::string& bytes, bool ended);
     void Send(const std::string& line);
     void Refuse(const char* why);
@@ -46,7 +46,7 @@ class Conversation {
     std::optional<terminal::RawInput> raw;
     Input input{terminal::ReadInput};
     LineEditor editor;
-    std::string unfinished;  // incomplete last line of a pipe
+    std::string unfinished;  // incomplete last line of piped input
     bool isTooLong = false;  // the beginning of `unfinished` was discarded
     Counters counters;
 };

@@ -1,7 +1,7 @@
 // The line that the user types while other lines appear above it.
 //
-// This is no library, because readline (GPL) and libedit do not exist for Windows, Debian has no
-// line editor for MinGW, and none supports counters before the line while other lines are printed.
+// No library fits: readline (GPL) and libedit do not exist for Windows, Debian has no line editor
+// for MinGW, and none supports counters before the line while other lines are printed.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// Shows a conversation: permanent lines and, on a terminal below them, the counters and the typed
-// line.
+// Shows a conversation as permanent lines and, on a terminal, the counters and the typed line
+// below.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ struct Counters {
 
 class Screen {
   public:
-    // If `hex` is set, shows bytes as hexadecimal digits and letters. If `interactive` is set, a
+    // If `hex` is set, shows bytes as hexadecimal digits and as letters. If `interactive` is set, a
     // user types on a terminal.
     Screen(bool hex, bool interactive);
     ~Screen();
@@ -40,7 +40,7 @@ class Screen {
 
     bool hex;
     bool interactive;
-    std::string unfinished;  // an incomplete character
+    std::string unfinished;  // incomplete received character
     std::string prompt;
 };
 

@@ -1,4 +1,4 @@
-// Lines that are drawn again at the same place of a terminal.
+// Lines that are redrawn at the same place of a terminal.
 #pragma once
 
 #include <cstddef>

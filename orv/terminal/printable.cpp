@@ -43,7 +43,7 @@ std::size_t ColumnsOf(char32_t code) {
     return IsIn(Combining, code) ? 0 : IsIn(Wide, code) ? 2 : 1;
 }
 
-// Returns the number of bytes of a character that begins with `lead`, or 0.
+// Returns the length of a UTF-8 character that begins with `lead`, or 0 if none does.
 std::size_t LengthFor(unsigned char lead) {
     return lead < 0x80   ? 1
            : lead < 0xC2 ? 0

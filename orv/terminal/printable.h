@@ -8,8 +8,8 @@
 
 namespace orv {
 
-// The first character of a text and its length in bytes. A byte that begins no character becomes
-// U+FFFD, with the length 1.
+// The first character of a text and its length in bytes. A byte that does not begin a character
+// becomes U+FFFD, with the length 1.
 struct Character {
     char32_t code;
     std::size_t bytes;
@@ -19,11 +19,10 @@ Character FirstCharacter(std::string_view text);
 void AppendUtf8(std::string& text, char32_t code);
 
 // Returns valid UTF-8 for one line of a terminal. Escapes control characters, line ends and
-// characters that change the writing direction: \x1B, \u202E. Replaces bytes that are not UTF-8
-// with U+FFFD. Does not escape backslashes, so the text cannot be converted back.
+// characters that change the writing direction, for example to \x1B or \u202E. Bytes that are not
+// UTF-8 become U+FFFD. Backslashes are not escaped, so the text cannot be converted back.
 std::string Printable(std::string_view text);
 
-// Returns the number of terminal columns that the text needs.
 std::size_t ColumnsOf(std::string_view printable);
 
 // Cuts or fills the text to exactly `columns`. A cut text ends with "…".

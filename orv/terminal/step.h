@@ -10,7 +10,7 @@
 
 namespace orv::terminal {
 
-// Shows a line on a terminal until it is destroyed. Without a terminal, shows nothing.
+// Shows the line of a step until this object is destroyed. Shows nothing without a terminal.
 class StepLine {
   public:
     // `step` is printable, such as "connecting to A0:B1:C2:D3:E4:F5".
@@ -20,7 +20,7 @@ class StepLine {
     StepLine& operator=(const StepLine&) = delete;
 
     void Show();
-    // Replaces the line by a message on the standard error.
+    // Replaces the line with a message on the standard error.
     void Say(const std::string& message);
     double Seconds() const;
 
@@ -33,8 +33,8 @@ class StepLine {
     std::optional<LiveLines> live;
 };
 
-// Runs a blocking call on another thread until it ends. Shows the step during the call, and reports
-// the first interrupt at once.
+// Runs a blocking call on another thread and waits for its end. Shows the step meanwhile, and the
+// first interrupt at once.
 void Await(const std::string& step, int limitSeconds, const std::function<void()>& call);
 
 }  // namespace orv::terminal

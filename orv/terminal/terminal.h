@@ -1,4 +1,4 @@
-// The terminal of this program.
+// Input, output and interrupts of the terminal.
 #pragma once
 
 #include <cstddef>
@@ -31,7 +31,7 @@ const char* Interruption();
 // Waits. Returns false at once if there is or was an interrupt.
 bool Pause(int milliseconds);
 
-// While it exists, the system does not show typed characters and does not buffer them by line.
+// While this object exists, the system does not show typed characters or buffer them by line.
 class RawInput {
   public:
     RawInput();
@@ -40,7 +40,7 @@ class RawInput {
     RawInput& operator=(const RawInput&) = delete;
 };
 
-// Waits for input and returns it, typed input as UTF-8. Returns nothing at its end.
+// Waits for input and returns it; typed input is UTF-8. Returns nothing at the end of the input.
 std::optional<std::string> ReadInput();
 
 // Writes the whole text to the standard output, without buffering.

@@ -13,12 +13,12 @@ namespace orv::terminal {
 
 namespace {
 
-volatile sig_atomic_t interrupted = 0;  // number of the received signal
+volatile sig_atomic_t interrupted = 0;  // number of the received signal, or 0
 
 termios before;
 volatile sig_atomic_t isRaw = 0;
 
-// The second interrupt restores the terminal and ends the program at once, because a call may never
+// The second interrupt restores the terminal and ends the program, because a pending call may never
 // return.
 void OnSignal(int number) {
     if (interrupted) {
@@ -64,7 +64,7 @@ void CatchInterrupts() {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         sigaction(number, &action, nullptr);
     }
-    signal(SIGPIPE, SIG_IGN);  // makes a write to a closed pipe fail instead
+    signal(SIGPIPE, SIG_IGN);  // a write to a closed pipe fails instead of ending the program
 }
 
 bool IsInterrupted() {

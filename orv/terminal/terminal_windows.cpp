@@ -2,7 +2,7 @@
 #include <io.h>
 #include <stdio.h>
 #include <windows.h>
-// Must follow windows.h.
+// Must be included after windows.h.
 #include <shellapi.h>
 
 #include <atomic>
@@ -27,7 +27,7 @@ std::string Utf8(const wchar_t* text, int length) {
     return bytes;
 }
 
-// The system handles the second interrupt and ends the program at once, because a call may never
+// The system handles the second interrupt and ends the program, because a pending call may never
 // return.
 BOOL WINAPI OnControl(DWORD event) {
     return interrupted.exchange(event) == NotInterrupted;
@@ -101,8 +101,7 @@ const char* Interruption() {
 RawInput::RawInput() {
     isRaw = GetConsoleMode(Input(), &before) != 0;
     if (isRaw) {
-        // With virtual terminal input, cursor keys send the same sequences as on other systems. An
-        // old console rejects it.
+        // An old console rejects this mode.
         const DWORD raw = before & ~static_cast<DWORD>(ENABLE_LINE_INPUT | ENABLE_ECHO_INPUT);
         if (!SetConsoleMode(Input(), raw | 0x0200 /* virtual terminal input */)) {
             SetConsoleMode(Input(), raw);

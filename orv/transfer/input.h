@@ -11,7 +11,7 @@
 
 namespace orv {
 
-// Reads on its own thread, which waits while much is queued, so that a pipe's writer waits, too.
+// Reads on its own thread, which waits while the queue is full, so that a pipe's writer waits, too.
 // The destructor does not end a pending read, because some reads cannot be interrupted.
 class Input {
   public:

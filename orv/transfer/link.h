@@ -1,4 +1,4 @@
-// An open link to a device, from connect to disconnect.
+// A link to a device, from connect to disconnect.
 #pragma once
 
 #include <cstdio>
@@ -12,9 +12,9 @@ namespace orv {
 
 class Link {
   public:
-    // Connects. If the connect is rejected at once, scans for the device and connects again,
-    // because the system rejects a device that it has never received. Throws a Problem if no radio
-    // is on, if connecting fails, or after an interrupt.
+    // Connects. If the system rejects a device that it has never received, scans for it and
+    // connects again. Throws a Problem if no radio is on, if connecting fails, or after an
+    // interrupt.
     Link(Library& library, BluetoothAddress address);
     // Disconnects, which may never return.
     ~Link();

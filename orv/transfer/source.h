@@ -1,4 +1,4 @@
-// Reads the bytes of a file or a pipe while they are sent.
+// Reads the bytes to send from a file or a pipe.
 #pragma once
 
 #include <atomic>
