@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Converts the facts of the runtime's binary interface in windows_runtime.tsv to C++ rows. A row
-compares a fact with src/platform/abi.
+"""Converts windows_runtime.tsv, the facts of the Windows Runtime's binary interface, to C++ rows.
+Each row compares a fact with src/platform/abi.
 
 Usage: generate_facts.py TABLE OUTPUT HEADER...
 
@@ -11,7 +11,7 @@ import re
 import sys
 import uuid
 
-# The test compares generic interfaces with these arguments.
+# The test instantiates generic interfaces with these type arguments.
 ARGUMENTS = {"T": "Radio", "S": "GattCharacteristic", "A": "GattValueChangedEventArgs"}
 
 
@@ -30,8 +30,8 @@ def instantiated(name):
 
 def parameter_type(parameter):
     declared = parameter.rpartition(" ")[0]
-    # The table writes senders and arguments as pointers to their classes, but elements as plain
-    # names. Abi<> converts each to the type that is passed.
+    # The table names senders and arguments as class pointers (S*, A*), but list elements as plain
+    # T. Abi<> converts both to the type that the function receives.
     if re.fullmatch(r"[SA]\*", declared):
         declared = "Abi<%s>" % declared[0]
     return instantiated(re.sub(r"^T\b", "Abi<T>", declared))
@@ -61,7 +61,7 @@ def generate(rows):
             interfaces[name] = [first_free[row["base_or_interface"]], row["iid"]]
         elif row["kind"] == "method":
             interfaces[name][0] = max(interfaces[name][0], int(value) + 1)
-            # orv:: avoids argument-dependent lookup, which needs complete types: some types are only
+            # The prefix orv:: avoids argument-dependent lookup, which fails for types that are only
             # declared.
             tables["Slot"].append('orv::SlotRow("%s", "%s", %s, &%s::%s, Same<%s>())' % (
                 name, member, value, name, member, function_type(name, member, row["detail"])))
@@ -73,7 +73,7 @@ def generate(rows):
             classes.update(re.findall(r"rc\(([A-Za-z.]+);\{([0-9a-f-]+)\}\)", row["detail"]))
     for name, (slots, iid) in interfaces.items():
         tables["Interface"].append('{"%s", %d, SlotCount<%s>()}' % (name, slots, name))
-        # A generic interface has no identifier. Only its instances have one.
+        # Only the instances of a generic interface have identifiers.
         if "<" not in name:
             tables["Identifier"].append('{"%s", %s, IidOf<%s>}' % (name, guid(iid), name))
     for full, iid in classes.items():

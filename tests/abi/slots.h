@@ -1,4 +1,4 @@
-// Determines the slot that the compiler chose for a virtual function of src/platform/abi.
+// Determines the vtable slot that the compiler chose for a virtual function of src/platform/abi.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,8 @@
 
 namespace orv {
 
-// A pointer to a virtual member contains the offset of its slot in the table, plus one. Callers
-// write orv::SlotOf to avoid argument-dependent lookup, which would need complete types.
+// A pointer to a virtual function contains the byte offset of its vtable slot, plus one. Callers
+// write orv::SlotOf to avoid argument-dependent lookup, which needs complete types.
 template <typename Member>
 int SlotOf(Member member) {
     std::ptrdiff_t words[2];
@@ -17,7 +17,7 @@ int SlotOf(Member member) {
     return static_cast<int>((words[0] - 1) / static_cast<std::ptrdiff_t>(sizeof(void*)));
 }
 
-// Adds a virtual function after those of `Interface`; its slot is the number of slots before it.
+// Appends a virtual function, whose slot index is the number of slots of `Interface`.
 template <typename Interface>
 struct Extended : Interface {
     virtual std::int32_t BehindTheLastSlot() = 0;

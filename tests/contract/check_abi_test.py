@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Checks that check_abi reports a removed function, a moved field and a changed argument, in the layout
-and, if abidiff is installed, in debug information.
+"""Checks that tools/check_abi finds a removed function, a moved field and a changed argument in the
+layout file and, if abidiff is installed, in debug information.
 
 Usage: check_abi_test.py CHECK_ABI LAYOUT INCLUDE FOLDER
 """

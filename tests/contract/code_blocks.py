@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Checks that a test runs every code block of the documents. This script plays blocks with JSON as
-scenarios. Other tests run the programs and commands of each DOCUMENT. Blocks marked `text` are no code.
+"""Checks that every code block in the documents is tested. This script plays JSON blocks as scenarios.
+Other tests run the programs and commands of each DOCUMENT. Blocks marked `text` are not code.
 
 Usage: code_blocks.py SOURCE LIBRARY DOCUMENT...
 """

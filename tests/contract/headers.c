@@ -1,5 +1,5 @@
-/* Compiles the public headers as C90, and compares each export with the type that hosts in other
- * languages declare. If a type has changed, this file does not compile. */
+/* Compiles the public headers as C90. Does not compile if an export has another type than hosts in
+ * other languages declare. */
 #include "quelvixwinlib.h"
 #include "quelvixwinlib_simulated.h"
 

@@ -4,8 +4,8 @@
 Usage: run_document.py SOURCE DOCUMENT LIBRARY FOLDER ATTEMPTS EXPECTED...
 
 A program is a code block after its file name, such as `host.c`; a command is a line of an sh block.
-The commands find the library under test in the directory of the demo's library. The n-th command must
-succeed and print text that matches the n-th EXPECTED.
+LIBRARY is copied to build/demo/simulated, where the commands expect it. The n-th command must succeed
+and print text that matches the n-th EXPECTED.
 """
 import pathlib
 import re

@@ -1,5 +1,5 @@
-// Tests the stamps of the diagnostics log, and in which cases the library writes lines. The
-// reference model tests the bytes of the lines.
+// Tests the time stamps of the diagnostics log, and when the library writes lines. The tests with
+// the reference model check the content of the lines.
 #include <algorithm>
 #include <ctime>
 #include <filesystem>
@@ -28,7 +28,7 @@ TEST_F(LogTest, StampIsTheLocalTime) {
     Append("now");
     const std::time_t last = std::time(nullptr);
     const std::string stamp = LogBytes().substr(0, 8);
-    // The stamp may be one second after `last`, because time() may lag behind the stamp's clock.
+    // The stamp may be one second later than `last`, because time() may lag behind the log's clock.
     while (localTime(second) != stamp && second <= last) {
         ++second;
     }
@@ -44,7 +44,7 @@ TEST_F(LogTest, StampFollowsSimulatedTime) {
         std::sscanf(line.c_str(), "%d:%d:%d.%d", &hour, &minute, &second, &millisecond);
         return ((hour * 60 + minute) * 60 + second) * 1000 + millisecond;
     };
-    constexpr int Step = 1301107;  // gives each digit many values
+    constexpr int Step = 1301107;  // gives each digit of the stamp many values
     for (int i = 0; i < 100; ++i) {
         Append("");
         OrvWorld_PassTime(Step);
@@ -55,7 +55,7 @@ TEST_F(LogTest, StampFollowsSimulatedTime) {
     for (int i = 1; i < 100; ++i) {
         const int passed =
             stamp(bytes.substr(static_cast<std::size_t>(i) * LineSize)) - stamp(bytes);
-        // Ignores whole hours, because the offset of the time zone may change meanwhile.
+        // Ignores whole hours, because daylight saving time may begin or end meanwhile.
         EXPECT_EQ((passed + 86400000) % 3600000, i * Step % 3600000) << i;
     }
 }
@@ -114,7 +114,7 @@ Lines WrittenBy(int writer) {
 }
 
 TEST_F(LogTest, WritersOnSeveralThreadsKeepLinesWhole) {
-    // Runs `other` in parallel to the writers.
+    // Runs `other` in parallel with the writers.
     const auto write = [](void (*other)()) {
         std::vector<std::thread> threads;
         threads.emplace_back(other);

@@ -1,4 +1,4 @@
-// Tests the log's file on a full disk and beside a deleted library.
+// Tests the log file if the disk is full, and if the library's file was deleted after loading.
 #include <dlfcn.h>
 #include <sys/resource.h>
 
@@ -63,7 +63,8 @@ TEST_F(LogFileTest, IsBesideADeletedLibrary) {
         void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(library, nullptr) << dlerror();
         const auto enable = reinterpret_cast<ResultCode (*)()>(dlsym(library, "Logging_Enable"));
-        // Linux adds " (deleted)" to the path of a deleted file, but a name may also end with it.
+        // Linux appends " (deleted)" to the path of a deleted file, but a real name may end so,
+        // too.
         const bool isGone = *name == '\0';
         if (isGone) {
             std::filesystem::remove(file);

@@ -1,4 +1,4 @@
-// Tests that every export first writes its trace line, with any arguments.
+// Tests that every export writes its trace line first, whatever its arguments are.
 #include <climits>
 #include <cstring>
 #include <string>
@@ -42,7 +42,7 @@ const Trace Traces[] = {
 
 using TraceTest = WorldTest;
 
-// Only one session and one link exist, so the library rejects other ids and addresses.
+// Only session 0 and one link exist, so the library rejects all other ids and addresses.
 TEST_F(TraceTest, EveryExportWritesOneLineAndRefusesWithoutACall) {
     ASSERT_EQ(OrvScanner_Initialize(), 0);
     ASSERT_EQ(OrvDevice_Connect(Address), 0);

@@ -12,7 +12,7 @@ constexpr const char* LinkCharacteristic = "fec26ec4-6d71-4442-9f81-55bc21d658d6
 
 const auto Connect = [] { return OrvDevice_Connect(Address); };
 
-// Returns the calls that close objects, in order and including failed calls.
+// Returns the names of the calls that close objects, in order and including failed calls.
 Lines Closes() {
     Lines closes;
     for (const std::string& call : Calls()) {
@@ -68,10 +68,10 @@ TEST_F(ConnectTest, DevicesWithoutTheServiceOrCharacteristicAreRefused) {
     ExpectCall(Connect, -1, {Trace, PlatformFailure});
     OrvWorld_AddService(Address, LinkCharacteristic);
     OrvWorld_AddCharacteristic(Address, 0, LinkCharacteristic);
-    ExpectCall(Connect, -1, {Trace, PlatformFailure});  // only another service exists
+    ExpectCall(Connect, -1, {Trace, PlatformFailure});  // only a wrong service exists
     const std::int32_t service = OrvWorld_AddService(Address, LinkService);
     OrvWorld_AddCharacteristic(Address, service, LinkService);
-    ExpectCall(Connect, -1, {Trace, PlatformFailure});  // only another characteristic exists
+    ExpectCall(Connect, -1, {Trace, PlatformFailure});  // only a wrong characteristic exists
     EXPECT_EQ(Closes(), (Lines{CloseDevice, CloseDevice, CloseService, CloseDevice}));
     ExpectNothingLeft();
     OrvWorld_AddCharacteristic(Address, service, LinkCharacteristic);

@@ -1,4 +1,4 @@
-// Tests OrvDevice_Disconnect: the order of its calls, and the exports that it blocks.
+// Tests the order of the platform calls in OrvDevice_Disconnect, and which exports wait for it.
 #include <thread>
 
 #include "support/world.h"
@@ -40,7 +40,7 @@ TEST_F(DisconnectTest, SwitchesOffThenClosesServiceAndDevice) {
     ExpectGone();
 }
 
-// OrvDevice_Disconnect closes objects without a timeout while it holds the links' lock.
+// OrvDevice_Disconnect holds the links' lock while it closes objects, which has no timeout.
 TEST_F(DisconnectTest, HangingCloseLeavesLogAndScannerUsable) {
     OrvWorld_Hang(CloseService);
     std::thread disconnecting([] { EXPECT_EQ(Disconnect(), 0); });

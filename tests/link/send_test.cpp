@@ -1,5 +1,5 @@
-// Tests OrvDevice_Send: it starts one write for each block, returns success if the write completes,
-// and holds the links' lock meanwhile.
+// Tests OrvDevice_Send: it starts one write for each call, returns success if the write completes,
+// and holds the links' lock until then.
 #include <string>
 #include <thread>
 
@@ -42,7 +42,8 @@ TEST_F(SendTest, BlocksOfAnySizeArriveUnchanged) {
     }
 }
 
-// Until the send times out, other link exports wait; all other exports return at once.
+// Until OrvDevice_Send times out, the other OrvDevice exports wait. All other exports return at
+// once.
 TEST_F(SendTest, BlocksOnlyLinkExportsWhileItWaits) {
     AddDevice(OtherAddress, "ORV-0043");
     ASSERT_EQ(OrvDevice_Connect(OtherAddress), 0);

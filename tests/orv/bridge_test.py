@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests orv bridge with simulated worlds: exact bytes, clients that misbehave, and lost links."""
+"""Tests `orv bridge` with simulated devices: exact bytes, clients that misbehave, and lost links."""
 import os
 import pathlib
 import random
@@ -31,7 +31,7 @@ class Bridge(Running):
         return self.shows(device + r" at (?:127.0.0.1:)?(\S+): ").group(1)
 
     def end(self):
-        """Ends the bridge, and returns its table: sent, received and lost bytes and lost links of each device."""
+        """Ends the bridge, and returns its final table: sent, received and lost bytes and lost links of each device."""
         self.process.send_signal(signal.SIGTERM)
         self.ends()
         rows = re.findall(r"^(\S+:\S+) +\S+ +(?:a program|\S+) +\w+ +(\d+) +(\d+) +(\d+) +(\d+)", self.shown, re.M)
@@ -74,7 +74,7 @@ class BridgeTest(WorldCase):
     worlds = {
         "echo": {"devices": [echoing(), {"address": SECOND, "echo": 1, "name": "ORV-0044", "interval": 20,
                                           "known": "OnceHeard"}]},
-        # A write from 300 to 2000 ms after connect never ends, so the first link is lost.
+        # A write that starts 300 to 2000 ms after the connect never completes, so the first link is lost.
         "lossy": {"devices": [echoing()],
                   "events": [{"after": 300, "device": FIRST, "answer": NEVER},
                              {"after": 2000, "device": FIRST, "answer": {"operation": "WriteValue"}}]},
@@ -94,7 +94,7 @@ class BridgeTest(WorldCase):
 
 
 class Clients:
-    """Tests that TCP clients and clients of pseudo-terminals share."""
+    """The tests that run for TCP clients and for clients of pseudo-terminals."""
 
     def test_bytes_are_exact_for_clients_that_are_fast_slow_or_gone(self):
         bridge = self.bridge("echo", self.KIND + " --block 244")

@@ -13,7 +13,7 @@ SECONDS = 30  # timeout of each wait
 
 
 class Mosquitto:
-    """A broker that keeps retained and queued messages over a restart. It is configured with the lines `more`."""
+    """A broker that keeps retained and queued messages across a restart. `more` holds further configuration lines."""
 
     def __init__(self, folder, more="allow_anonymous true"):
         with socket.create_server(("127.0.0.1", 0)) as free:
@@ -85,7 +85,7 @@ class Consumer:
             assert self.changed.wait_for(claim, SECONDS), f"{what} does not come: {self.facts}"
 
     def bytes_of(self, device):
-        """Returns all received bytes of a device, in the order of runs and blocks."""
+        """Returns all bytes received from a device, in the order of their run and block numbers."""
         return b"".join(blocks[number] for key, blocks in sorted(self.blocks.items(), key=lambda item: item[0][2])
                         if key[1] == device for number in sorted(blocks))
 

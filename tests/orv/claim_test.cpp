@@ -1,5 +1,5 @@
-// Tests on simulated time how gateways of a site claim a device. The broker delivers claims late,
-// in one order, and to an offline gateway when it is online again.
+// Tests in simulated time how the gateways of a site claim a device. The broker delays claims,
+// delivers them to all gateways in the same order, and keeps them for offline gateways.
 #include "orv/bridge/mqtt/claim.h"
 
 #include <gtest/gtest.h>
@@ -34,7 +34,8 @@ class Site {
   public:
     explicit Site(std::vector<Gateway> all) : gateways(std::move(all)) {}
 
-    // Advances the time in steps. Fails if more than `mostHolding` gateways have a valid claim.
+    // Advances the time in steps. Fails if more than `mostHolding` gateways hold a valid claim at a
+    // time.
     void Pass(milliseconds time) {
         for (const Time end = now + time; now < end; now += 10ms) {
             Distribute();
@@ -109,7 +110,7 @@ class Site {
         }
     }
 
-    // Delivers the claims that have reached the broker, to all gateways in the same order.
+    // Sends the claims that have reached the broker to all gateways, in the same order.
     void Distribute() {
         for (; !sent.empty() && sent.begin()->first <= now; sent.erase(sent.begin())) {
             retained = sent.begin()->second;

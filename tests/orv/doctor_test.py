@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests orv doctor in every shipped scenario. Each scenario refutes only the check of its section.
+"""Tests `orv doctor` in every shipped scenario: it must refute only the checks that REFUTED lists.
 
 ORV is the path of the program, ORV_LIBRARY the path of the library. ORV_WINE is set if Wine runs orv.
 """
@@ -20,8 +20,8 @@ LIBRARY = pathlib.Path(os.environ["ORV_LIBRARY"])
 ADDRESS, NAME = "A0:B1:C2:D3:E4:F5", "ORV-0042"
 SECONDS = 100  # timeout of a run
 
-# The checks that each scenario refutes. Two scenarios describe the library's behaviour in every world,
-# so they refute none.
+# The checks that orv doctor must refute in each scenario. Two scenarios describe behaviour that the
+# library always has, so they refute none.
 REFUTED = {
     "default": [],
     "close_hangs": ["close_returns"],
@@ -43,7 +43,7 @@ REFUTED = {
 }
 DEVICE = {"address": ADDRESS, "name": NAME, "interval": 100, "echo": 15}
 
-# Other worlds, each with the checks that it refutes.
+# Other simulated worlds, each with the checks that orv doctor must refute in it.
 WORLDS = {
     "no_radio": ({"radios": []}, []),
     "radio_not_seen": ({"devices": [DEVICE], "answers": [{"operation": "FindAdapter", "endsAs": "Error"}]},
@@ -125,8 +125,8 @@ class DoctorTest(unittest.TestCase):
                                     "radio_scan"})
 
     def test_a_person_switches_the_radio(self):
-        # In this copy an export has another name, so orv cannot switch the radio. Events of the world
-        # switch it instead of a person.
+        # In this copy of the library, the export that switches the radio has another name, so orv
+        # asks a person to do it. Scheduled events switch the radio instead.
         library = self.folder / "person.so"
         library.write_bytes(LIBRARY.read_bytes().replace(b"OrvWorld_SwitchRadio", b"OrvWorld_SwitchOther"))
         world = {"title": "switched", "devices": [DEVICE],

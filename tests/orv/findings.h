@@ -1,4 +1,4 @@
-// Collects all calls and notes that the reader finds in a log.
+// Collects all calls and notes that the log reader finds in a log.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// Simulates a host that writes result lines, and reads its log.
+// Makes calls like a host that logs their results, and reads this log.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@
 
 namespace orv {
 
-// Makes a call, and writes its result line if `results` is true.
+// Makes a call. If `results` is true, logs its result line.
 template <typename Export>
 ResultCode CallLogged(bool results, Export&& call) {
     const std::int64_t start = OrvWorld_Now();
@@ -31,8 +31,8 @@ inline log::Findings ReadLog(log::Threads threads = log::Threads::One) {
     return log::FindAll(LogBytes(), threads);
 }
 
-// Fails the test if the reader does not name `cause` for `call`. If `step` is not negative and the
-// cause has waits, `step` must be one of them.
+// Fails the test if the log reader does not report `cause` for `call`, or reports it only for waits
+// other than number `step` of the call. A negative `step` means any wait.
 inline void ExpectNamed(const log::Call& call, log::Cause cause, int step = -1) {
     std::string named;
     for (const log::Suspect& suspect : log::Explain(call)) {

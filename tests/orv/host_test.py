@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests orv in pipes and terminals, with simulated worlds."""
+"""Tests the program orv in pipes and terminals, with simulated devices."""
 import contextlib
 import csv
 import io

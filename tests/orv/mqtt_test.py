@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests orv bridge mqtt with simulated worlds and mosquitto. ORV_SCHEMA is the schema file of its messages."""
+"""Tests `orv bridge mqtt` with simulated devices and the broker mosquitto. ORV_SCHEMA is the JSON schema of messages."""
 import json
 import os
 import pathlib
@@ -78,7 +78,7 @@ class SiteTest(WorldCase):
         self.site.await_that(lambda: self.link(name).get("state") == state, f"{state} link of {name}")
 
     def holders(self):
-        """Returns the gateways that had an open link, in order. Fails if two links were open at a time."""
+        """Returns the gateways that had an open link, in order. Fails if two were open at the same time."""
         opened, order = set(), []
         for _, topic, payload in self.site.history:
             found = re.fullmatch(r"gateway/(\w+)/(?:device/\S+/link|status)", topic)

@@ -1,4 +1,4 @@
-// Tests the log reader's notes, threads that wait for each other, and a log that is being written.
+// Tests the log reader: its notes, calls that wait for another thread, and a log that still grows.
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -109,8 +109,8 @@ TEST_F(LogNotes, QuietUseHasNone) {
     EXPECT_TRUE(ReadLog().notes.empty());
 }
 
-// Two threads send at the same time. The second call takes 2010 ms, but it may wait up to 1500 ms
-// for the first call. So its own write may have ended without a timeout.
+// Two threads send at the same time. The second send fails after 2010 ms, but it may have waited
+// 1500 ms for the first one. So the log does not prove that its write timed out.
 TEST_F(LogNotes, SendThatWaitedForAnotherNeedNotHaveMissedItsLimit) {
     OrvDevice_Connect(Address);
     OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvAnswer_After, 1500);
@@ -218,7 +218,7 @@ TEST_F(LogNotes, FollowerSeesLinesAsTheyComeAndTheLogEmptied) {
     std::ofstream(LogPath(), std::ios::app | std::ios::binary) << "Available\r\n";
     EXPECT_EQ(follower.Poll(), Found::Lines);
 
-    // The follower detects a new log, although it has the same length.
+    // The follower must detect that the log was emptied, although the new log has the same length.
     const std::size_t length = LogBytes().size();
     Logging_Enable();
     Logging_AppendLine(std::string(length - 15, 'x').data(),

@@ -15,7 +15,7 @@ struct Text {
     const char* text;
     Kind kind;
     std::uint64_t handle = 0;
-    std::int64_t number = 0;  // the number of the entry, or of its subject for a call
+    std::int64_t number = 0;  // a call's second argument, or the entry's last number
 };
 
 const Text Texts[] = {
@@ -109,7 +109,7 @@ TEST(LogTimeline, GoesOnOverMidnightAndOtherJumps) {
         {{Day - 1, 1, Day - 1, 2}, {Day - 1, Day + 1, 2 * Day - 1, 2 * Day + 2}, 0},
         // The clock is set back.
         {{7'200'000, 3'600'000, 3'600'100}, {7'200'000, 7'200'000, 7'200'100}, 1},
-        // The second and the third stamp are forged.
+        // A device forged the second stamp of this row, and the third stamp of the next row.
         {{40'000'000, 9, 40'000'007}, {40'000'000, 40'000'000, 40'000'007}, 1},
         {{100, 200, 40'000'000, 300}, {100, 200, 40'000'000, 300}, 1},
     };
@@ -124,8 +124,8 @@ TEST(LogTimeline, GoesOnOverMidnightAndOtherJumps) {
     }
 }
 
-// The reader must name the true cause of the last call, although overlapping calls may change a
-// state before the result line is written, or the machine may have slept.
+// The log reader must report the true cause of the last call's failure, although overlapping calls
+// change a state before the result line is written, or the machine has slept.
 TEST(LogProof, NeverRulesOutTheCause) {
     struct Row {
         Cause cause;
@@ -156,7 +156,7 @@ TEST(LogProof, NeverRulesOutTheCause) {
           "Returned 0 after 0 ms: OrvScanner_Initialize",
           "Returned 0 after 0 ms: OrvScanner_Deinitialize 0", "OrvScanner_GetDeviceInfo 0 3",
           "Returned -1 after 0 ms: OrvScanner_GetDeviceInfo 0 3"}},
-        // A link that is older than the log receives a notification; its callback fails.
+        // The exception comes from the callback of a link that was opened before the log began.
         {Cause::NoLink,
          {"OrvDevice_Receive 5", "Exception: unknown type",
           "Returned -1 after 0 ms: OrvDevice_Receive 5"}},
@@ -168,7 +168,7 @@ TEST(LogProof, NeverRulesOutTheCause) {
     for (const Row& row : rows) {
         std::string bytes;
         for (const char* text : row.texts) {
-            // The log begins 60 s before the calls, because the longest duration is 60 s.
+            // The log begins 60 s before the calls, because the longest call takes 60 s.
             bytes += (bytes.empty() ? "12:00:00.000\t\n12:01:00.000\t" : "12:01:00.000\t") +
                      std::string(text) + '\n';
         }
@@ -214,7 +214,7 @@ TEST(LogEvidence, ShowsWhatKeepsCallsFromReturning) {
     EXPECT_EQ(Explain(findings.calls.at(1)).front().cause, Cause::ClosingHangs);
     EXPECT_EQ(Explain(findings.calls.at(2)).front().cause, Cause::WaitedForOthers);
     EXPECT_TRUE(HasSign(findings.calls.at(2)));
-    // The log ends with the call, and shows that its link exists.
+    // The log ends with OrvDevice_Disconnect, and shows that the link exists.
     const Findings killed = FindAll(
         "12:00:00.000\tOrvDevice_Connect 5\n12:00:00.000\tReturned 0 after 0 ms: "
         "OrvDevice_Connect 5\n12:00:00.000\tOrvDevice_Disconnect 5\n",
@@ -222,7 +222,7 @@ TEST(LogEvidence, ShowsWhatKeepsCallsFromReturning) {
     EXPECT_EQ(Explain(killed.calls.back()).front().cause, Cause::ClosingHangs);
 }
 
-// The memory for a forged line must not grow with the number of calls.
+// The log reader must not store a long forged line again for each call.
 TEST(LogMemory, HoldsAForgedFailureLineOncePerCallInPart) {
     constexpr std::size_t Calls = 150;
     std::string bytes;
@@ -239,8 +239,8 @@ TEST(LogMemory, HoldsAForgedFailureLineOncePerCallInPart) {
     EXPECT_LT(kept, bytes.size() / 10);
 }
 
-// The log was emptied during a call, which writes the first result line. The second result line
-// belongs to an equal call of another thread.
+// The log was emptied while a call ran. That call wrote the first result line. The second one
+// belongs to the logged call, which another thread made.
 TEST(LogBegin, LeavesOutTheResultOfACallBeforeIt) {
     const Findings findings = FindAll(
         "12:00:00.000\tOrvDevice_Receive 5\n"
@@ -250,7 +250,7 @@ TEST(LogBegin, LeavesOutTheResultOfACallBeforeIt) {
     EXPECT_EQ(findings.calls.at(0).result, 3);
 }
 
-// In each prefix of a log with one call, the reader must find this call or none.
+// In each prefix of a log with one call, the log reader must find this call or none.
 TEST(LogTruncation, NeverInventsACall) {
     const std::string_view whole =
         "12:00:00.000\tOrvDevice_Connect 176685338322165\r\n"

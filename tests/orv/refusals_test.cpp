@@ -1,4 +1,5 @@
-// Tests the log reader with calls that are rejected at once or fail in a call without a timeout.
+// Tests the log reader with calls that the library rejects at once, or that fail in a platform call
+// without a timeout.
 #include "host.h"
 
 namespace orv {
@@ -6,7 +7,7 @@ namespace {
 
 using log::Cause;
 
-// The logs in which the reader must name a single cause: none, logs with result lines, or all.
+// When the log reader must report a single cause: never, if the log has result lines, or always.
 enum class Alone { Never, WithResult, Always };
 
 struct Refusal {

@@ -1,4 +1,4 @@
-"""Runs orv with simulated worlds in a pipe or a terminal, and reads its output while it runs.
+"""Runs the program orv with simulated devices, and reads its output from a pipe or terminal meanwhile.
 
 ORV is the path of the program, ORV_LIBRARY the path of the library. ORV_WINE is set if Wine runs orv.
 """
@@ -17,7 +17,7 @@ SECONDS = 60  # timeout of each wait
 
 
 class Running:
-    """A running orv. A thread reads its output; if `columns` is given, from a terminal of that width."""
+    """A running orv, whose output a thread reads: from a pipe or, if `columns` is given, a terminal of that width."""
 
     def __init__(self, test, line, columns=None):
         self.test, self.shown, self.changed = test, "", threading.Condition()
@@ -74,7 +74,7 @@ class Running:
 
 
 class AtOnce(unittest.TextTestRunner):
-    """Runs eight tests at a time, because they mostly wait for devices and pauses in real time."""
+    """Runs eight tests at a time, because they spend most of their time waiting."""
 
     def run(self, test):
         def cases(tests):

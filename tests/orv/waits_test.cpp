@@ -11,7 +11,7 @@ namespace {
 
 using log::Cause;
 
-// The last two are failures only if the library reads the operation's result.
+// ResultRefused and ResultRaised are failures only if the library reads the operation's result.
 enum class Ends { Completed, Refused, Raised, ResultRefused, ResultRaised };
 struct WaitEnding {
     const char* name;
@@ -19,7 +19,7 @@ struct WaitEnding {
     std::int32_t value;
     Ends ends;
     std::int64_t ms = 0;                  // duration of the wait
-    const char* operations = "01234567";  // operations with this ending
+    const char* operations = "01234567";  // numbers of the operations that can end so
 };
 
 const WaitEnding WaitEndings[] = {
@@ -37,7 +37,7 @@ const WaitEnding WaitEndings[] = {
     {"ResultLacksMemory", OrvAnswer_ResultFails, NoMemory, Ends::ResultRaised},
     {"NullResult", OrvAnswer_NullResult, 1, Ends::ResultRefused, 0, "01235"},
     {"EmptyList", OrvAnswer_EmptyList, 1, Ends::ResultRaised, 0, "35"},
-    // Status 0 means success; for RequestAccess (operation 4), status 1 does.
+    // Status 0 means success, except for RequestAccess (operation 4), where status 1 does.
     {"Status0", OrvAnswer_Status, 0, Ends::ResultRefused, 0, "4"},
     {"Status1", OrvAnswer_Status, 1, Ends::ResultRefused, 0, "3567"},
     {"Status2", OrvAnswer_Status, 2, Ends::ResultRefused, 0, "34567"},
@@ -56,7 +56,7 @@ std::vector<WaitEnding> EndingsOf(std::int32_t operation) {
 
 struct Export {
     const char* name;
-    std::vector<std::int32_t> operations;  // in the order of the export's waits
+    std::vector<std::int32_t> operations;  // operations that the export waits for, in order
     ResultCode (*call)();
 };
 
@@ -88,7 +88,7 @@ Cause CauseOf(std::int32_t operation, const WaitEnding& ending) {
     }
 }
 
-// Whether the host writes result lines, and how many threads the reader assumes.
+// Whether the host writes result lines, and how many threads the log reader assumes.
 struct Logging {
     const char* name;
     bool results;
@@ -100,8 +100,8 @@ class EveryEnding : public WorldTest, public testing::WithParamInterface<Logging
     bool results = GetParam().results;
     log::Call FirstCall() const { return ReadLog(GetParam().threads).calls.front(); }
 
-    // Checks the causes of a call whose wait `step` ends with `ending`. Earlier waits take
-    // `lateBefore` ms.
+    // Makes a call whose wait number `step` ends with `ending`, and checks the reported causes.
+    // Each earlier wait takes `lateBefore` ms.
     void Check(const Export& row, int step, const WaitEnding& ending, std::int32_t lateBefore) {
         const std::int32_t operation = row.operations[static_cast<std::size_t>(step)];
         const auto machine = [](std::int32_t which) { return which < 2 ? 0 : Address; };
@@ -118,7 +118,7 @@ class EveryEnding : public WorldTest, public testing::WithParamInterface<Logging
             OrvWorld_Answer(machine(each), each, OrvAnswer_Standard, 0);
         }
         OrvWorld_PassTime(4000);
-        OrvScanner_GetDeviceCount(0);  // ends a call without a result line
+        OrvScanner_GetDeviceCount(0);  // shows in the log that the call has ended
 
         const log::Call call = FirstCall();
         EXPECT_TRUE(call.result.value_or(result) == result);
@@ -230,7 +230,7 @@ class RandomWorld {
     std::optional<Cause> NoLink() const {
         return links == 0 ? std::optional(Cause::NoLink) : std::nullopt;
     }
-    // The cause of the first operation that fails. Disconnect and Send do not read results.
+    // Returns the cause of the first operation that fails. Disconnect and Send ignore results.
     std::optional<Cause> CauseOfWaits(const std::vector<std::int32_t>& operations) const {
         const Ends last = operations.size() > 1 ? Ends::ResultRaised : Ends::Raised;
         for (const std::int32_t operation : operations) {
@@ -277,7 +277,7 @@ INSTANTIATE_TEST_SUITE_P(Logging, EveryEnding,
                                          Logging{"ManyThreads", false, log::Threads::Many}),
                          RowName);
 
-// Each round lets one more system call of connect succeed and the next one fail.
+// In round n, the n-th platform call of OrvDevice_Connect fails.
 TEST_P(EveryEnding, HasItsFailingCallNamed) {
     for (std::int32_t n = 1, result = -1; result != 0; ++n) {
         SCOPED_TRACE(n);

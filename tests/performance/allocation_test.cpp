@@ -71,7 +71,7 @@ class Allocations : public testing::TestWithParam<CallRow> {
 };
 
 TEST_P(Allocations, MatchTheExpectedCount) {
-    for (int round = 0; round < 2; ++round) {  // the first round fills the cache of factories
+    for (int round = 0; round < 2; ++round) {  // in the first round, the library caches factories
         Arrange();
         const std::size_t before = AllocationsSoFar().count;
         const ResultCode result = GetParam().call();
@@ -112,7 +112,7 @@ TEST(AllocationsOfEvents, AreOnlyTheQueuesBlocks) {
     EXPECT_EQ(filled.count - before.count, (Count * 244 + 4079) / 4080);
     EXPECT_LE(static_cast<double>(filled.bytes - before.bytes), 1.1 * Count * 244);
 
-    // If the host receives regularly, the queue keeps its last block and allocates no other.
+    // If the host receives regularly, the queue reuses its last block.
     while (OrvDevice_Receive(1, sizeof buffer, buffer) > 0) {
     }
     for (std::size_t i = 0; i < Count; ++i) {
@@ -122,7 +122,7 @@ TEST(AllocationsOfEvents, AreOnlyTheQueuesBlocks) {
     EXPECT_EQ(AllocationsSoFar().count, filled.count);
 }
 
-// Checks at every length of the list its memory and the growth by one advertisement.
+// Checks the memory of the device list at each length, and how much each new device adds.
 TEST(AllocationsOfEvents, AreOnlyTheListsChunks) {
     bench::ArrangeListed(0);
     bench::Heard heard(ListedAddress, u"ORV-0042");

@@ -1,5 +1,5 @@
-// Tests the fallbacks of activation and the wait with a timeout through internal functions, because
-// exports request each factory only once in a process.
+// Tests internal functions: the fallbacks when a factory is requested, and the wait with a timeout.
+// Exports request each factory only once in a process.
 #include "platform/activation.h"
 
 #include <gtest/gtest.h>
@@ -72,7 +72,7 @@ TEST_F(ActivationTest, JoinsTheApartmentAndRetriesOnAThreadWithoutOne) {
     EXPECT_LE(OrvWorld_CallCount(Apartment), 1) << "one use for the whole process";
 }
 
-// Needs its own process, which has not joined the apartment.
+// Needs its own process, which has not yet joined the multithreaded apartment.
 TEST(ApartmentDeathTest, FailedJoinIsRetriedAndCachesNothing) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(

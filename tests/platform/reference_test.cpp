@@ -1,4 +1,4 @@
-// Tests the counts of references, calls through references, and the interfaces of handlers.
+// Tests reference counts, calls through references, and the interfaces of handlers.
 #include <gtest/gtest.h>
 
 #include "platform/abi/radios.h"

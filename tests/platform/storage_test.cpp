@@ -43,7 +43,7 @@ TEST(ReceiveQueue, IsOneStreamWhateverTheSizes) {
     }
 }
 
-// Returns address `i` of a pattern. The addresses of a pattern collide under weak hashes.
+// Returns address `i` of a pattern. The addresses of a pattern collide if a hash is weak.
 BluetoothAddress Pattern(std::size_t pattern, BluetoothAddress i) {
     switch (pattern) {
         case 0:
@@ -53,7 +53,7 @@ BluetoothAddress Pattern(std::size_t pattern, BluetoothAddress i) {
         case 2:
             return i << 48;
         case 3:
-            return i * 0x10001;  // an XOR of the two equal parts is 0
+            return i * 0x10001;  // an XOR of the 16-bit parts is 0
         default:
             return i % 2 ? ~i : i << 12;
     }
@@ -63,7 +63,7 @@ TEST(DiscoveredDevices, AreFoundWhereTheyWereAppended) {
     for (std::size_t pattern = 0; pattern < 5; ++pattern) {
         DiscoveredDevices devices({pattern, 7});
         for (int round = 0; round < 2; ++round) {
-            constexpr std::size_t Count = 700;  // needs chunks of four sizes
+            constexpr std::size_t Count = 700;  // fills chunks of four sizes
             for (std::size_t count = 0; count < Count; ++count) {
                 ASSERT_EQ(devices.Size(), count);
                 for (std::size_t i = 0; i < Count; ++i) {
@@ -78,7 +78,7 @@ TEST(DiscoveredDevices, AreFoundWhereTheyWereAppended) {
     }
 }
 
-// Returns the largest number of addresses in a bucket; the average is one.
+// Returns the number of addresses in the fullest bucket. On average, a bucket has one.
 std::size_t LongestChain(const AddressHash::Key& key,
                          const std::vector<BluetoothAddress>& addresses) {
     const AddressHash hashOf(key);
@@ -110,7 +110,7 @@ TEST(AddressHash, DistributesChosenAddressesEvenly) {
     EXPECT_EQ(LongestChain({1, 2}, addresses), Count);
     EXPECT_LE(LongestChain({3, 2}, addresses), Longest);
     EXPECT_LE(LongestChain({1, 3}, addresses), Longest);
-    // Another implementation calculated the expected value.
+    // The expected value comes from an independent implementation.
     const AddressHash hashOf({0xAED66CE184BE2329, 0xEBE9BBF1F1499052});
     EXPECT_EQ(hashOf(0xA0B1C2000001), 0xFBA3BB76u);
 }
@@ -118,7 +118,7 @@ TEST(AddressHash, DistributesChosenAddressesEvenly) {
 TEST(RandomBits, TakeBothValuesInEveryBit) {
     std::uint64_t ever = 0;
     std::uint64_t always = UINT64_MAX;
-    for (int i = 0; i < 128; ++i) {  // by chance, one of 2^121 runs fails
+    for (int i = 0; i < 128; ++i) {  // one of 2^121 runs fails by chance
         const std::uint64_t bits = system::RandomBits();
         ever |= bits;
         always &= bits;

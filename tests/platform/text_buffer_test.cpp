@@ -33,7 +33,7 @@ TEST(TextBuffer, GrowsWithoutLosingAnything) {
 TEST(TextBuffer, GrowsBeforeItIsFull) {
     TextBuffer text;
     std::string expected;
-    for (int i = 0; i < 2000; ++i) {  // fills the buffer completely many times
+    for (int i = 0; i < 2000; ++i) {  // fills the buffer to its end many times
         text.Append(static_cast<char>('a' + i % 26));
         expected += static_cast<char>('a' + i % 26);
         ASSERT_EQ(text.View(), expected);

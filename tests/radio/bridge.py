@@ -16,7 +16,7 @@ SENT = bytes(i * 7 & 255 for i in range(8192))
 
 
 def await_end(device):
-    """Waits for the end of the link. The daemon closes a link 2 s after the request, even if another process
+    """Waits for the end of the link. The daemon closes it 2 s after the request, even if another process
     has connected meanwhile."""
     manager = dbus.Interface(dbus.SystemBus().get_object("org.bluez", "/"), "org.freedesktop.DBus.ObjectManager")
     while any(interfaces.get("org.bluez.Device1", {}).get("Connected")

@@ -1,5 +1,5 @@
 // Tests the library with a test double for the Bluetooth daemon on a private message bus. The
-// double shows the worst behaviour of real daemons. Timeouts pass in real time.
+// double imitates the worst behaviour of real daemons. Timeouts pass in real time.
 #include <dirent.h>
 #include <gtest/gtest.h>
 
@@ -62,7 +62,7 @@ void Close() {
 }
 const std::uint8_t Block[3] = {1, 2, 3};
 
-// Returns the number of matches that the bus stores for all its clients.
+// Returns the number of match rules of all clients of the bus.
 int CountMatchRules() {
     sd_bus* bus = nullptr;
     sd_bus_message* reply = nullptr;
@@ -144,7 +144,7 @@ INSTANTIATE_TEST_SUITE_P(Oddities, ConnectTo, testing::ValuesIn(Oddities),
 struct Trouble {
     const char* name;
     void (*set)(StandIn&, bool isThere);
-    bool atOnce = true;  // a connect fails before its timeout
+    bool atOnce = true;  // during the fault, a connect fails before its timeout
 };
 
 void SetBus(StandIn& d, bool runs, bool permissive = true) {
@@ -298,7 +298,7 @@ TEST_F(DaemonTest, ScanGoesOnWhenRadioAndDaemonAreBack) {
     EXPECT_TRUE(heardAgain(-12));
 }
 
-// The daemon reports such a rejection like a scan of this process that is in progress.
+// If the kernel rejects a scan, the daemon replies as if this process already scanned.
 TEST_F(DaemonTest, ScanStartsWhenTheKernelAcceptsIt) {
     daemon.Arrange([](Behaviour& behaviour) { behaviour.rejectedScans = 2; });
     const Scan scan;
@@ -318,7 +318,7 @@ TEST_F(DaemonTest, DroppedLinkIsOpenedAgainByTheNextConnect) {
     ExpectEcho();
 }
 
-// After two links that end with their socket, the library requests signals.
+// After two links that end together with their socket, the library requests bus signals instead.
 TEST_F(DaemonTest, DeviceThatDropsTheLinkWithTheSocketGetsSignals) {
     daemon.Arrange([](Behaviour& b) { b.acquireDropsLink = true; });
     EXPECT_TRUE(Await([&] {
@@ -354,8 +354,8 @@ TEST_F(DaemonTest, WriteEndsByWhoRefusesIt) {
 
 class Values : public DaemonTest, public testing::WithParamInterface<bool> {};
 
-// The library holds a lock while it waits for the write, so it delivers no values meanwhile. The
-// daemon loses values if its socket (about 200 values) or the bus's queue for a client is full.
+// While the library waits for the write, a lock stops it from delivering values. It must still read
+// them: the daemon loses values if its socket (about 200 values) or the bus's queue is full.
 TEST_P(Values, AreNotLostWhileAWriteHangs) {
     const bool bySocket = GetParam();
     daemon.Arrange([=](Behaviour& b) {
@@ -396,7 +396,8 @@ const Trouble Ends[] = {
 
 class DuringAWait : public DaemonTest, public testing::WithParamInterface<Trouble> {};
 
-// The daemon does not reply before the fault. After the repair, everything must work.
+// The daemon does not answer a connect or a write, then a fault occurs. Once the fault is repaired,
+// everything must work.
 TEST_P(DuringAWait, ConnectAndSendFail) {
     const auto isCalled = [&](const char* member) {
         return Await([&] { return daemon.Calls(member) > 0; });
@@ -421,7 +422,7 @@ TEST_P(DuringAWait, ConnectAndSendFail) {
     EXPECT_TRUE(scan.Hears(Address));
     Close();
     ExpectWorks();
-    daemon.Notify({1});  // no link is open
+    daemon.Notify({1});  // arrives while no link is open
     daemon.Advertise("ORV-0042", {1}, -60);
     ExpectWorks();
 }
@@ -472,7 +473,7 @@ TEST_P(BusFaults, EachReplyCanFailOrNeverCome) {
         bool struck = true;
         for (int n = 1; struck && !HasFailure(); ++n) {
             SCOPED_TRACE((silently ? "no reply " : "failed reply ") + std::to_string(n));
-            // Restarts the daemon, so that the library has to load all objects.
+            // Restarts the daemon, so that the library has to load all objects again.
             daemon.Kill();
             daemon.Start();
             step.arrange();
@@ -493,7 +494,7 @@ TEST_P(BusFaults, EachReplyCanFailOrNeverCome) {
 INSTANTIATE_TEST_SUITE_P(Exports, BusFaults, testing::ValuesIn(Steps),
                          [](const auto& row) { return std::string(row.param.name); });
 
-// A host uses all calls without a pause, while the daemon ends at random moments and restarts.
+// A host makes calls without a pause, while the daemon ends at random moments and restarts.
 TEST_F(DaemonTest, HostOutlivesTheDaemonAtAnyMoment) {
     std::atomic<bool> ends{false};
     std::atomic<int> rounds{0};

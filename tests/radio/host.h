@@ -1,4 +1,4 @@
-// Functions of a host, for the tests with a real radio.
+// Functions of a host for the radio tests.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -41,7 +41,7 @@ class Scan {
     Scan(const Scan&) = delete;
     Scan& operator=(const Scan&) = delete;
 
-    // Returns the record of a device. Its address is 0 if the device is not listed.
+    // Returns the record of a device, with the address 0 if the device is not listed.
     DiscoveredDevice Find(BluetoothAddress address) const {
         DiscoveredDevice device = {};
         for (int i = 0; OrvScanner_GetDeviceInfo(id, i, &device) == 0; ++i) {
@@ -59,8 +59,8 @@ class Scan {
     const std::int32_t id;
 };
 
-// Returns a generator for random moments. Prints its seed, ORV_SEED or a new one, at once, because
-// a crash would lose buffered output.
+// Returns a random generator, whose seed is ORV_SEED or a new one. Flushes the printed seed,
+// because a crash would lose buffered output.
 inline std::mt19937 Random() {
     const char* const given = std::getenv("ORV_SEED");
     const auto seed =
@@ -70,7 +70,7 @@ inline std::mt19937 Random() {
     return std::mt19937(seed);
 }
 
-// Returns bytes that the device has sent: `count`, or less if no more arrive.
+// Receives `count` bytes from the device, or fewer if no more arrive.
 inline Bytes Receive(BluetoothAddress address, std::size_t count) {
     Bytes all;
     Bytes part(65536);

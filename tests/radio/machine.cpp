@@ -18,7 +18,7 @@ Child::Child(const std::vector<std::string>& command) {
     }
     id = fork();
     if (id == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);  // ends the child when a test crashes
+        prctl(PR_SET_PDEATHSIG, SIGKILL);  // ends the child if the test crashes
         dup2(in[0], 0);
         dup2(out[1], 1);
         for (const int end : {in[0], in[1], out[0], out[1]}) {

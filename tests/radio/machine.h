@@ -1,5 +1,5 @@
-// The test environment with a real radio: emulated controllers, the Bluetooth daemon, and
-// peripherals that execute commands.
+// The environment of the radio tests: emulated controllers, the Bluetooth daemon, and peripherals
+// that execute commands.
 #pragma once
 
 #include <sys/types.h>
@@ -13,8 +13,8 @@
 
 namespace orv::radio {
 
-// A child process. The object is connected to its standard input and output, and ends it in the
-// destructor.
+// A child process, which the destructor ends. The object is connected to the child's standard input
+// and output.
 class Child {
   public:
     explicit Child(const std::vector<std::string>& command);
@@ -33,15 +33,14 @@ class Child {
     FILE* output = nullptr;
 };
 
-// The library uses hci0, the peripheral 0 uses hci1. An emulated controller has one handle for all
-// its links, so a second link uses hci2, and hci3 with the peripheral 1, which does not advertise
-// by itself.
+// The library uses the controller hci0, and peripheral 0 uses hci1. A controller supports one link,
+// so a second link uses hci2 and, for peripheral 1, hci3. Peripheral 1 advertises only on command.
 class Machine {
   public:
     static Machine& Get();
 
-    // Ask sends a command to the peripherals. Do also fails the running test if the reply is not
-    // "ok".
+    // Sends a command to the peripherals. Ask returns the reply. Do fails the running test if the
+    // reply is not "ok".
     void Do(const std::string& command);
     std::string Ask(const std::string& command);
 

@@ -27,8 +27,8 @@ class OnMachine : public testing::Test {
         }
     }
 
-    // Waits until the device is listed. Restarts its advertising, because an emulated controller
-    // reports an advertiser only when the scan or the advertising starts, sometimes before the
+    // Waits until the device is listed. Restarts its advertising every second: an emulated
+    // controller reports a device only when scanning or advertising starts, which may be before the
     // kernel accepts reports.
     bool Hears(const Scan& scan, BluetoothAddress address) {
         return Await([&] {

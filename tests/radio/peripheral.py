@@ -40,7 +40,7 @@ class Refused(dbus.DBusException):
 
 
 class Exported(dbus.service.Object):
-    """An object with one interface and constant properties."""
+    """A D-Bus object with one interface and constant properties."""
 
     def __init__(self, bus, path, interface, properties):
         super().__init__(bus, path)
@@ -166,7 +166,7 @@ class Peripheral:
             error.get_dbus_name() else done("error %s" % error))
 
     def advertise(self, done):
-        """Registers a new path each time, because the daemon reads an advertisement only at its start."""
+        """Uses a new path each time, because the daemon reads an advertisement only when it is registered."""
         if self.advertisement:
             try:
                 self.controller("LEAdvertisingManager1").UnregisterAdvertisement(
@@ -259,7 +259,8 @@ def main():
             reply(answer)
         return True
 
-    # A line that is already in Python's buffer would not wake the loop. The tests wait for each reply, so there is none.
+    # The loop does not notice a line that is already in Python's buffer. There is none, because the
+    # tests wait for each reply.
     sys.stdin = os.fdopen(0, "r", 1)
     GLib.io_add_watch(0, GLib.IO_IN | GLib.IO_HUP, read)
     loop.run()

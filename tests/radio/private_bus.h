@@ -1,4 +1,5 @@
-// A message bus that the library uses as the system's. Its files are in a temporary folder.
+// A message bus that the library uses instead of the system bus. Its files are in a temporary
+// folder.
 #pragma once
 
 #include <string>
@@ -7,8 +8,8 @@ namespace orv::radio {
 
 class PrivateBus {
   public:
-    // Does not start the bus. Sets the environment variable with the address of the system bus, so
-    // create this object before the first call of the library.
+    // Does not start the bus. Sets the environment variable for the system bus's address, so create
+    // this object before the library's first call.
     PrivateBus();
     ~PrivateBus();
 

@@ -53,7 +53,7 @@ TEST_F(RadioTest, EchoesByteForByte) {
     EXPECT_EQ(OrvDevice_Disconnect(First), 0);
 }
 
-// Runs orv as a separate process, which loads the library beside its file.
+// Runs orv as a separate process, which loads the library from the directory of orv.
 TEST_F(RadioTest, EchoesThroughATerminalAndASocket) {
     {
         const Scan scan;
@@ -76,7 +76,7 @@ TEST_F(RadioTest, TakesEveryNotificationInOrder) {
 }
 
 TEST_F(RadioTest, WritesUpToTheLongestValue) {
-    // A value has at most 512 bytes. This daemon rejects values of more than 510 bytes.
+    // Bluetooth allows values of 512 bytes, but this daemon rejects more than 510.
     constexpr int Longest = 510;
     Connect(First);
     const int before = std::stoi(machine.Ask("received 0"));
@@ -96,7 +96,7 @@ TEST_F(RadioTest, WritesUpToTheLongestValue) {
 
 TEST_F(RadioTest, SeveralLinksStayApart) {
     Connect(First);
-    // Only the second controller, hci2, finds this device.
+    // Only the controller hci2 finds peripheral 1.
     machine.Do("appear 1");
     ASSERT_TRUE(Await([&] {
         machine.Do("scan hci2 on");
@@ -158,7 +158,7 @@ TEST_F(RadioTest, RadioGoesOffDuringALink) {
     ExpectEcho(First);
 }
 
-// --------------------------------------------------------------------------------------------- orv
+// Runs orv in separate processes, which load the library from the directory of orv.
 
 // Runs orv in separate processes. They load the library from the directory of orv.
 TEST_F(RadioTest, OrvScansTalksSendsAndReceives) {
@@ -174,13 +174,13 @@ TEST_F(RadioTest, OrvScansTalksSendsAndReceives) {
         run("sleep 3; ./orv receive 00:AA:01:01:00:01 --output got --seconds 20 --bytes 2000");
         received = true;
     });
-    while (!received) {  // repeats the values until the receiver has connected and has enough
+    while (!received) {  // sends values until the receiver has enough
         machine.Do("burst 0 20 100");
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
     }
     receiver.join();
     // An emulated controller measures no signal strength and confirms a write at once, and the
-    // daemon rejects the longest block. Only these three checks may be refuted.
+    // daemon rejects the longest block. So orv doctor may refute only the checks of these three.
     run("sleep 3; ./orv doctor --device 00:AA:01:01:00:01 --echo >doctor.txt; [ $? = 7 ]");
     run("! grep ^refuted doctor.txt | grep -vE \"[(](signal|write_kind|block_size)[)]\"");
     run("[ $(grep -cE \"^confirmed .*[(](connect|notifications|throughput)[)]\" doctor.txt) = 3 ]");
@@ -197,7 +197,7 @@ TEST_F(RadioTest, OrvScansTalksSendsAndReceives) {
 
 // -------------------------------------------------------------------- the daemon and controllers
 
-// In half of the rounds, the daemon ends within the first millisecond of a phase.
+// In half of the rounds, the daemon ends within the first millisecond of a host's phase.
 TEST_F(RadioTest, HostOutlivesTheDaemonAtRandomMoments) {
     enum Phase { Scanning, Connecting, Sending, Receiving, Phases };
     std::atomic<Phase> phase{Scanning};

@@ -25,8 +25,8 @@ std::vector<std::string> ClientOf(const std::string& kind) {
                            : std::vector<std::string>{"./radio_bench", kind, FirstText};
 }
 
-// Returns the duration in milliseconds, or -1. Retries, because the daemon sometimes rejects a
-// connect that follows soon after a disconnect.
+// Returns how many milliseconds the connect took, or -1. Retries, because the daemon sometimes
+// rejects a connect that follows soon after a disconnect.
 int ConnectBy(Child& client) {
     int ms = -1;
     for (int i = 0; i < 10 && ms < 0; ++i) {
@@ -62,7 +62,7 @@ TEST_F(RadioSpeed, OfNotifications) {
             kind.c_str(), connectMs, bytes, 244 * Count, static_cast<double>(processorUs) / Count,
             1000.0 * Count / static_cast<double>(std::max(ms, 1L)));
         EXPECT_TRUE(bytes == 244 * Count || kind != "library");
-        // The daemon closes a link 2 s after the request.
+        // The daemon closes a link 2 s after the disconnect request.
         std::this_thread::sleep_for(std::chrono::milliseconds(3500));
     }
 }

@@ -29,7 +29,7 @@ const char* InterfaceOf(const std::string& path) {
                              : StreamInterface;
 }
 
-// Begins a signal that properties of an object have changed.
+// Begins a bus signal that reports changed properties of an object. EndChange sends it.
 sd_bus_message* BeginChange(sd_bus* bus, const char* path) {
     sd_bus_message* message = nullptr;
     sd_bus_message_new_signal(bus, &message, path, Properties, "PropertiesChanged");
@@ -166,8 +166,8 @@ void StandIn::Handle(sd_bus_message* call) {
     }
 }
 
-// Sends `reply`, or an empty reply if it is null. If FailReply has chosen this reply, sends an
-// error and returns false (the call has no effect), or sends nothing and returns true.
+// Sends `reply`, or an empty reply if it is null, and returns true. If FailReply chose this reply,
+// sends an error and returns false (the call has no effect), or sends nothing and returns true.
 bool StandIn::Reply(sd_bus_message* call, sd_bus_message* reply) {
     if (reply == nullptr) {
         sd_bus_message_new_method_return(call, &reply);

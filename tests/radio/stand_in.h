@@ -27,7 +27,7 @@ struct Behaviour {
     bool forgetsAtConnect = false;  // the daemon removes the device when the next connect begins
     int rejectedScans = 0;          // number of starts of a scan that the kernel rejects
     bool hasService = true;
-    bool objectsLate = false;    // services are announced as resolved before their objects
+    bool objectsLate = false;    // reports services as resolved before their objects exist
     int abortsConnects = 0;      // number of connects that fail with "abort-by-local"
     std::string refusesConnect;  // failure text of a connect, or empty
     bool connectHangs = false;   // a connect has no reply until a disconnect
@@ -54,9 +54,10 @@ class StandIn {
     void Start();
     void Kill();
 
-    // Makes the n-th reply from now an error, or omits it if `silently`. If n is 0, no reply fails.
+    // Makes the n-th reply from now (1 is the next) an error, or omits it if `silently`. 0: none
+    // fails.
     void FailReply(int n, bool silently);
-    // Returns the number of replies up to and including the one that fails, or 0 after it.
+    // Returns how many replies are left up to the one that fails, or 0 after it.
     int RepliesLeft() { return Read(failAt); }
 
     void Power(bool on);
@@ -69,7 +70,7 @@ class StandIn {
     void ForgetDevice() {
         Arrange([this](Behaviour&) { Know(false); });
     }
-    // Sends a notification by the socket or signal that the library has requested.
+    // Sends a notification through the socket or as a signal, as the library has requested.
     void Notify(const std::vector<std::uint8_t>& value);
 
     std::size_t Written() { return Read(written); }

@@ -25,7 +25,7 @@ void EndSession() {
 
 constexpr std::uint8_t Block[] = {1, 2, 3};
 
-// Starts a scan and sets a scan response of the device that has all values of a record.
+// Starts a scan. Gives the device a scan response with all three payloads of a device record.
 void Scan() {
     Session();
     ASSERT_EQ(OrvScanner_Start(0), 0);
@@ -42,12 +42,12 @@ void ScanAndList() {
     OrvWorld_SetSignal(Address, -50);
 }
 
-// Returns the index of the latest registration. Registrations of earlier rounds still exist.
+// Returns the index of the latest event registration. Those of earlier rounds still exist.
 std::int32_t Youngest(const char* registration) {
     return OrvWorld_CallCount(registration) - 1;
 }
 
-// Sends one packet and returns how many fields of the record it set.
+// Sends one advertising packet and returns how many fields of the device record it set.
 template <std::int32_t Packet>
 ResultCode Hear() {
     Advertise(Address, Packet, Youngest("BluetoothLEAdvertisementWatcher.add_Received"));

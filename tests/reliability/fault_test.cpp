@@ -1,6 +1,6 @@
-// Lets each platform call of each export and callback fail, one in each run: once with a general
-// error and once with a lack of memory. Allocations fail in the same way. After every failure, the
-// same conditions must hold.
+// In each run of an export or callback, one platform call or memory allocation fails. Platform
+// calls fail once with a general error and once with a lack of memory. A failure must leave no
+// traces.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -11,8 +11,8 @@
 
 namespace {
 
-// Allocations until one fails, or 0. Counts those of the test's thread, or with `othersFail` those
-// of all other threads.
+// Number of allocations until one fails; 0 means that none fails. Counts the allocations of the
+// test's thread or, if `othersFail` is true, of all other threads.
 std::atomic<int> allocationsLeft{0};
 thread_local bool isTester = false;
 bool othersFail = false;
@@ -32,7 +32,7 @@ void* operator new(std::size_t size) {
 void* operator new[](std::size_t size) {
     return operator new(size);
 }
-// If gcc inlines this, it warns that free() receives memory of operator new.
+// If gcc inlined this, it would warn that free() receives memory of operator new.
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
@@ -52,7 +52,8 @@ namespace {
 
 class Faults : public WorldTest, public testing::WithParamInterface<Step> {
   protected:
-    // Runs the step with the `nth` fault, which `arm` sets. Returns whether the fault occurred.
+    // Runs the step with the `nth` fault, which `arm` sets, and checks its effects. Returns true if
+    // the fault occurred.
     bool Survives(int nth, const std::function<void()>& arm, const std::function<bool()>& struck,
                   const char* failureLine) {
         const Step& step = GetParam();
@@ -65,7 +66,7 @@ class Faults : public WorldTest, public testing::WithParamInterface<Step> {
         const ResultCode result = step.run();
         const bool failed = struck();
         if (OrvWorld_ImproperHandlers() > 0) {
-            // The runtime failed to query a handler's marshaler, which does not affect the call.
+            // The runtime's query for a handler's marshaler failed, which does not affect the call.
             EXPECT_EQ(result, step.success);
             step.undo();
             SetUp();
@@ -87,7 +88,7 @@ class Faults : public WorldTest, public testing::WithParamInterface<Step> {
         const Step& step = GetParam();
         const auto point = static_cast<std::size_t>(nth - 1);
         if (othersFail) {
-            // The failed allocation may be in the callback or in the simulated world.
+            // The allocation that failed may belong to the callback or to the simulated world.
             EXPECT_LE(result, step.success);
             for (const std::string& line : LogLines()) {
                 EXPECT_TRUE(line == step.trace || line == failureLine) << line;
@@ -103,7 +104,7 @@ class Faults : public WorldTest, public testing::WithParamInterface<Step> {
     }
 };
 
-// Lets allocations fail. Skips the test with a sanitizer, which has its own allocator.
+// Makes allocations of other threads fail. Skipped with sanitizers, which have their own allocator.
 class FaultsOfMemory : public WorldTest {
   protected:
     void SetUp() override {
@@ -145,7 +146,7 @@ TEST_P(Faults, EveryPlatformCallCanFail) {
     std::printf("%s: %d platform calls failed\n", GetParam().name, points);
 }
 
-// A platform call returns success but no object and no value, and registers no handler.
+// A platform call returns success, but no object or value, and registers no handler.
 TEST_P(Faults, EveryPlatformCallCanReturnNothing) {
     const Step& step = GetParam();
     constexpr std::int32_t SuccessWithoutEffect = 1;

@@ -1,6 +1,6 @@
-// Checks the rules of the library's three locks in every test of a program that links this file.
-// A thread may hold only one lock at a time, and only the links' lock during a wait. A violation
-// ends the program. The linker redirects the wrapped functions to this file.
+// Checks how every test of a program that links this file uses the library's three locks. A thread
+// may hold only one lock at a time, and only the links' lock during a wait. A violation ends the
+// program. The linker redirects calls of the wrapped functions to this file.
 #include <gtest/gtest.h>
 #include <pthread.h>
 

@@ -15,20 +15,20 @@ void showValue(const Command& command, std::ostream& out) {
 
 namespace {
 
-// Returns the number of random steps. scripts/test long sets a larger one.
+// Returns the number of random steps. `scripts/test long` sets a larger number.
 int Steps() {
     const char* steps = std::getenv("ORV_MODEL_STEPS");
     return steps ? std::atoi(steps) : 20000;
 }
 
-// Generates numbers below `limit`, from the full range already in the first sequence.
+// Generates numbers below `limit`. Without resize, rapidcheck would begin with small numbers.
 rc::Gen<std::uint8_t> Below(int limit) {
     return rc::gen::resize(rc::kNominalSize,
                            rc::gen::cast<std::uint8_t>(rc::gen::inRange(0, limit)));
 }
 
-// Runs random sequences of commands. `what` generates their kinds. Each sequence follows `opening`.
-// RC_PARAMS="seed=..." replaces the fixed seed.
+// Runs random sequences of commands, of the kinds that `what` generates. Each begins with
+// `opening`. RC_PARAMS="seed=..." replaces the fixed seed.
 void CheckSequences(const rc::Gen<std::uint8_t>& what, const std::vector<Command>& opening) {
     constexpr int MeanLength = 50;
     auto parameters = rc::detail::configuration().testParams;
@@ -66,7 +66,7 @@ TEST(Model, LibraryMatchesTheReferenceForPackets) {
                    {{Initialize, 0, 0, {}}, {Start, 1, 0, {}}});
 }
 
-// Each operation ends in each way while a link with bytes exists, then again in the usual way.
+// While a link with bytes exists, each operation ends in each way, and then in the usual way again.
 TEST(Model, LibraryMatchesTheReferenceForEachAnswer) {
     for (std::uint8_t operation = 0; operation <= OrvOperation_WriteValue; ++operation) {
         for (std::uint8_t answer = 0; answer < 56; ++answer) {  // 14 answers, 4 statuses

@@ -36,7 +36,7 @@ struct Findings {
     std::set<ResultCode> ids;  // ids of existing sessions
 };
 
-// Receives from the thread's own device, and makes the calls of the script.
+// Makes the calls that `script` chooses, and receives from the thread's own device.
 void RunHost(int thread, const std::vector<std::uint8_t>& script, Findings& findings) {
     const BluetoothAddress own = AddressOf(thread);
     Bytes stream;

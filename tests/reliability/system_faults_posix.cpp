@@ -1,5 +1,5 @@
-// Lets each operating system call of the library fail, one in each run, in every export and both
-// callbacks. The linker redirects the functions of the operating system and CreateKernelEvent to this file.
+// Runs every export and both callbacks, while another operating system call of the library fails in
+// each run. The linker redirects these calls to this file.
 #include <atomic>
 #include <cstdlib>
 #include <string_view>
@@ -133,7 +133,7 @@ using SessionFaults = WorldTest;
 
 TEST_F(SessionFaults, EachSessionDrawsBothHalvesOfItsKey) {
     Logging_Disable();
-    ASSERT_EQ(OrvScanner_Initialize(), 0);  // only the first call keeps the library loaded
+    ASSERT_EQ(OrvScanner_Initialize(), 0);  // only the first call makes the library stay loaded
     for (const int half : {1, 2}) {
         EXPECT_EQ(FailDuring(half, [] { EXPECT_EQ(OrvScanner_Initialize(), -1); }), Random);
     }
@@ -155,12 +155,12 @@ TEST_F(LogFaults, LeaveTheLogOffOrLoseALine) {
     EXPECT_EQ(LogLines(), (Lines{"x", "x"}));
 }
 
-// Needs its own process, because the library is kept loaded only once.
+// Needs its own process, because only the first call makes the library stay loaded.
 TEST(KeepingLoadedDeathTest, FailureFailsTheCallThatNeedsIt) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
-            // The first export joins the apartment and thereby keeps the library loaded.
+            // Joins the apartment, which has its own call of KeepModuleLoaded.
             OrvDevice_Send(1, 0, nullptr);
             ResultCode first = 0;
             const Call call = FailDuring(1, [&] { first = OrvScanner_Initialize(); });

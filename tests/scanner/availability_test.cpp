@@ -12,7 +12,7 @@ struct Machine {
     const char* name;
     void (*arrange)();
     ResultCode result;
-    const char* asked;  // expected requests for adapter, radios, kinds, states: a digit each
+    const char* asked;  // expected requests for adapter, radios, kinds and states: one digit each
     const char* failure = nullptr;
 };
 
@@ -58,7 +58,8 @@ INSTANTIATE_TEST_SUITE_P(Machines, AvailabilityOf, testing::ValuesIn(Machines), 
 
 using Availability = WorldTest;
 
-// The world lists only radios that existed at the first request, as documented for Windows.
+// The simulated world lists only radios that existed at the first request, as documented for
+// Windows.
 TEST_F(Availability, RadioThatComesLaterIsNotListed) {
     First(Bluetooth, OrvRadioState_Off);
     EXPECT_EQ(BluetoothAvailable(), -1);

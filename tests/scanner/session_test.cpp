@@ -1,5 +1,5 @@
-// Tests the scanner's platform calls, and the exports that it blocks. The reference model tests its
-// results, lists and states.
+// Tests the scanner's platform calls, and which exports wait for it. The tests with the reference
+// model check its results, lists and states.
 #include <thread>
 
 #include "support/world.h"

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Checks that the scenarios match their schema, that schema and library have the same fields, and that
-the document's example can be played.
+the library plays the example in docs/simulated_world.md.
 
 Usage: check_schema.py SCENARIOS LIBRARY FILE
 """
@@ -12,7 +12,7 @@ import sys
 
 import jsonschema
 
-# A scenario with an unknown field for each kind of object: the error text lists the known fields.
+# For each kind of object, a scenario with an unknown field. The error text lists the known fields.
 PROBES = {
     "radio": {"radios": [{"no": 0}]},
     "machineAnswer": {"answers": [{"no": 0}]},

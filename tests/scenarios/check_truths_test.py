@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that tools/check_truths finds each kind of gap.
+"""Checks that tools/check_truths finds each kind of missing entry.
 
 Usage: check_truths_test.py CHECK SOURCE FOLDER
 """

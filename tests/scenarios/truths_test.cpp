@@ -103,7 +103,7 @@ void HangWhileOthersGoOn() {
 
 struct Truth {
     const char* name;
-    const char* named;  // the cause or note that the reader reports; empty if it reports none
+    const char* named;  // cause or note that the log reader must report, or empty
     void (*host)();
     const char* lines;
 };
@@ -177,7 +177,7 @@ const Truth Truths[] = {
                  "= <ORV-Messgerät-Süd-Tür-Ger\xC3> -60\n"},
 };
 
-// Returns the log with a result line for each result that Answer wrote.
+// Returns the log with result lines instead of the results that Answer wrote.
 std::string LogWithResults() {
     const std::string bytes = LogBytes();
     std::string log, call;
@@ -200,8 +200,8 @@ std::string LogWithResults() {
     return log;
 }
 
-// Fails the test if the reader does not report `named`, or reports another cause as the only one of
-// a call. A flush is excluded, because it is rejected for one reason only.
+// Fails the test if the log reader does not report `named`, or reports another cause as the only
+// one of a call. OrvDevice_Flush is exempt, because it fails for one reason only.
 void ExpectExplained(std::string_view named) {
     const log::Findings findings = log::FindAll(LogWithResults(), log::Threads::One);
     std::set<std::string_view> ids;

@@ -1,5 +1,5 @@
-// Tests every page of the site and its search in a browser that opens them from disk, in the sizes of a
-// phone and a desktop, with light and dark colours.
+// Opens every page of the website from disk in a browser, in the sizes of a phone and a desktop,
+// with light and dark colours. Also tests the search.
 //
 // Usage: node site_test.mjs CHROMIUM SITE
 import assert from "node:assert/strict";

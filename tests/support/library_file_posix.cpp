@@ -8,7 +8,7 @@
 namespace orv {
 
 std::string LibraryFile() {
-    // Searches by name, because the address in the program may be a stub.
+    // Looks the function up by name, because the program's pointer to it may be a stub.
     Dl_info info = {};
     if (dladdr(dlsym(RTLD_DEFAULT, "Logging_Enable"), &info) == 0) {
         return {};

@@ -1,4 +1,4 @@
-// Finds the file of the library under test with the loader.
+// Asks the Windows loader for the file of the library under test.
 #include <windows.h>
 
 #include "log_file.h"

@@ -116,7 +116,7 @@ void WorldTest::TearDown() {
     EXPECT_EQ(OrvWorld_ImproperHandlers(), 0);
     EXPECT_EQ(OrvWorld_HeldObjects(), 0);
     EXPECT_EQ(OrvWorld_HeldReferences(), 0);
-    // Event sources and unfinished operations keep handlers until the world is reset.
+    // Event sources and unfinished operations keep handlers until the simulated world is reset.
     OrvWorld_Reset(1);
     EXPECT_EQ(OrvWorld_HeldHandlers(), 0);
 }

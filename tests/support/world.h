@@ -1,4 +1,4 @@
-// Functions for the simulated world, and the fixture of all tests that use the exports.
+// Functions for the simulated world, and the fixture of all tests that use it and the exports.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -40,7 +40,7 @@ void Notify(BluetoothAddress address, const Bytes& data, std::int32_t registrati
 // Returns `count` bytes that count up from `first`.
 Bytes Sequence(std::size_t count, std::size_t first = 0);
 
-// Returns the library's calls from number `from` on, without QueryInterface.
+// Returns the library's platform calls from index `from` on, except QueryInterface.
 Lines Calls(std::int32_t from = 0);
 
 // Empties the log, makes the call, and checks the call's result and log lines.

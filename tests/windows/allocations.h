@@ -1,5 +1,5 @@
 // Replaces the allocation functions in the library's import table, so that tests can let them fail.
-// Code that the compiler links into the library uses the same table.
+// Compiler support code in the library uses the same table.
 #pragma once
 
 namespace orv {

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Puts single faults into copies of the shipped DLL. tools/check_dll must report each fault, and no
-fault of the shipped DLL.
+"""Makes copies of the shipped DLL with one fault each. tools/check_dll must report each fault, and none
+in the shipped DLL itself.
 
 Usage: check_dll_test.py CHECK_DLL DLL DEBUG DEF HEADER VERSION
 """
@@ -78,7 +78,7 @@ GOOD_DEBUG = pathlib.Path(DEBUG).read_bytes()
 
 
 def with_symbol(name):
-    """Returns a copy of the debug file in which OrvDevice_Disconnect has another name."""
+    """Returns a copy of the debug file in which OrvDevice_Disconnect is renamed to `name`."""
     old = b"\0OrvDevice_Disconnect\0"
     return GOOD_DEBUG.replace(old, b"\0" + name.ljust(len(old) - 2, b"\0") + b"\0")
 

@@ -1,6 +1,6 @@
-// Lets allocations of the library fail: one, all, or all while a platform call fails, too. Each
-// case runs in its own process, because it may crash. The first attempt of a case runs on a thread
-// that has not yet handled an exception.
+// Lets allocations of the library fail: one, all, or all together with a platform call. Each case
+// runs in its own process, because it may crash, and first on a thread that has not yet handled an
+// exception.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,8 +15,8 @@
 namespace orv {
 namespace {
 
-// Plans: Refused lets all allocations and the first platform call fail, Every all allocations, and
-// n the n-th allocation.
+// Values of `plan`: with Refused, all allocations and the first platform call fail; with Every, all
+// allocations; with n > 0, the n-th allocation.
 constexpr int Refused = -1;
 constexpr int Every = 0;
 
@@ -74,7 +74,8 @@ bool IsCallback(const Step& step) {
     return !step.leaves.empty();
 }
 
-// Fails the test if the log has lines other than one trace line or host line and one failure line.
+// Fails the test if the log has more than the step's own line (trace line or appended text) and one
+// failure line.
 void ExpectLines(const Step& step, bool refused) {
     Lines lines = LogLines();
     const auto dropOne = [&lines](auto matches) {
@@ -128,7 +129,7 @@ bool Attempt(const Step& step, int plan) {
     return failed;
 }
 
-// Runs the step as the first use of the library, so that the initialization lacks memory, too.
+// Runs the step as the library's first use, so that its initialization lacks memory, too.
 void AttemptFirstUse(const Step& step, int plan) {
     OrvWorld_FailCall(plan == Refused ? 1 : 0, Fails);
     FailAllocationsFrom(1);
@@ -153,7 +154,8 @@ void AttemptFirstUse(const Step& step, int plan) {
         if (plan <= Every) {
             AttemptFirstUse(step, plan);
         }
-        // The world delivers events on four threads, so the fifth thread already had a failure.
+        // The simulated world has four event threads, so the fifth attempt runs on one that has met
+        // a failure.
         for (int i = 0; i < 5; ++i) {
             failed = Attempt(step, plan) || failed;
         }
@@ -162,13 +164,13 @@ void AttemptFirstUse(const Step& step, int plan) {
     std::exit(testing::Test::HasFailure() || !finished ? 1 : failed ? FailureMet : NoFailureMet);
 }
 
-// Causes an exception in the library without the world, which would keep a handle for each thread.
+// Causes an exception in the library without the simulated world, which keeps a handle per thread.
 DWORD WINAPI FailToAppend(void*) {
     static const char text[1000] = "";
     return Logging_AppendLine(text, sizeof text) == -1 ? FailureMet : 0;
 }
 
-// Uses the system's threads, because threads of the C++ library free their memory later.
+// Creates threads by the system's function, because those of the C++ library free memory later.
 void FailOnThreads(int count) {
     for (int i = 0; i < count; ++i) {
         const HANDLE thread = CreateThread(nullptr, 0, FailToAppend, nullptr, 0, nullptr);

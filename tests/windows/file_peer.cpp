@@ -1,5 +1,5 @@
-// Opens the log with the given sharing mode in another process, and prints y or n for success or
-// failure. For each input line, it then prints the bytes that were added to the file.
+// A process that opens the log with the given sharing mode, and prints y or n for success or
+// failure. For each input line, it then prints the bytes that were added to the log.
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>

@@ -26,7 +26,7 @@ struct Footprint {
             }
             HeapUnlock(heaps[i]);
         }
-        // Wine has no function that counts handles.
+        // Tries all handle values, because Wine has no function that counts handles.
         for (std::size_t value = 4; value < 0x8000; value += 4) {
             DWORD flags = 0;
             now.handles += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) ? 1 : 0;
@@ -47,7 +47,7 @@ inline std::ostream& operator<<(std::ostream& stream, const Footprint& footprint
                   << " handles, first free index " << footprint.firstFreeIndex;
 }
 
-// Returns the number of repetitions of an action that must leak nothing: ORV_CYCLES, or 1000.
+// Returns how often to repeat an action that must leak nothing: ORV_CYCLES, or 1000 times.
 inline int Cycles() {
     const char* wanted = std::getenv("ORV_CYCLES");
     return wanted ? std::atoi(wanted) : 1000;

@@ -101,7 +101,7 @@ TEST_F(LogFileTest, IsCompleteForAReaderAfterEachLine) {
     EXPECT_EQ(LogBytes(), "");
 }
 
-// The system's code page replaces two letters of the directory's name by similar letters.
+// The system's code page would replace two letters of the directory's name with similar ones.
 TEST_F(LogFileTest, IsNotStartedInAFolderOfASimilarName) {
     const std::filesystem::path folder = L"\u0141\u00f3d\u017a";
     const std::filesystem::path similar = L"L\u00f3dz";

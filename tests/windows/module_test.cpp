@@ -79,7 +79,7 @@ TEST_P(PassingUse, ModuleUnloadsEachTimeAndLeaksNothing) {
     for (int i = 0; i < WarmUp; ++i) {
         ASSERT_NO_FATAL_FAILURE(cycle(i));
     }
-    // A leak grows in each round. Wine's heap sometimes grows by 1160 bytes once.
+    // A leak grows in every round. Wine's heap sometimes grows by 1160 bytes, but only once.
     Footprint before;
     Footprint after;
     for (int round = 0; round < 3; ++round) {
@@ -116,8 +116,8 @@ bool Connect(const Library& library) {
     return EXPORT(library, OrvDevice_Connect)(Address) == 0;
 }
 
-// Calls that register a handler, a later event, and the member that the library calls for the
-// event.
+// Calls that register a handler, a later event, and the platform function that the library calls
+// for the event.
 struct LateUse {
     const char* name;
     bool (*run)(const Library&);
@@ -137,7 +137,8 @@ constexpr const char* ReadsAddress =
 constexpr const char* ReadsValue = "GattValueChangedEventArgs.get_CharacteristicValue";
 
 const LateUse LateUses[] = {
-    // The library has cached a factory and joined the apartment; a second load would do both again.
+    // The library must stay loaded: a second load would cache a factory and join the apartment
+    // again.
     {"Factory",
      [](const Library& library) {
          const std::uint8_t byte = 0;

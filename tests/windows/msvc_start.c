@@ -1,5 +1,5 @@
-/* Defines two parts of Microsoft's C runtime, the entry point and the floating-point mark, so that
- * a program links as with that compiler. */
+/* Defines two symbols that Microsoft's C runtime usually provides: the entry point and _fltused,
+ * which marks the use of floating-point numbers. */
 #include <stdlib.h>
 
 int _fltused = 0;

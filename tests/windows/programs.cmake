@@ -1,6 +1,6 @@
-# The test programs of the cross build. Each runs with the simulated DLL and twice with the shipped
-# DLL and Windows.dll: with `lookup`, the library finds Windows.dll in the system directory; with
-# `registered`, the runtime finds it by its registered classes. The DLLs come from the ZIP.
+# The test programs of the cross build run in three ways. `simulated` uses the simulated DLL. The
+# others use the shipped DLL and Windows.dll, which has the simulated classes: with `lookup`, the
+# library finds it in the system directory; with `registered`, the runtime finds it by its classes.
 
 set(wine ${CMAKE_CURRENT_LIST_DIR}/wine)
 set(prefix ${PROJECT_BINARY_DIR}/wine)
@@ -26,7 +26,7 @@ set_tests_properties(wine.register PROPERTIES FIXTURES_SETUP registered FIXTURES
 set_tests_properties(wine.stop PROPERTIES FIXTURES_CLEANUP prefix)
 set_tests_properties(wine.prepare wine.register wine.stop PROPERTIES ENVIRONMENT WINEPREFIX=${prefix})
 
-# These tests are excluded, because a program cannot let allocations in a DLL fail.
+# These tests are excluded, because operator new of a program does not replace that of a DLL.
 set(excluded *.EveryAllocationCanFail/*:FaultsOfMemory.*)
 
 # orv_wine_test(<name> <way> <program> <files...>): `way` is simulated, lookup or registered.
@@ -46,7 +46,7 @@ function(orv_wine_test name way program)
     endif()
 endfunction()
 
-# Links a program with the shipped DLL and the world, and tests it with `lookup` and `registered`.
+# Links a program with the shipped DLL and the simulated world, and adds both of its tests.
 function(orv_shipped_test name)
     target_link_libraries(${name}_shipped PRIVATE shipped world GTest::gtest_main)
     orv_wine_test(${name} lookup ${name}_shipped ${shippedDll} ${ARGN})
@@ -69,7 +69,7 @@ function(orv_test name)
     orv_shipped_test(${name})
 endfunction()
 
-# These programs contain the library's objects and use no DLL. The files of `support` are compiled
+# These programs link the library's object files and use no DLL. The files of `support` are compiled
 # again, because here they call functions of the program instead of the DLL.
 function(orv_internal_test name)
     get_target_property(helpers support SOURCES)

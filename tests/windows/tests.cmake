@@ -22,15 +22,15 @@ foreach(way lookup registered)
         TIMEOUT 1200)  # enough for scripts/test long
 endforeach()
 
-# orv_host(<name> <commands...>) builds the packed example in its own directory.
+# orv_host(<name> <commands...>) builds the ZIP's example program in its own directory.
 set(hosts ${PROJECT_BINARY_DIR}/hosts)
 function(orv_host name)
     add_custom_command(OUTPUT ${hosts}/${name}.exe ${ARGN} DEPENDS unpacked VERBATIM)
     add_custom_target(host_${name} ALL DEPENDS ${hosts}/${name}.exe)
 endfunction()
 
-# orv_run_host(<way> <name> <DLL>) runs a host with the default world. It uses real time, so a
-# machine that stops for two seconds causes a timeout; therefore these tests run one at a time.
+# orv_run_host(<way> <name> <DLL>) runs a host with the default world. It runs in real time and
+# fails if the machine stalls for two seconds, so these tests run one at a time.
 function(orv_run_host way name dll)
     set(test ${way}.host_${name})
     add_test(NAME ${test} COMMAND ${wine} run

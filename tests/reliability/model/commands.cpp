@@ -1,4 +1,4 @@
-// The handlers of commands. A handler calls the library and compares the result.
+// The functions that run commands. Each calls the library and compares the result with the model.
 #include <algorithm>
 #include <climits>
 #include <cstring>
@@ -204,11 +204,12 @@ void RunSetName(Step& step) {
                      reinterpret_cast<const std::uint16_t*>(name.data()), Small(name.size()));
 }
 
-// Adds a section, mostly with a key that the library reads or a swapped key, or removes all.
+// Appends a data section, or removes all. Most sections have a key that the library reads, or such
+// a key with its bytes swapped.
 void RunSetSections(Step& step) {
     constexpr std::uint8_t Keys[][2] = {{0x00, 0x05}, {0x30, 0x11}, {0x18, 0x11}, {0x05, 0x00},
                                         {0x00, 0x05}, {0x30, 0x11}, {0x18, 0x11}, {0x11, 0x18}};
-    const std::int32_t packet = step.a / 2 % 4 != 0;  // mostly scan responses
+    const std::int32_t packet = step.a / 2 % 4 != 0;  // in three of four cases 1, a scan response
     auto& sections = step.reference.devices[step.known].packets[packet != 0].sections;
     if (step.b % 8 == 7) {
         sections.clear();
@@ -226,7 +227,7 @@ void RunSetSections(Step& step) {
 
 void RunAdvertise(Step& step) {
     const bool isScan = step.b & 1;
-    const std::int32_t only = step.b / 2 % 4 - 2;  // index of a watcher; below 0, all
+    const std::int32_t only = step.b / 2 % 4 - 2;  // index of a watcher; all if negative
     const auto& watchers = step.reference.watchers;
     for (std::int32_t i = 0; i < Small(watchers.size()); ++i) {
         if (only < 0 ? watchers[static_cast<std::size_t>(i)].isStarted : i == only) {
@@ -238,7 +239,7 @@ void RunAdvertise(Step& step) {
 }
 
 void RunNotify(Step& step) {
-    const std::int32_t only = step.b % 4 - 2;  // a registration's index; below 0, all
+    const std::int32_t only = step.b % 4 - 2;  // index of a registration; all if negative
     for (std::int32_t i = 0; i < step.reference.devices[step.known].registrations; ++i) {
         if (only < 0 || only == i) {
             step.reference.TakeNotification(step.known, i, step.bytes);
@@ -273,7 +274,7 @@ void RunArrange(Step& step) {
     OrvWorld_Answer(of, operation, answer.manner, answer.value);
 }
 
-// Lets one more platform member fail, or ends all failures.
+// Makes one more platform function fail, or ends all failures.
 void RunBreak(Step& step) {
     auto& failing = step.reference.failing;
     if (step.a % 2) {

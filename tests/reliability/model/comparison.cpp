@@ -48,7 +48,7 @@ void CheckEqual(const char* name, std::int64_t actual, std::int64_t expected) {
     }
 }
 
-// Repeats OrvWorld_Settle, because it fails if the machine stops for seconds.
+// Repeats OrvWorld_Settle, because it fails if the machine stalls for seconds.
 void Settle() {
     while (OrvWorld_Settle() != 0) {
     }

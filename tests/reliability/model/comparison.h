@@ -18,7 +18,7 @@ void Settle();
 // Compares the new log lines after each command.
 class LogComparison {
   public:
-    // The caller must call this after the log was emptied.
+    // Must be called after the log was emptied.
     void Restart() { position = 0; }
 
     // Throws std::runtime_error if the new lines of the log differ from `expected`. `ordered` is

@@ -1,4 +1,5 @@
-// A reference model of the interface: the result, log lines, effects and duration of every call.
+// A reference model of the library, which predicts the result, log lines, effects and duration of
+// every call.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +10,8 @@
 
 namespace orv::model {
 
-// A call or an event. All values of the fields are valid. The handler of the command defines the
-// meaning of `a`, `b` and `bytes`.
+// A call or an event. Every value of every field is valid. The function that runs the command
+// defines the meaning of `a`, `b` and `bytes`.
 struct Command {
     std::uint8_t what;
     std::uint8_t a;
@@ -28,9 +29,9 @@ enum What : std::uint8_t { ORV_COMMANDS(ORV_COMMAND) CommandCount };
 
 std::string Text(const Command& command);
 
-// Runs commands in the library and the reference, and throws std::runtime_error if they differ. At
-// construction, the library must have no sessions or links. The destructor removes those of the
-// commands. Only one Model may exist at a time.
+// Runs commands in the library and the reference, and throws std::runtime_error if the results
+// differ. At construction, the library must have no sessions or links. The destructor removes those
+// that commands created.
 class Model {
   public:
     Model();

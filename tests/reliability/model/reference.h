@@ -23,7 +23,7 @@ constexpr std::size_t Machine = 2;  // index in `answers` for the adapter and ra
 constexpr auto Unspecified = static_cast<std::int32_t>(0x80004005);
 constexpr auto NoMemory = static_cast<std::int32_t>(0x8007000E);
 
-// Platform members that the command Break lets fail.
+// Platform functions that the command Break can make fail.
 constexpr const char* StartWatcher = "BluetoothLEAdvertisementWatcher.Start";
 constexpr const char* StopWatcher = "BluetoothLEAdvertisementWatcher.Stop";
 constexpr const char* AddReceived = "BluetoothLEAdvertisementWatcher.add_Received";
@@ -80,7 +80,7 @@ struct Reference {
     ResultCode CloseLink(std::size_t device);
     ResultCode SendBlock(std::size_t device, std::int32_t length, bool isNull, const Bytes& data);
 
-    // The expected effects of the library's callbacks.
+    // Apply the expected effects of the library's callbacks.
     void Hear(std::int32_t watcher, std::size_t device, bool isScan);
     void TakeNotification(std::size_t device, std::int32_t registration, const Bytes& data);
 
@@ -106,7 +106,7 @@ struct Reference {
     // The effect of a platform call on the library call that makes it.
     enum class Outcome { Good, Refused, Raised };
 
-    // Returns true if the member is set to fail, and appends its failure line.
+    // If the platform function is set to fail, appends its failure line and returns true.
     bool Fails(const char* member);
     Outcome Await(std::size_t device, std::int32_t operation, bool isResultRead);
     void HearFor(Session& session, std::size_t device, bool isScan, const std::string& name);

@@ -1,5 +1,5 @@
-// "hosts library FILE" runs a host of the library, "hosts runtime" a client of the runtime's
-// classes. Each prints a line for each step. The exit code is 1 if a step failed.
+// "hosts library FILE" runs a host of the library, "hosts runtime" a direct client of the Windows
+// Runtime. Each prints a line for each step. The exit code is 1 if a step failed.
 using Hosts;
 
 try

@@ -106,7 +106,7 @@ internal static class RuntimeClient
 
     private static async Task Echo(GattCharacteristic characteristic)
     {
-        var received = new MemoryStream(); // its object is also the lock
+        var received = new MemoryStream(); // this object is also the lock
         characteristic.ValueChanged += (sender, args) =>
         {
             lock (received)

@@ -1,5 +1,6 @@
-# Tests programs into which no code of this project is compiled: a host in Node for Windows. If the .NET
-# SDK is installed, also a .NET host, and a client of the runtime with the platform's own declarations.
+# Tests with programs that contain no code of this project: a host in Node for Windows and, if the
+# .NET SDK is installed, a .NET host and a client of the runtime with the platform's own
+# declarations.
 
 # orv_run_foreign(<name> <program> <arguments...>) adds a test that runs one of these programs.
 function(orv_run_foreign name)
