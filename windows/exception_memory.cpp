@@ -1,13 +1,13 @@
 // Provides memory for exceptions. These functions of the Itanium C++ ABI replace two object files
-// of the static C++ library, a 73 kB pool with a mutex of a thread library, and emulated
+// of the static C++ library, which use a 73 kB pool with a mutex of a thread library, and emulated
 // thread-local storage. Both need the heap, even to report an exhausted heap.
 //
 // Here the memory is in the image's thread-local section. The system's loader creates a zeroed copy
 // of it for each thread before the thread can call the library, and frees the copy when the thread
-// ends. So throwing needs no heap, lock or index.
+// ends. So throwing needs neither the heap nor a lock nor a thread-local index.
 //
 // An exception must stay on its thread. The library does not use std::exception_ptr, which could
-// move it. A use would fail to link, because only a replaced object file defines
+// move it. Such a use would fail to link, because only a replaced object file defines
 // __cxa_allocate_dependent_exception.
 #include <cxxabi.h>
 
@@ -53,8 +53,8 @@ struct alignas(std::max_align_t) ThreadRecord {
 // Each thread has a copy of this variable. Only the variable's offset in the section is used.
 __attribute__((section(".tls$ORV"), used)) ThreadRecord initial = {};
 
-// Returns the calling thread's record. Reads the list of blocks from the thread's environment
-// block, like code for native thread-local storage.
+// Returns the calling thread's record. Reads the list of thread-local blocks from the thread's
+// environment block, as native thread-local storage does.
 ThreadRecord& OwnRecord() {
     char** blocks = nullptr;
     __asm__("movq %%gs:0x58, %0" : "=r"(blocks));
@@ -91,8 +91,8 @@ namespace __cxxabiv1 {
 
 extern "C" {
 
-// Uses the heap for objects that fit no slot and if all slots are used. The library itself needs
-// neither.
+// Uses the heap if the object fits no slot or no slot is free. Neither happens to exceptions of the
+// library itself.
 void* __cxa_allocate_exception(std::size_t size) noexcept {
     unsigned char* memory = TakeSlot(HeaderSize + size);
     if (!memory) {

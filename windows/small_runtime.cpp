@@ -5,8 +5,8 @@
 
 namespace __gnu_cxx {
 
-// std::terminate calls it. The standard version prints the exception's name, which would link a
-// demangler and formatted output.
+// std::terminate calls this handler. The standard handler prints the exception's name, which would
+// link a demangler and formatted output.
 void __verbose_terminate_handler() {
     std::abort();
 }
@@ -15,7 +15,7 @@ void __verbose_terminate_handler() {
 
 namespace std {
 
-// Containers call it when they reach their size limit, which exceeds any memory. So it reports
+// Containers call this function at their size limit, which exceeds any memory, so it reports
 // exhausted memory. The standard exception would link all of std::string.
 void __throw_length_error(const char*) {
     throw bad_alloc();

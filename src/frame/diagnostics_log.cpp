@@ -22,8 +22,8 @@ void AppendPadded(TextBuffer& line, int value, int firstPlace) {
     }
 }
 
-// Appends the local time as "hh:mm:ss.mmm" and a tab. Reads the clock only once, so that seconds
-// and milliseconds are of the same moment.
+// Appends the local time as "hh:mm:ss.mmm" and a tab. Reads the clock once, so that seconds and
+// milliseconds belong to the same moment.
 void AppendStamp(TextBuffer& line) {
     const INT64 sinceEpoch = runtime::SystemTimeMs();
     const std::tm time = system::ToLocalTime(static_cast<std::time_t>(sinceEpoch / 1000));
@@ -37,7 +37,8 @@ void AppendStamp(TextBuffer& line) {
     line.Append('\t');
 }
 
-// Appends text and replaces each line feed by a carriage return and a line feed, on every platform.
+// Appends text and replaces each line feed with a carriage return and a line feed, on every
+// platform.
 void AppendTranslated(TextBuffer& line, std::string_view text) {
     while (!text.empty()) {
         const std::size_t lineFeed = std::min(text.find('\n'), text.size());

@@ -1,5 +1,5 @@
-// Wrappers of exported functions and callbacks. They catch all exceptions; RunExport also writes
-// the trace line.
+// Wrappers of exported functions and callbacks. They catch all exceptions; RunExport also logs the
+// call.
 #pragma once
 
 #include <cstddef>
@@ -13,14 +13,14 @@ namespace orv {
 
 constexpr ResultCode Failure = ORV_FAILED;
 
-// Converts a count to a result. A count that exceeds the result type becomes its maximum.
+// Converts a count to a result. A count above the maximum of ResultCode becomes that maximum.
 inline ResultCode CountResult(std::size_t count) {
     constexpr auto Largest = std::numeric_limits<ResultCode>::max();
     return count < Largest ? static_cast<ResultCode>(count) : Largest;
 }
 
-// Writes the trace line, runs `body` and returns its result. Logs any exception and returns -1. By
-// then the stack is unwound, so the locks of `body` are released.
+// Logs the call, runs `body` and returns its result. If `body` throws, logs the exception after the
+// locks of `body` are released, and returns -1.
 template <typename Body, typename... Arguments>
 ResultCode RunExport(const Traced<Arguments...>& call, Body&& body) noexcept {
     try {
@@ -32,7 +32,7 @@ ResultCode RunExport(const Traced<Arguments...>& call, Body&& body) noexcept {
     }
 }
 
-// Runs `body` and logs any exception. For code that cannot return a failure, such as a callback.
+// Runs `body` and logs any exception, for code that cannot return a failure, such as a callback.
 template <typename Body>
 void LogFailuresOf(Body&& body) noexcept {
     try {

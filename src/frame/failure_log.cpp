@@ -26,8 +26,8 @@ constexpr FailureText FailureTexts[] = {
     {"std::exception", "Unknown exception"},
 };
 
-// Failures that exceed a container's limit; `own` is the beginning of the text. For a string, the
-// text is only the operation's name; texts of other string failures contain spaces.
+// Failures because a container reached its size limit. `own` is the beginning of the text. A text
+// that begins with "basic_string::" matches only without spaces; other string failures have spaces.
 constexpr FailureText LimitTexts[] = {
     {"basic_string::", "string too long"},
     {"cannot create std::deque larger", "deque<T> too long"},
@@ -56,8 +56,8 @@ std::string_view LoggedText(const std::exception& failure) {
     return own;
 }
 
-// Throws the current exception again to inspect it. std::exception_ptr would need memory, and the
-// failure may be that memory ran out.
+// Rethrows the current exception to inspect it. std::exception_ptr would need memory, which may
+// have run out.
 void LogFailure() {
     try {
         throw;
@@ -81,7 +81,7 @@ void LogCurrentException() noexcept {
         AppendLogLine("Exception: none");
         return;
     }
-    // Catches again, because what() can throw and composing a long line can run out of memory.
+    // Catches failures of the logging itself: what() can throw, and a long line can exhaust memory.
     try {
         LogFailure();
     } catch (...) {

@@ -8,8 +8,8 @@
 
 namespace orv {
 
-// Writes the trace line: the name, then each argument in decimal after a space. Does nothing while
-// the log is off. Composing a line of usual length needs no heap and cannot fail.
+// Writes the line that logs a call: the name, then each argument in decimal after a space. Does
+// nothing while the log is off. Composing a line of usual length needs no heap and cannot fail.
 template <typename... Arguments>
 void Trace(std::string_view name, Arguments... arguments) {
     if (!diagnosticsLog.IsEnabled()) {
@@ -21,7 +21,7 @@ void Trace(std::string_view name, Arguments... arguments) {
     AppendLogLine(line.View());
 }
 
-// The name and arguments of an exported function, stored until the trace line is written.
+// The name and arguments of an exported function, stored until the call is logged.
 template <typename... Arguments>
 struct Traced {
     explicit Traced(std::string_view exportName, Arguments... traced)

@@ -98,7 +98,7 @@ void CloseAfterFailure(const Reference<Interface>& object) noexcept {
 using namespace orv;
 
 extern "C" ResultCode OrvDevice_Connect(BluetoothAddress address) {
-    // Declared outside RunExport, which must log a failure before the opened objects are closed.
+    // This list outlives RunExport, which must log a failure before the opened objects are closed.
     std::list<DeviceLink> built;
     const ResultCode result = RunExport(Traced("OrvDevice_Connect", address), [&]() -> ResultCode {
         built.emplace_back();

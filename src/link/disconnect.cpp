@@ -38,8 +38,8 @@ using namespace orv;
 
 extern "C" ResultCode OrvDevice_Disconnect(BluetoothAddress address) {
     return RunExport(Traced("OrvDevice_Disconnect", address), [&]() -> ResultCode {
-        // These two are destroyed after the lock is released. Their final release runs platform
-        // code, which may wait for a notification handler that waits for this lock.
+        // `removed` and `closed` are destroyed after the lock is released: their final release runs
+        // platform code, which may wait for a notification handler that waits for this lock.
         std::list<DeviceLink> removed;
         Reference<IGattDeviceService> closed;
         const Lock lock(connectionTable.mutex);

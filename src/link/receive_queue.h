@@ -20,8 +20,8 @@ class ReceiveQueue {
 
     std::size_t Size() const { return size; }
 
-    // Appends bytes one by one. The destructor updates the queue, also after an exception. Do not
-    // use the queue in any other way before that.
+    // Appends bytes one by one. The destructor updates the queue, also after an exception. Until
+    // then, do not use the queue in any other way.
     class Filling {
       public:
         explicit Filling(ReceiveQueue& filled) : queue(filled) { Open(); }

@@ -37,7 +37,7 @@ bool JoinApartment() noexcept {
 // and then from A.dll.
 HRESULT AskNamespaceLibraries(std::u16string_view className, const GUID& iid, void** factory) {
     constexpr std::u16string_view Ending = u".dll";
-    constexpr std::size_t LongestName = 128;  // limit for class names, which are all shorter
+    constexpr std::size_t LongestName = 128;  // class names are all shorter
     char16_t library[LongestName + Ending.size() + 1];
     HRESULT code = REGDB_E_CLASSNOTREG;
     std::u16string_view name = className.substr(0, LongestName);

@@ -11,7 +11,7 @@ namespace orv {
 using SharedFactory = std::atomic<IUnknown*>;
 
 // Returns the interface `iid` of the factory, which is cached in `shared`. The caller owns the
-// reference. Throws the runtime's code when the class cannot be activated.
+// reference. Throws the runtime's error code when the class cannot be activated.
 Reference<IUnknown> FindFactory(SharedFactory& shared, const char16_t* className, const GUID& iid);
 
 // Returns an interface of the factory of a runtime class. A factory that any thread may use is

@@ -1,4 +1,4 @@
-// Calls functions of runtime objects, throws their failures, and returns outputs that own their
+// Calls functions of runtime objects, throws if they fail, and returns outputs that own their
 // value.
 #pragma once
 

@@ -6,8 +6,8 @@
 namespace orv {
 
 HandlerState::HandlerState() {
-    // Calls KeepModuleLoaded until one call succeeds. Several threads may call it at once, which is
-    // harmless.
+    // Each handler calls KeepModuleLoaded until one call has succeeded. Several threads may call it
+    // at once, which is harmless.
     static std::atomic<bool> kept{false};
     if (!kept.load(std::memory_order_acquire)) {
         system::KeepModuleLoaded();

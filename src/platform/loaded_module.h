@@ -1,4 +1,4 @@
-// The loaded file of the library.
+// Finds the library's own file and keeps it loaded.
 #pragma once
 
 #include <cstddef>

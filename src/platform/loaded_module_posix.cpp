@@ -14,7 +14,6 @@ namespace orv::system {
 
 namespace {
 
-// Returns an address inside this library's code.
 const void* OwnAddress() {
     return reinterpret_cast<const void*>(&ReadModulePath);
 }

@@ -21,8 +21,8 @@ HMODULE OwnModule(::DWORD flags) {
                : nullptr;
 }
 
-// Returns whether `path`, in the code page of file names, is the path of the module. The system
-// substitutes similar characters for those that the code page lacks. Compares only the beginning,
+// Returns whether `path`, in the code page of file names, is the path of the module: the system
+// replaces characters that the code page lacks with similar ones. Compares only the beginning,
 // because the system cuts long paths and removes an incomplete multibyte character at the cut.
 bool LeadsBack(const char* path, HMODULE module) {
     wchar_t names[2][MAX_PATH];

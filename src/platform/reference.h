@@ -29,7 +29,7 @@ class Reference {
         return *this;
     }
 
-    // Returns the owner of a reference that is already counted.
+    // Takes over a reference that is already counted.
     static Reference Adopt(Interface* counted) {
         Reference reference;
         reference.object = counted;

@@ -21,7 +21,7 @@ class RuntimeString {
     HSTRING* Put() { return &handle; }
 
     // Appends the text as well-formed UTF-8. Like the platform's conversion, replaces each unpaired
-    // surrogate by U+FFFD.
+    // surrogate with U+FFFD.
     void AppendUtf8To(TextBuffer& text) const;
 
   private:

@@ -14,7 +14,7 @@ namespace orv::runtime {
 namespace {
 
 extern "C" {
-// The declarations of the system's headers, with the types of abi/ instead.
+// Declares what the system's headers declare, but with the types of abi/.
 struct StringHeader {
     void* reserved[3];
 };

@@ -35,8 +35,7 @@ class CompletionRecord {
     std::atomic<AsyncStatus> status{AsyncStatus::Started};
 };
 
-// Stores the final status of an operation. The runtime calls Invoke on one of its threads, possibly
-// before put_Completed returns. Invoke takes no lock.
+// Stores the final status of an operation. Invoke takes no lock.
 template <typename T>
 class CompletionHandler final
     : public Handler<AsyncOperationCompletedHandler<T>, CompletionHandler<T>> {
@@ -50,7 +49,7 @@ class CompletionHandler final
 
 // Waits until the operation has ended, at most `limitMs`. Returns its status, which is `Started`
 // after a timeout. A timeout does not cancel the operation, which may still take effect. Throws
-// only if the wait cannot be started.
+// only if the wait cannot start.
 template <typename T>
 AsyncStatus WaitForCompletion(const Reference<IAsyncOperation<T>>& operation, UINT32 limitMs) {
     auto* handler = new CompletionHandler<T>;

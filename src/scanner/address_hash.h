@@ -7,7 +7,7 @@
 namespace orv {
 
 // Computes SipHash-1-3 of the eight bytes of an address. An attacker can choose the addresses that
-// a scanner receives, but cannot choose addresses that collide without the key.
+// a scanner receives, but without the key cannot choose addresses with colliding hashes.
 class AddressHash {
   public:
     struct Key {

@@ -33,8 +33,8 @@ void TraceAdvertisement(const Heard& heard) {
     AppendLogLine(line.View());
 }
 
-// Returns whether the packet is a scan response. Old platforms lack the interface; their packets
-// count as advertisements, so that names are updated.
+// Returns whether the packet is a scan response. Packets of old platforms, which lack the
+// interface, count as advertisements, so that names are updated.
 bool IsScanResponse(const Reference<IBluetoothLEAdvertisementReceivedEventArgs>& arguments) {
     Reference<IBluetoothLEAdvertisementReceivedEventArgs2> newer;
     const HRESULT code = arguments.Query(newer);
@@ -45,8 +45,8 @@ bool IsScanResponse(const Reference<IBluetoothLEAdvertisementReceivedEventArgs>&
     return Get(newer, &IBluetoothLEAdvertisementReceivedEventArgs2::get_IsScanResponse) != 0;
 }
 
-// Stores the value of a section. `payload` is the key in little-endian order and at least one byte
-// of the value.
+// Stores the value of an advertisement's data section. `payload` is the value's key in
+// little-endian order, then at least one byte of the value.
 void ReadSection(DiscoveredDevice& device, const BYTE* payload, UINT32 length) {
     const int key = payload[0] | payload[1] << 8;
     switch (key) {
@@ -86,8 +86,8 @@ void ReadScanResponse(DiscoveredDevice& device,
     }
 }
 
-// Updates a listed device from a packet: always the signal strength, and from an advertisement the
-// name, from a scan response the values.
+// Updates a listed device: the signal strength from every packet, the name from an advertisement,
+// the other values from a scan response.
 void Update(DiscoveredDevice& device, const Heard& heard,
             const Reference<IBluetoothLEAdvertisementReceivedEventArgs>& arguments,
             const Reference<IBluetoothLEAdvertisement>& advertisement) {

@@ -5,8 +5,8 @@
 
 namespace orv {
 
-// Updates the list of the session of the watcher `sender`. Threads of the platform call it, several
-// at once, also for watchers of removed sessions. Locks scannerMutex.
+// Updates the device list of the session whose watcher is `sender`. Threads of the platform call
+// it, several at once, also for watchers of removed sessions. Locks scannerMutex.
 void OnAdvertisementReceived(
     const Reference<IBluetoothLEAdvertisementWatcher>& sender,
     const Reference<IBluetoothLEAdvertisementReceivedEventArgs>& arguments) noexcept;

@@ -25,13 +25,14 @@ Reference<IBluetoothLEAdvertisementWatcher> CreateWatcher() {
     return watcher;
 }
 
-// Creates a random key. Call it without the lock, because the system may load a library.
+// Creates a random key. Call it without holding scannerMutex, because the system may load a
+// library.
 AddressHash::Key DrawKey() {
     return {system::RandomBits(), system::RandomBits()};
 }
 
-// Moves the session in `created` to the end of the list and returns its new id, or -1 if the ids
-// are used up.
+// Moves the only session in `created` to the end of the list and returns its new id, or -1 if all
+// ids are used.
 ResultCode Enter(std::list<ScannerSession>& created) {
     const Lock lock(scannerMutex);
     auto& sessions = scannerSessions.sessions;
@@ -46,7 +47,7 @@ ResultCode Enter(std::list<ScannerSession>& created) {
     return id;
 }
 
-// Moves the session to `removed`. Returns false when no session has this id.
+// Moves the session with this id to `removed`. Returns false when there is none.
 bool Take(std::int32_t id, std::list<ScannerSession>& removed) {
     const Lock lock(scannerMutex);
     auto& sessions = scannerSessions.sessions;

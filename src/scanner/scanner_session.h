@@ -1,4 +1,5 @@
-// Scanner sessions. Each has a watcher of the platform and a list of the devices that it has found.
+// Scanner sessions. Each has a platform watcher and a list of the devices that the watcher has
+// found.
 #pragma once
 
 #include <cstdint>

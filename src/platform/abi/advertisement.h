@@ -1,4 +1,4 @@
-// Windows.Devices.Bluetooth.Advertisement.
+// Interfaces of Windows.Devices.Bluetooth.Advertisement.
 #pragma once
 
 #include "platform/abi/streams.h"

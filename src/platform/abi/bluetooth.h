@@ -1,4 +1,4 @@
-// Windows.Devices.Bluetooth: the adapter and Bluetooth LE devices.
+// Interfaces of Windows.Devices.Bluetooth: the adapter and Bluetooth LE devices.
 #pragma once
 
 #include "platform/abi/gatt.h"

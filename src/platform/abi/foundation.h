@@ -1,4 +1,4 @@
-// Windows.Foundation and its collections: asynchronous operations, events, vectors.
+// Interfaces of Windows.Foundation and its collections: asynchronous operations, events, vectors.
 #pragma once
 
 #include "platform/abi/base.h"

@@ -1,4 +1,4 @@
-// Windows.Devices.Bluetooth.GenericAttributeProfile, and the device that its objects refer to.
+// Interfaces of Windows.Devices.Bluetooth.GenericAttributeProfile, and of their device.
 #pragma once
 
 #include "platform/abi/streams.h"

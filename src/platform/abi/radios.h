@@ -1,4 +1,4 @@
-// Windows.Devices.Radios.
+// Interfaces of Windows.Devices.Radios.
 #pragma once
 
 #include "platform/abi/foundation.h"

@@ -1,4 +1,4 @@
-// Windows.Storage.Streams: buffers, their bytes, reader and writer.
+// Interfaces of Windows.Storage.Streams: buffers, their bytes, readers and writers.
 #pragma once
 
 #include "platform/abi/foundation.h"
@@ -18,7 +18,7 @@ struct IBuffer : IInspectable {
     virtual HRESULT put_Length(UINT32 value) = 0;
 };
 
-// Returns the address of a buffer's bytes, which the buffer owns. Only the first
+// Returns the address of the buffer's bytes, which the buffer owns. Only the first
 // IBuffer::get_Length bytes are valid.
 struct IBufferByteAccess : IUnknown {
     static constexpr GUID Iid = Guid("905a0fef-bc53-11df-8c49-001e4fc686da");
