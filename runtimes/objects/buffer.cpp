@@ -1,4 +1,3 @@
-// A buffer in memory.
 #include "runtimes/objects/buffer.h"
 
 namespace orv::objects {

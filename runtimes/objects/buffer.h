@@ -1,4 +1,4 @@
-// A buffer in memory.
+// A buffer that stores its bytes in memory.
 #pragma once
 
 #include <vector>

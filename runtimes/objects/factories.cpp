@@ -1,4 +1,3 @@
-// The factories of the six runtime classes.
 #include "runtimes/objects/factories.h"
 
 #include "runtimes/objects/object.h"

@@ -1,5 +1,5 @@
-// The parts of devices, services and characteristics that all runtimes share: recording calls and
-// rejecting wrong arguments and closed objects. A runtime implements the operations.
+// The part of devices, services and characteristics that all runtimes share: it records calls and
+// rejects wrong arguments and closed objects. A runtime implements the operations.
 #pragma once
 
 #include "runtimes/objects/buffer.h"
@@ -27,7 +27,7 @@ class DeviceObject : public Object<Stub<IBluetoothLEDevice>, Stub<IBluetoothLEDe
   private:
     virtual HRESULT FindServices(const GUID& uuid,
                                  IAsyncOperation<GattDeviceServicesResult>** operation) = 0;
-    // Close calls this function each time.
+    // Called by every call of Close.
     virtual void Shut() = 0;
 };
 
@@ -36,7 +36,8 @@ class ServiceObject : public Object<Stub<IGattDeviceService>, Stub<IGattDeviceSe
   public:
     explicit ServiceObject(Ref<DeviceObject> owner);
 
-    // Operations on a closed service and its characteristics are rejected.
+    // A service is closed with its device. Operations on a closed service and on its
+    // characteristics are rejected.
     bool IsClosed() const { return IsShut() || device->IsClosed(); }
     UINT64 Address() const { return device->Address(); }
 

@@ -1,4 +1,4 @@
-// Names of the members of lookup results, shared by all instances.
+// Member names under which calls of lookup results are recorded.
 #include "runtimes/objects/gatt_results.h"
 
 namespace orv::objects {

@@ -11,7 +11,7 @@ namespace orv::objects {
 // needs the last two to call the handler from any thread.
 bool IsProperHandler(IUnknown* handler, const GUID& ownIid) noexcept;
 
-// Owns one reference to a client's handler and counts the handler in the ledger.
+// Owns one reference to a client's handler and counts the handler in the ledger of references.
 template <typename Interface>
 class HandlerReference {
   public:

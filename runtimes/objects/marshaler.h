@@ -1,4 +1,4 @@
-// The free-threaded marshaler of the system, or a replacement on systems without apartments.
+// The system's free-threaded marshaler, or a replacement on systems without COM apartments.
 #pragma once
 
 #include "platform/abi/base.h"

@@ -1,4 +1,5 @@
-// A marshaler for systems without apartments. It cannot marshal, but handlers must provide one.
+// A marshaler for systems without COM apartments. It cannot marshal, but handlers must provide an
+// IMarshal.
 #include <new>
 
 #include "runtimes/objects/counted.h"

@@ -1,4 +1,3 @@
-// The system's free-threaded marshaler.
 #include "runtimes/objects/marshaler.h"
 
 namespace orv {

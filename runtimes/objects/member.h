@@ -1,4 +1,4 @@
-// The members of the runtime's classes. One list contains all declared members.
+// Descriptions of the functions of the runtime's classes, all in one list.
 #pragma once
 
 #include <atomic>
@@ -7,11 +7,11 @@
 
 namespace orv::objects {
 
-// One member of a runtime class, with the platform's names. It is never destroyed. The constructor
-// inserts it in the list of all members, so a member at namespace scope is listed before the first
+// A function of a runtime class, with the platform's names. It is never destroyed. The constructor
+// adds it to the list of all members, so a member at namespace scope is listed before the first
 // call.
 struct Member {
-    // `declared` is false for a member that was created by an unexpected call.
+    // `declared` is false for a member that was created when an unimplemented function was called.
     Member(const char* ownerName, const char* memberName, bool declared = true) noexcept
         : owner(ownerName), name(memberName), isDeclared(declared), next(first.load()) {
         while (!first.compare_exchange_weak(next, this)) {
@@ -27,7 +27,7 @@ struct Member {
     const bool isDeclared;
     Member* next;
 
-    // Data of the observer, stored here so that counting a call needs no search.
+    // Data of the call observer, stored here so that counting a call needs no search.
     std::atomic<UINT32> calls{0};
     std::atomic<HRESULT> failure{S_OK};
     std::atomic<bool> hangs{false};

@@ -1,4 +1,3 @@
-// Keeps the library file loaded.
 #include <dlfcn.h>
 #include <link.h>
 

@@ -1,4 +1,3 @@
-// Keeps the library file loaded.
 #include <windows.h>
 
 #include "runtimes/objects/module.h"

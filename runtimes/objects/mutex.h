@@ -40,7 +40,6 @@ class SCOPED_CAPABILITY Lock {
     Mutex* mutex;
 };
 
-// A condition variable. Each wait unlocks the mutex and locks it again before it returns.
 class Condition {
   public:
     void NotifyOne() { changed.notify_one(); }
@@ -50,7 +49,7 @@ class Condition {
         Adopted adopted(held);
         changed.wait(adopted.lock);
     }
-    // Both return false after a timeout.
+    // WaitFor and WaitUntil return false after a timeout.
     template <typename Duration>
     bool WaitFor(Mutex& held, Duration duration) REQUIRES(held) {
         Adopted adopted(held);

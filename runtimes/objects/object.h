@@ -14,7 +14,7 @@ namespace orv::objects {
 // (internal) separately. Deletes the object when no reference is left.
 class ObjectBase {
   public:
-    // If `ledgerOfObject` is null, no references are counted.
+    // Counts external references in `ledgerOfObject`, too, unless it is null.
     explicit ObjectBase(Ledger* ledgerOfObject) : ledger(ledgerOfObject) {}
     ObjectBase(const ObjectBase&) = delete;
     ObjectBase& operator=(const ObjectBase&) = delete;
@@ -114,7 +114,7 @@ std::shared_ptr<Base> ShareAs(T* object) {
     return std::shared_ptr<Base>(owner, object);
 }
 
-// Returns an object to the client with a new external reference.
+// Stores `object` in `receiver` for the client, with a new external reference.
 template <typename Interface, typename T>
 HRESULT Give(Interface** receiver, const Ref<T>& object) {
     if (receiver == nullptr) {

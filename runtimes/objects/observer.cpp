@@ -1,4 +1,3 @@
-// Storage for the process's observer.
 #include "runtimes/objects/observer.h"
 
 namespace orv::objects {

@@ -15,8 +15,8 @@ struct Argument {
     static Argument Text(const char* value) { return {value, 0, true}; }
 };
 
-// Counts references between the client and the runtime. An object keeps the ledger of its creation,
-// so a new count can start while older objects still exist.
+// Counts references between the client and the runtime. An object uses the ledger that was current
+// at its creation, so a new count can start while older objects still exist.
 struct Ledger {
     std::atomic<INT32> objects{0};     // objects that the client references
     std::atomic<INT32> references{0};  // the client's references to objects
@@ -49,7 +49,7 @@ inline CallObserver& TheObserver() {
     return *observer.load(std::memory_order_acquire);
 }
 
-// Notifies the observer, executes a member, and turns exceptions into E_OUTOFMEMORY.
+// Notifies the observer, executes the member's `body`, and turns exceptions into E_OUTOFMEMORY.
 template <typename Body>
 HRESULT Call(Member& member, const Argument& argument, Body&& body) noexcept {
     try {
@@ -66,7 +66,7 @@ HRESULT Call(Member& member, Body&& body) noexcept {
     return Call(member, Argument(), static_cast<Body&&>(body));
 }
 
-// Executes a member that reads a property.
+// Executes a member function that returns the property `value`.
 template <typename Value>
 HRESULT Property(Member& member, Value* result, const Value& value) noexcept {
     return Call(member, [&] {

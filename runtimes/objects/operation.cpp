@@ -1,4 +1,4 @@
-// Names of an operation's members, shared by all instances.
+// Member names under which calls of an operation are recorded.
 #include "runtimes/objects/operation.h"
 
 namespace orv::objects {

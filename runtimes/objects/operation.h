@@ -35,7 +35,7 @@ class Operation final : public Object<IAsyncOperation<T>, Stub<IAsyncInfo>> {
     // Returns the result of a completed operation. Each GetResults calls this function.
     using Result = std::function<HRESULT(Abi<T>*)>;
 
-    // If `refusal` is not S_OK, registering a handler fails with it.
+    // If `refusal` is not S_OK, registering a handler fails with this code.
     Operation(Invoker invokerOfLateHandlers, HRESULT refusal, Result resultWhenCompleted)
         : Object<IAsyncOperation<T>, Stub<IAsyncInfo>>(asyncOperationClass),
           invoker(invokerOfLateHandlers),

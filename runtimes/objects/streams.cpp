@@ -1,4 +1,3 @@
-// Reads and writes buffers in memory.
 #include "runtimes/objects/streams.h"
 
 namespace orv::objects {

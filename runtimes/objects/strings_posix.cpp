@@ -1,4 +1,4 @@
-// Implements the platform's strings on systems without them.
+// Implements the HSTRING functions on systems other than Windows.
 #include <cstdlib>
 #include <cstring>
 

@@ -1,4 +1,4 @@
-// Names of a vector's members, shared by all instances.
+// Member names under which calls of vectors and iterators are recorded.
 #include "runtimes/objects/vector.h"
 
 namespace orv::objects {

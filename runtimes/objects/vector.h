@@ -1,4 +1,4 @@
-// Vectors of runtime objects. Both classes are read-only: functions that change them fail.
+// IVectorView and IVector of runtime objects. Both are read-only: functions that change them fail.
 #pragma once
 
 #include <vector>

@@ -1,4 +1,4 @@
-// Control functions for recorded calls and for faults of calls.
+// The OrvWorld_ functions for recorded calls and for faults of calls.
 #include <algorithm>
 #include <cstring>
 

@@ -1,4 +1,4 @@
-// Templates for the control functions.
+// Templates that implement the OrvWorld_ functions.
 #pragma once
 
 #ifndef ORV_WORLD_BUILD

@@ -1,4 +1,4 @@
-// Connects the factories to the world.
+// Implements the factories with the objects of the simulated world.
 #include "runtimes/simulated/exports/factories.h"
 
 #include "runtimes/objects/factories.h"

@@ -1,4 +1,4 @@
-// States how the world is connected to the library. Each flavour of the library defines this
+// States how the world is connected to the library. Each flavour of the library defines the
 // function in its own file.
 #pragma once
 

@@ -1,4 +1,4 @@
-// Control functions for scenarios and the version.
+// The OrvWorld_ functions for scenarios and for the version.
 #include <sys/stat.h>
 
 #include <algorithm>

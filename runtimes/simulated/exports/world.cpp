@@ -1,4 +1,4 @@
-// Control functions for resets, time, adapter and radios.
+// The OrvWorld_ functions for resets, time, adapter and radios.
 #include "runtimes/simulated/exports/control.h"
 #include "runtimes/simulated/exports/flavour.h"
 

@@ -1,4 +1,3 @@
-// Reads and checks the values of a scenario.
 #include "runtimes/simulated/scenario/checked_fields.h"
 
 #include <algorithm>

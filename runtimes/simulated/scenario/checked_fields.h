@@ -11,7 +11,7 @@
 
 namespace orv::simulated {
 
-// A value and its path for error messages. The tree must outlive this object.
+// A value of a scenario, with its path for error messages. The value must outlive this object.
 class ScenarioField {
   public:
     ScenarioField(const ScenarioValue& valueOfField, std::string pathOfField)
@@ -32,7 +32,7 @@ class ScenarioField {
         const char* text;
         INT32 value;
     };
-    // Returns the value of the word in the field. Throws if the field contains none of `words`.
+    // Returns the value that `words` assigns to the field's text. Throws if `words` lacks it.
     INT32 OneOf(std::initializer_list<Word> words) const;
 
     std::vector<ScenarioField> Items() const;
@@ -42,7 +42,7 @@ class ScenarioField {
   private:
     friend class ScenarioObject;
     const ScenarioValue& Expect(ScenarioValue::Kind kind, const char* right) const;
-    // Returns the text as `parse` converts it.
+    // Converts the text with `parse`. Throws if that fails; `right` describes a correct text.
     template <typename Parse>
     auto Parsed(Parse parse, const char* right) const;
 
@@ -63,7 +63,7 @@ class ScenarioObject {
     INT32 Number(const char* name, INT32 standard, INT32 least, INT32 most) const;
     // Returns the items of a list, or an empty vector if the field is missing.
     std::vector<ScenarioField> Items(const char* name) const;
-    // Returns the one of `names` that exists. Throws if none or several exist.
+    // Returns the one of `names` that is a field of the object. Throws if none or several are.
     const char* OneOf(std::initializer_list<const char*> names) const;
 
     const ScenarioField& Field() const { return field; }

@@ -8,7 +8,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// The effect of an event on a device.
 using DeviceAction = std::function<void(World&, const Device&)>;
 
 EventAction ReadAdvertise(const ScenarioObject& object, const DeviceRecord& device)

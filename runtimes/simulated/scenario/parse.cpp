@@ -1,4 +1,3 @@
-// Parses addresses, identifiers and bytes that a user writes.
 #include "runtimes/simulated/scenario/parse.h"
 
 #include <cstring>

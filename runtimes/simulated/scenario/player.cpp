@@ -1,4 +1,3 @@
-// Configures the world from a scenario.
 #include "runtimes/simulated/scenario/player.h"
 
 namespace orv::simulated {

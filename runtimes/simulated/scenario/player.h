@@ -5,7 +5,8 @@
 
 namespace orv::simulated {
 
-// Returns false, without a reset, if a thread of the world calls it or a task does not finish.
+// Resets the world and starts the scenario. Returns false, without a reset, on a thread of the
+// world, or if pending answers and events make no progress for 30 s.
 bool PlayScenario(World& world, Scenario scenario, bool simulatedTime);
 
 }  // namespace orv::simulated

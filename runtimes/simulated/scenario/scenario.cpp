@@ -1,4 +1,3 @@
-// Reads a complete scenario.
 #include "runtimes/simulated/scenario/scenario.h"
 
 namespace orv::simulated {

@@ -9,7 +9,6 @@ namespace orv::simulated {
 // The effect of an event. Called with the world's mutex held.
 using EventAction = std::function<void(World&)>;
 
-// An event that happens once or several times.
 struct ScenarioEvent {
     EventAction action;
     Duration delay{0};    // time after the reset or the first link

@@ -1,4 +1,3 @@
-// Configured answers of operations.
 #include "runtimes/simulated/world/answer.h"
 
 #include "quelvixwinlib_simulated.h"

@@ -1,4 +1,4 @@
-// The configured answer to an operation of a device or of the machine.
+// The configured answer to an operation of a device, the adapter or the radios.
 #pragma once
 
 #include <optional>
@@ -21,9 +21,10 @@ struct Answer {
     std::optional<INT32> status;
     bool emptyList = false;
 
-    // Returns an answer with which an operation never ends.
+    // Returns the answer that makes an operation never end.
     static Answer Silence();
-    // Changes the property `manner`. Returns false if `manner` or `value` is invalid.
+    // Sets the property that `manner`, an OrvAnswer_ value, selects. Returns false if `manner` or
+    // `value` is invalid.
     bool Set(INT32 manner, INT32 value);
     objects::Ending Ending() const;
 };

@@ -1,4 +1,3 @@
-// Counts and records the library's calls.
 #include "runtimes/simulated/world/call_recorder.h"
 
 #include <chrono>
@@ -33,7 +32,8 @@ bool IsNamed(const Member& member, const char* name) {
            std::strcmp(member.name, name + ownerLength + 1) == 0;
 }
 
-// Combines the number of resets, the number of the call, and whether its argument is a number.
+// Encodes in one number: the number of resets, the number of the call, and whether its argument is
+// a number.
 UINT64 EntryNumber(UINT32 generation, UINT64 call, bool hasValue) {
     return UINT64{generation} << 40 | (call & ((UINT64{1} << 39) - 1)) << 1 | (hasValue ? 1 : 0);
 }
@@ -64,7 +64,7 @@ HRESULT CallRecorder::Called(Member& member, const Argument& argument) {
 void CallRecorder::Remember(UINT64 call, const Member& member, const Argument& argument) {
     Entry& entry = entries[call % Remembered];
     entry.number.store(0, std::memory_order_relaxed);
-    // Release order ensures that a reader that reads a new value also finds `number` changed later.
+    // Release order: a reader that has read a new value must also see that `number` changed.
     entry.member.store(&member, std::memory_order_release);
     entry.text.store(argument.text, std::memory_order_release);
     entry.value.store(argument.number, std::memory_order_release);
@@ -227,7 +227,8 @@ bool CallRecorder::AwaitCalls(const char* name, UINT64 count) {
     bool reached = false;
     while (!(reached = CallCount(name) >= count) && std::chrono::steady_clock::now() < end) {
         const Lock lock(mutex);
-        // The wait is short, because a call between the check and the wait does not end it.
+        // Waits only briefly, because a call between the check and the wait does not wake this
+        // thread.
         changed.WaitFor(mutex, std::chrono::milliseconds(2));
     }
     awaiting.fetch_sub(1);

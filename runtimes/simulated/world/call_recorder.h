@@ -11,8 +11,8 @@
 
 namespace orv::simulated {
 
-// A call without a configured fault takes a few atomic operations and no lock, because benchmarks
-// include it. Do not call any function while holding the world's mutex.
+// Recording a call without a configured fault takes a few atomic operations and no lock, because
+// benchmarks measure it. Do not call any function while holding the world's mutex.
 class CallRecorder final : public objects::CallObserver {
   public:
     CallRecorder();
@@ -24,7 +24,7 @@ class CallRecorder final : public objects::CallObserver {
 
     // Releases all hanging calls and removes all configured faults.
     void ReleaseAll();
-    // Sets all counts to 0. Later counts exclude objects and handlers from before the reset.
+    // Sets all counts to 0. Later counts exclude objects and handlers that already exist.
     void Begin();
 
     // Counts the calls of the member `Class.Name`, or all calls if `name` is null.
@@ -39,10 +39,10 @@ class CallRecorder final : public objects::CallObserver {
     // Returns a copy of the text that is never freed, for recorded arguments.
     const char* Text(const std::string& text);
 
-    // Returns whether a declared member has this name.
+    // Returns whether the world implements a member of this name.
     static bool HasMember(const char* name);
-    // Makes the n-th call from now fail, or removes the fault if `n` is 0. Returns the number of
-    // calls that were left until the previous fault.
+    // Makes the n-th call from now fail, or removes the fault if `n` is 0. Returns how many calls
+    // were left until the previously set fault.
     UINT64 FailCall(UINT64 n, HRESULT code);
     void FailMember(const char* name, HRESULT code);
     void Hang(const char* name, bool hang);

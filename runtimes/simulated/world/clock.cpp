@@ -1,4 +1,3 @@
-// The clock of the simulated world.
 #include "runtimes/simulated/world/clock.h"
 
 #include <algorithm>
@@ -12,12 +11,12 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-// Events count as blocked after this many checks without progress, at this interval. Checks are
+// Pass and Settle fail after `Patience` checks without progress, `BetweenLooks` apart. Checks are
 // counted instead of elapsed time, because a busy machine can delay each check.
 constexpr milliseconds BetweenLooks{100};
 constexpr int Patience = 300;
-// These limits apply while the library waits. They are smaller, because the library may hold the
-// lock that blocks the events.
+// Limits while the library waits. They are smaller, because the library may hold a lock that blocks
+// the handlers of events.
 constexpr int PatienceDuringWaits = 10;
 constexpr milliseconds BetweenLooksDuringWaits{5};
 

@@ -13,7 +13,7 @@
 
 namespace orv::simulated {
 
-// An event for which the library waits.
+// A synchronization event for which a thread of the library waits.
 struct KernelEvent {
     bool set GUARDED_BY(worldMutex) = false;
 };
@@ -21,14 +21,14 @@ struct KernelEvent {
 // Simulated time moves forward in `Pass`, and in `Advance` while the library does nothing but wait.
 // A reset changes only the result of `Now`, so a wait that lasts across a reset keeps its deadline.
 //
-// No function calls a handler or releases an object of the library while the mutex is held.
+// No function calls a handler or releases an object of the library while worldMutex is held.
 class Clock {
   public:
     using Action = std::function<void()>;  // called with the world's mutex held
 
     Clock();
 
-    // A scheduled event. Destroy cancelled ones while the mutex is not held, because they may hold
+    // A scheduled event. Destroy a cancelled event while worldMutex is not held, because it may own
     // handlers of the library.
     struct Timer {
         std::unique_ptr<Task> task;

@@ -1,4 +1,3 @@
-// The threads of the simulated world.
 #include "runtimes/simulated/world/delivery_threads.h"
 
 #include "runtimes/objects/module.h"
@@ -43,7 +42,7 @@ void DeliveryThreads::Prepare(Lane lane) {
     for (std::size_t i = 0; i < ThreadsOfLane[IndexOf(lane)]; ++i) {
         threads[threadCount] = std::thread([this, lane] { Run(lane); });
         ++threadCount;
-        // The lane works with one thread if the system refuses more.
+        // One thread suffices for this kind of task if the system refuses more.
         state.prepared = true;
     }
 }
@@ -92,8 +91,8 @@ void DeliveryThreads::Run(Lane lane) {
         } catch (...) {
             // The simulator is out of memory, so the answer or event is lost.
         }
-        // Destroys the work before the task counts as finished, and without the mutex, because the
-        // work may hold handlers of the library.
+        // Destroys the work before the task counts as finished, and while the mutex is not held,
+        // because the work may own handlers of the library.
         task->work = nullptr;
         worldMutex.Acquire();
         Finish(std::move(task));

@@ -18,8 +18,8 @@ using objects::Mutex;
 // library, because they may call the world.
 extern Mutex worldMutex;
 
-// Each kind of task has its own threads. Otherwise, handlers of events could wait on all threads
-// for a lock that a host thread holds until an answer arrives.
+// Each kind of task has its own threads. Otherwise, event handlers could occupy all threads while
+// they wait for a lock that a host thread holds until an answer arrives.
 enum class Lane { Answers, Advertisements, Notifications };
 constexpr std::size_t LaneCount = 3;
 
@@ -61,7 +61,6 @@ class DeliveryThreads {
     // Runs the task when its strand and a thread of its lane are free. Call Prepare first.
     void Post(std::unique_ptr<Task> task) noexcept REQUIRES(worldMutex);
 
-    // Returns the number of tasks that are posted and not finished.
     int Unfinished() const REQUIRES(worldMutex) { return unfinished; }
     int UnfinishedAnswers() const REQUIRES(worldMutex) { return unfinishedAnswers; }
     unsigned long Finished() const REQUIRES(worldMutex) { return finishedTasks; }

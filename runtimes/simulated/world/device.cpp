@@ -1,4 +1,3 @@
-// A device that the library has found.
 #include "runtimes/simulated/world/device.h"
 
 #include "quelvixwinlib_simulated.h"

@@ -8,7 +8,7 @@
 namespace orv::simulated {
 
 // Counts a device or service as open from the library's first reference to it until it is closed,
-// even if it was released before.
+// even if the library releases it without closing it.
 class OpenMark {
   public:
     explicit OpenMark(Device deviceOfObject) : device(std::move(deviceOfObject)) {}

@@ -1,4 +1,3 @@
-// Starts operations with configured answers.
 #include "runtimes/simulated/world/operations.h"
 
 namespace orv::simulated {

@@ -1,4 +1,3 @@
-// The adapter and the radios of the machine.
 #include "runtimes/simulated/world/radio.h"
 
 #include "quelvixwinlib_simulated.h"

@@ -45,7 +45,7 @@ class PacketListener {
     ~PacketListener() = default;
 };
 
-// The world's interface to a characteristic with handlers.
+// The world's interface to a characteristic with notification handlers.
 class NotificationSource {
   public:
     virtual bool IsOpen() const = 0;
@@ -111,7 +111,7 @@ struct DeviceRecord {
     // Number of the latest advertising timer. Earlier timers have no effect.
     UINT32 advertisingRound GUARDED_BY(worldMutex) = 0;
     std::vector<Registration> registrations GUARDED_BY(worldMutex);
-    // This list is empty after the first link begins to open.
+    // Empty after the device's first link has begun to open.
     std::vector<PendingEvent> pendingEvents GUARDED_BY(worldMutex);
     std::vector<std::vector<BYTE>> writes GUARDED_BY(worldMutex);
     std::atomic<INT32> openObjects{0};  // number of open device and service objects

@@ -1,4 +1,3 @@
-// A watcher of advertisements.
 #include "runtimes/simulated/world/watcher.h"
 
 #include "runtimes/simulated/world/world.h"

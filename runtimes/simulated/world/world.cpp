@@ -45,7 +45,8 @@ World::World() {
 
 bool World::Begin(bool simulatedTime) {
     calls.ReleaseAll();
-    // These variables are outside the lock's scope, because they release handlers of the library.
+    // These variables are destroyed after the lock is released, because they own handlers of the
+    // library.
     State forgotten;
     Clock::Timers undone;
     std::vector<std::vector<Registration>> registrations;

@@ -22,7 +22,7 @@ class World {
     struct State {
         bool adapter = false;
         std::vector<RadioRecord> radios;
-        // The number of radios at the first request. Later lists never contain more radios.
+        // Number of radios at the library's first request. Later lists never contain more.
         std::optional<std::size_t> radiosListed;
         bool canScan = true;
         std::map<UINT64, Device> devices;
@@ -35,23 +35,23 @@ class World {
         HRESULT waitRefusal = S_OK;
     };
 
-    // Resets the world. Returns false, without a reset, if a thread of the world calls it or a task
-    // does not finish.
+    // Resets the world. Returns false, without a reset, on a thread of the world, or if
+    // pending answers and events make no progress for 30 s.
     bool Begin(bool simulatedTime);
     void ArrangeDefault();
 
     Device Find(UINT64 address) const REQUIRES(worldMutex);
-    // Adds a device with the family's service. Returns null if the address is 0 or in use.
+    // Adds a device with the device family's service. Returns null if the address is 0 or in use.
     Device Add(UINT64 address) REQUIRES(worldMutex);
     const Answer& AnswerOf(UINT64 address, INT32 operation) const REQUIRES(worldMutex);
 
-    // Advertise sends a packet to a watcher, and Notify sends a value to a handler. The index -1
-    // selects all. Both return the number of receivers, or -1 if the watcher or handler does not
-    // exist.
+    // Advertise sends a packet to the watcher with this index, Notify sends a value to the handler
+    // with this index; -1 selects all. Both return the number of receivers, or -1 if the index does
+    // not exist.
     INT32 Advertise(DeviceRecord& device, INT32 packet, INT32 watcher) REQUIRES(worldMutex);
     INT32 Notify(DeviceRecord& device, const std::vector<BYTE>& value, INT32 registration)
         REQUIRES(worldMutex);
-    // Sends the given packet, as Advertise does.
+    // Like Advertise, but sends a packet that the caller provides.
     INT32 Send(DeviceRecord& device, const SharedPacket& packet, INT32 watcher)
         REQUIRES(worldMutex);
     void NotifyOpenLinks(DeviceRecord& device, const std::vector<BYTE>& value) REQUIRES(worldMutex);
@@ -67,8 +67,8 @@ class World {
     // Processes a block that was written to the device. Returns the time until the device
     // acknowledges the write.
     Duration Receive(const Device& device, const std::vector<BYTE>& block) REQUIRES(worldMutex);
-    // Adds a handler. This begins to open a link, so the device's pending events are scheduled.
-    // Does nothing for a device that a reset has removed.
+    // Adds a notification handler. This begins to open a link, so the device's pending events are
+    // scheduled. Does nothing for a device that a reset has removed.
     void AddRegistration(DeviceRecord& device, Registration registration) REQUIRES(worldMutex);
     // Returns the answer to an operation that starts now. A device that a reset has removed never
     // answers.
