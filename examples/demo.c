@@ -35,7 +35,7 @@ static double Seconds(void) {
     return (double)count.QuadPart / (double)frequency.QuadPart;
 }
 
-/* Returns whether the terminal supports colours. Sets UTF-8, because device names are UTF-8. */
+/* Returns whether the terminal supports colours. Sets UTF-8, as in device names. */
 static int PrepareTerminal(void) {
     const HANDLE console = GetStdHandle(STD_OUTPUT_HANDLE);
     DWORD mode = 0;
@@ -124,8 +124,8 @@ static const char* ValueText(uint8_t value, char* text) {
     return text;
 }
 
-/* Returns the data in hexadecimal without the zeros at its end, or "-" if there are only zeros,
- * because no scan response has set it. */
+/* Returns the data in hexadecimal without trailing zeros, or "-" if all bytes are 0, which means
+ * that no scan response has set them. */
 static const char* DataText(const uint8_t* data, char* text) {
     int length = 16, i;
     while (length > 0 && data[length - 1] == 0) {
@@ -137,7 +137,7 @@ static const char* DataText(const uint8_t* data, char* text) {
     return length > 0 ? text : "-";
 }
 
-/* Redraws a bar on a terminal; otherwise prints a line for each quarter. */
+/* Shows the progress: a bar on a terminal, otherwise a line for each quarter. */
 static void ShowProgress(int done, int* shown) {
     enum { Width = 40 };
     const int step = (onTerminal ? 100 : 4) * (done / 256) / (TotalBytes / 256);

@@ -11,9 +11,9 @@
  *
  * Every function returns a ResultCode. -1 (ORV_FAILED) means that the call failed; every other
  * value means success: 0, or the id, count or length that the function names. Note that
- * BluetoothAvailable returns 0 if Bluetooth is available. A count of bytes or devices that does not
- * fit is returned as 2147483647. No function throws an exception or sets errno. The system's last
- * error is not defined after a call.
+ * BluetoothAvailable returns 0 if Bluetooth is available. A count of bytes or devices that exceeds
+ * 2147483647 is returned as 2147483647. No function throws an exception or sets errno. The system's
+ * last error is not defined after a call.
  *
  * A call can fail in three ways, and -1 does not distinguish them:
  *
@@ -53,7 +53,8 @@
  *
  * The library waits at most 2000 ms for each asynchronous operation of the system. "Blocks" below
  * states the maximum sum of these waits for each function. The following calls into the system have
- * no timeout and add to it. They normally return at once, but the library cannot limit their time:
+ * no timeout and add to this sum. They normally return at once, but the library cannot limit their
+ * time:
  *
  *   - the first use of a system class in the process, which loads the system's libraries. It is
  *     most of the work of OrvScanner_Initialize, and part of BluetoothAvailable, OrvDevice_Connect,
@@ -137,7 +138,7 @@ typedef struct DiscoveredDevice {
     uint8_t padding[6];   /* 58: unused                                                        */
 } DiscoveredDevice;
 
-/* Each line fails to compile if the compiler's layout differs. */
+/* Each line fails to compile if the compiler's offset differs. */
 typedef char orv_check_address[offsetof(DiscoveredDevice, address) == 0 ? 1 : -1];
 typedef char orv_check_name[offsetof(DiscoveredDevice, name) == 8 ? 1 : -1];
 typedef char orv_check_rssi[offsetof(DiscoveredDevice, rssi) == 38 ? 1 : -1];

@@ -14,7 +14,7 @@
  *                                   rejects links
  *   11:22:33:44:55:66  "Lamp"       a device of another family
  *
- * OrvWorld_Reset replaces it by an empty world, which the caller then configures step by step.
+ * OrvWorld_Reset replaces it with an empty world, which the caller then configures step by step.
  *
  * CONVENTIONS
  *
@@ -107,17 +107,17 @@ ORV_WORLD_API int32_t OrvWorld_HoldTime(void);
 ORV_WORLD_API int32_t OrvWorld_ReleaseTime(void);
 
 /*
- * On simulated time, advances the clock by `milliseconds`, runs the events that are due, and
- * settles; also while time is held. On real time, waits that long. If a waiting thread of the
- * library holds a lock that handlers need, the call waits 1 s of real time for their events, which
- * are delivered later.
+ * On simulated time, also while it is held: advances the clock by `milliseconds`, runs the events
+ * that are due, and waits as OrvWorld_Settle does. If a thread that waits in the library holds a
+ * lock that event handlers need, returns after 1 s of real time; their events are delivered later.
+ * On real time, only waits for `milliseconds`.
  */
 ORV_WORLD_API int32_t OrvWorld_PassTime(int32_t milliseconds);
 
 /*
- * Waits until `count` threads are in a wait of the library. Call it before OrvWorld_PassTime if
- * another thread must have begun its wait, which the recorded calls do not show. Returns 0, or -1
- * after 30 s of real time or if the world is not linked into the library.
+ * Waits until `count` threads wait inside the library. Call it before OrvWorld_PassTime if another
+ * thread must already wait there; the recorded calls do not show waits. Returns 0, or -1 after 30 s
+ * of real time or if the world is not linked into the library.
  */
 ORV_WORLD_API int32_t OrvWorld_AwaitWaits(int32_t count);
 
@@ -148,17 +148,17 @@ enum { OrvPacket_Advertisement = 0, OrvPacket_ScanResponse = 1 };
 
 /*
  * Adds a device that lookups find. It has `name` in its advertisement (null: no name), no name in
- * its scan response, a signal of -60 dBm, no sections, and the family's service and characteristic.
- * Every operation succeeds without delay, but after the call that starts the operation has
- * returned. The device sends nothing by itself. Returns -1 if the address is in use or 0.
+ * its scan response, a signal of -60 dBm, no data sections, and the service and characteristic of
+ * the ORV family. Every operation succeeds without delay, but ends only after the call that starts
+ * it has returned. The device sends nothing by itself. Returns -1 if the address is in use or 0.
  */
 ORV_WORLD_API int32_t OrvWorld_AddDevice(uint64_t address, const char* name);
 
-/* Makes lookups return no device. The device still advertises. */
+/* Makes lookups of this address find no device. The device still advertises. */
 ORV_WORLD_API int32_t OrvWorld_ForgetDevice(uint64_t address);
 /* Makes lookups find the device again, as after OrvWorld_AddDevice. */
 ORV_WORLD_API int32_t OrvWorld_KnowDevice(uint64_t address);
-/* Makes lookups find the device after a started watcher has received a packet from it. */
+/* Makes lookups find the device only after a started watcher has received a packet from it. */
 ORV_WORLD_API int32_t OrvWorld_KnowOnceHeard(uint64_t address);
 
 /* Moves the device out of range (0) or into range (1). Out of range, it sends nothing by itself and
@@ -177,14 +177,15 @@ ORV_WORLD_API int32_t OrvWorld_SetLargestWrite(uint64_t address, int32_t bytes);
 ORV_WORLD_API int32_t OrvWorld_SetName(uint64_t address, int32_t packet, const uint16_t* name,
                                        int32_t length);
 ORV_WORLD_API int32_t OrvWorld_SetSignal(uint64_t address, int32_t dBm);
-/* Varies the signal of each packet by up to `dB`, 0 to 100, above or below the value that
- * OrvWorld_SetSignal set. That function sets the spread to 0. */
+/* Varies the signal of each packet by up to `dB`, 0 to 100, above or below its configured value.
+ * OrvWorld_SetSignal ends this. */
 ORV_WORLD_API int32_t OrvWorld_SetSignalSpread(uint64_t address, int32_t dB);
-/* Appends a section to a packet: a type byte and `length` data bytes. */
+/* Appends a data section to a packet: a type byte and `length` data bytes. */
 ORV_WORLD_API int32_t OrvWorld_AddSection(uint64_t address, int32_t packet, int32_t type,
                                           const uint8_t* data, int32_t length);
 ORV_WORLD_API int32_t OrvWorld_ClearSections(uint64_t address, int32_t packet);
-/* Sends both packets every `milliseconds` while a watcher is started. 0 stops this. */
+/* Sends both packets of the device every `milliseconds` while a watcher is started. 0 stops this.
+ */
 ORV_WORLD_API int32_t OrvWorld_SetAdvertisingInterval(uint64_t address, int32_t milliseconds);
 
 /* RemoveServices removes all services. AddService appends a service without characteristics and
@@ -212,8 +213,8 @@ enum {
     OrvOperation_WriteValue = 7           /* GattCharacteristic.WriteValueAsync */
 };
 
-/* Changes of the answer to an operation. Each changes one property of the answer. "value" is the
- * last argument of OrvWorld_Answer. */
+/* Values of `manner` for OrvWorld_Answer. Each changes one property of an operation's answer.
+ * "value" below is the last argument of OrvWorld_Answer. */
 enum {
     OrvAnswer_Standard = 0,          /* restores the standard answer */
     OrvAnswer_AtOnce = 1,            /* operation ends at its start; handler runs before its
@@ -256,10 +257,10 @@ ORV_WORLD_API int32_t OrvWorld_Notify(uint64_t address, const uint8_t* data, int
 /* ------------------------------------------------------------------------------ recorded calls */
 
 /*
- * The world records the library's calls into its objects since OrvWorld_Reset. A call has the
- * platform's names of class and member, such as "BluetoothLEAdvertisementWatcher.Start",
+ * The world records the library's calls into its objects since OrvWorld_Reset. A call is named
+ * after the platform's class and member, such as "BluetoothLEAdvertisementWatcher.Start",
  * "GattDeviceService.Close", "Radio.get_Kind", "IAsyncOperation.GetResults" or "IVectorView.GetAt".
- * A request for another interface is the member QueryInterface, a request for a factory is
+ * A request for another interface has the member QueryInterface; a request for a factory is
  * "RoGetActivationFactory". AddRef and Release are not recorded.
  */
 
@@ -269,9 +270,9 @@ ORV_WORLD_API int32_t OrvWorld_CallCount(const char* member);
 ORV_WORLD_API int32_t OrvWorld_AwaitCalls(const char* member, int32_t count);
 /*
  * Writes the name of call number `index` (0 is the first since OrvWorld_Reset), followed by a space
- * and its argument if that is a number: "BluetoothLEAdvertisementWatcher.put_ScanningMode 1". Cut
- * to `size` - 1 bytes and zero-terminated. Returns the full length, or -1 for an unknown index. At
- * least the latest 100,000 calls are kept; each byte of a notification takes two calls.
+ * and the recorded argument, if any: "BluetoothLEAdvertisementWatcher.put_ScanningMode 1". The text
+ * is cut to `size` - 1 bytes and zero-terminated. Returns the full length, or -1 for an unknown
+ * index. At least the latest 100,000 calls are kept; each byte of a notification takes two calls.
  */
 ORV_WORLD_API int32_t OrvWorld_CallAt(int32_t index, char* text, int32_t size);
 /* Like CallCount and CallAt, for members that the library must not call. Each such call returned
@@ -288,8 +289,9 @@ ORV_WORLD_API int32_t OrvWorld_WriteAt(uint64_t address, int32_t index, uint8_t*
 /* Returns the number of devices and services of this address that the library has not closed. */
 ORV_WORLD_API int32_t OrvWorld_OpenObjects(uint64_t address);
 
-/* Return three numbers: the world's objects, except factories, to which the library has references;
- * these references; and the library's handlers to which the world has references. */
+/* Return the number of the world's objects, except factories, that the library references; the
+ * number of these references; and the number of the library's handlers that the world references.
+ */
 ORV_WORLD_API int32_t OrvWorld_HeldObjects(void);
 ORV_WORLD_API int32_t OrvWorld_HeldReferences(void);
 ORV_WORLD_API int32_t OrvWorld_HeldHandlers(void);
@@ -311,9 +313,9 @@ ORV_WORLD_API int32_t OrvWorld_FailCall(int32_t n, int32_t code);
 ORV_WORLD_API int32_t OrvWorld_FailMember(const char* member, int32_t code);
 
 /*
- * Makes every call of `member` hang, before it has an effect, until OrvWorld_Release. For calls
- * without a timeout: Start, Stop, and Close of a service or a device. OrvWorld_AwaitCalls waits
- * until a call hangs.
+ * Makes every call of `member` hang, before it has an effect, until OrvWorld_Release. Meant for
+ * calls without a timeout: Start, Stop, and Close of a service or a device. OrvWorld_AwaitCalls
+ * waits until a call hangs.
  */
 ORV_WORLD_API int32_t OrvWorld_Hang(const char* member);
 ORV_WORLD_API int32_t OrvWorld_Release(const char* member);
@@ -323,13 +325,13 @@ ORV_WORLD_API int32_t OrvWorld_SetFactoriesAgile(int32_t agile);
 
 /*
  * Simulates a library file of this name, such as "Windows.Devices.dll", that provides the classes
- * which the runtime refuses. Null removes the file. Only if the world is linked into the library.
- * Each request is recorded as "DllGetActivationFactory" with the file's name as argument.
+ * which the runtime refuses. Null removes the file. Fails unless the world is linked into the
+ * library. Each request is recorded as "DllGetActivationFactory" with the file's name as argument.
  */
 ORV_WORLD_API int32_t OrvWorld_SetActivationLibrary(const char* name);
 
-/* Makes the next `count` waits of the library fail: creating their event fails with `code`. Only if
- * the world is linked into the library. */
+/* Makes the next `count` waits of the library fail: creating their event fails with `code`. Fails
+ * unless the world is linked into the library. */
 ORV_WORLD_API int32_t OrvWorld_FailWaits(int32_t count, int32_t code);
 
 #ifdef __cplusplus
