@@ -21,7 +21,7 @@ namespace orv::log {
 
 namespace {
 
-// The output may have hundreds of megabytes, so its buffer is larger than the standard one.
+// The output buffer is large, because the output may have hundreds of megabytes.
 constexpr std::size_t OutputBuffer = 65536;
 
 void ExplainLog(const std::string& path, Threads threads, bool json) {
@@ -43,7 +43,7 @@ struct Printing : Listener {
     TextPrinter& printer;
 };
 
-// Throws for a pipe, because following reads the file repeatedly. Accepts a missing file.
+// Rejects a pipe, because `orv log follow` reads the file repeatedly. Accepts a missing file.
 void RequireFollowable(const std::string& path) {
     std::error_code missing;
     const std::filesystem::file_status status = std::filesystem::status(PathOf(path), missing);
@@ -55,7 +55,7 @@ void RequireFollowable(const std::string& path) {
     }
 }
 
-// Writes a message each time the reason for waiting changes.
+// Reports why `orv log follow` waits, each time the reason changes.
 class WaitingLine {
   public:
     void Show(const std::string& path, const char* reason) {
@@ -104,7 +104,7 @@ std::string PageOf(LogFile& log, Threads threads) {
     return page;
 }
 
-// The options of explain, follow and report.
+// The options of `orv log` explain, follow and report.
 struct Options {
     std::string path;
     Threads threads = Threads::One;
@@ -149,7 +149,7 @@ void WriteReport(const std::string& path, Threads threads, const std::string& ou
 }
 
 void AddLogCommands(Command program) {
-    const auto options = std::make_shared<Options>();  // the commands share it
+    const auto options = std::make_shared<Options>();  // the commands share the options
     Command log = program.AddGroup("log", "Reads a diagnostics log and explains why calls failed.",
                                    "orv log explain quelvixwinlib.dll.log");
 

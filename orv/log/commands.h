@@ -11,7 +11,7 @@ namespace orv::log {
 // Adds the command group `log`. Its commands throw a Problem if they fail.
 void AddLogCommands(Command program);
 
-// Writes the report of a log to `output`. Throws a Problem if a file cannot be read or written.
+// Writes the report of a log to `output`. Throws a Problem if it cannot read or write a file.
 void WriteReport(const std::string& path, Threads threads, const std::string& output);
 
 }  // namespace orv::log

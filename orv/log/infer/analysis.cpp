@@ -7,7 +7,7 @@ namespace orv::log {
 
 namespace {
 
-// After so many calls without a result line, the host is assumed to write none for the function.
+// If a function has this many calls but no result line, the host probably writes none for it.
 constexpr std::uint64_t SilentCalls = 3;
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Converts the bytes of a log to calls and notes.
+// Converts a log to calls, and to notes about other problems.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace orv::log {
 
-// Receives the results of an analysis. The bytes passed to Feed must outlive `entry.words`.
+// Receives the results of an analysis. `entry.words` points into the bytes passed to Feed.
 class Listener {
   public:
     virtual ~Listener() = default;
@@ -20,7 +20,7 @@ class Listener {
 };
 
 struct Totals {
-    std::uint64_t lines = 0;  // number of complete lines with a stamp
+    std::uint64_t lines = 0;  // number of complete lines with a time stamp
     std::int32_t firstStamp = 0;
     std::int32_t lastStamp = 0;
     std::int64_t firstTime = 0;
@@ -30,7 +30,7 @@ struct Totals {
 // Determines for which functions the host writes result lines.
 class ResultFinder {
   public:
-    // Works as Analysis::Feed.
+    // Works like Analysis::Feed.
     std::size_t Feed(std::string_view bytes, bool isEnd = true);
     ResultUse Use() const;
 
@@ -42,15 +42,14 @@ class Analysis {
   public:
     Analysis(Listener& listener, ResultUse results, Threads threads);
 
-    // Reads the next lines and returns the number of bytes read. Before the end of the log, it does
-    // not read a line that may continue: pass the unread bytes again, followed by the next ones. At
-    // the end, it ignores an incomplete last line.
+    // Returns the number of bytes read. Before the end of the log, this excludes a line that may
+    // continue: pass its bytes again with the next ones. Ignores an incomplete last line.
     std::size_t Feed(std::string_view bytes, bool isEnd = true);
     void End();
 
     const Totals& Sums() const { return totals; }
 
-    // Returns a line number. The listener has received every call that begins before that line.
+    // Returns the line number before which the listener has received all calls.
     std::uint64_t CompleteUntil() const { return calls.OldestOpen(); }
 
   private:

@@ -9,23 +9,23 @@
 
 namespace orv::log {
 
-// States whether the call's link or session existed during the whole call.
+// Present: the call's link or session existed during the whole call. Absent: at no time during it.
 enum class Presence : std::uint8_t { Unknown, Present, Absent };
 
-// The possible writers of the failure lines of a call.
+// Who may have written the failure lines of a call.
 enum class Owner : std::uint8_t { ThisCall, ThisOrCallback, ThisOrOther };
 
-// The failure lines of a call.
+// The failure lines that appear during a call.
 struct Failures {
     std::int64_t count = 0;
     bool outOfMemory = false;  // the first line reports that memory ran out
-    bool unknownType = false;  // the first line reports a failure of the system
+    bool unknownType = false;  // the first line reports that a system call failed
     std::int64_t first = 0;    // ms from the start of the call to the first line
     std::string text;          // beginning of the first line, without "Exception: "
     Owner owner = Owner::ThisCall;
 };
 
-// Bounds of a duration in ms. Both are equal if a result line states the duration.
+// Bounds of a duration in ms. They are equal if a result line states it.
 struct Bounds {
     std::int64_t atLeast = 0;
     std::optional<std::int64_t> atMost;
@@ -33,9 +33,9 @@ struct Bounds {
     bool Exact() const { return atMost == atLeast; }
 };
 
-// The state of the call's device before the call, as far as the log shows it.
+// What the log shows about the call's device before the call.
 struct DeviceEvidence {
-    bool isKnown = false;  // advertised or connected before, so the system knows its address
+    bool isKnown = false;  // an earlier advertisement or link, so the system knows the address
     bool isBusy = false;   // an earlier connect timed out, and the system may still be connecting
 };
 
@@ -45,20 +45,20 @@ struct Call {
     std::int64_t start = 0;
     std::uint64_t line = 0;
     std::optional<std::int32_t> result;
-    bool resultLogged = false;  // false if the result was concluded or is unknown
+    bool resultLogged = false;  // a result line states `result`
     bool logEnded = false;      // the log ends during the call
-    bool isHanging = false;     // no result line, so the call did not return
+    bool isHanging = false;     // the result line is missing, so the call did not return
     Bounds duration;
-    std::int64_t lockWait = 0;  // maximum time in ms of waiting for other calls
+    std::int64_t lockWait = 0;  // maximum wait in ms for other calls' locks
     Failures failures;
     Presence presence = Presence::Unknown;
     DeviceEvidence device;
-    bool indexListed = false;        // for GetDeviceInfo: the index was in the list
-    bool lastLink = false;           // for Disconnect: it closed the last known link of the address
-    std::int64_t notifications = 0;  // for Connect: notifications from its address during the call
+    bool indexListed = false;        // for GetDeviceInfo: the index was certainly valid
+    bool lastLink = false;           // for Disconnect: no known link of the address remains
+    std::int64_t notifications = 0;  // for Connect: notifications of the device during the call
     std::int64_t notifiedBytes = 0;
 
-    // Returns the minimum duration without the time of waiting for other calls.
+    // Returns the minimum duration without `lockWait`.
     std::int64_t OwnAtLeast() const {
         return duration.atLeast > lockWait ? duration.atLeast - lockWait : 0;
     }

@@ -12,16 +12,15 @@ namespace {
 // A call that began more than this many ms before the first log line is not in the log.
 constexpr std::int64_t BeforeLog = 100;
 
-// A call without a result line counts as ended after this time in ms, if calls overlap. It allows
-// for several waits of 2000 ms and for closing links.
+// If calls may overlap, a call without a result line counts as ended after this time in ms, which
+// allows for several waits and for closing links.
 constexpr std::int64_t Longest = 15'000;
 
-// A host has fewer threads. If more calls are open, the oldest one will have no result line.
+// Hosts have fewer threads. If this many calls are open, the oldest one counts as ended.
 constexpr std::size_t MostOpen = 200;
 constexpr std::size_t MostHolds = 200;
 
-// The library's failure texts are shorter. A forged text may be longer, and each open call stores a
-// copy.
+// Cuts forged failure texts, because each open call stores a copy. The library's are shorter.
 constexpr std::size_t LongestFailureText = 120;
 
 bool IsOfAddress(const Call& call, std::uint64_t address) {
@@ -102,7 +101,7 @@ void CallTracker::EndWhatMustHaveEnded(std::int64_t time) {
 }
 
 void CallTracker::AddResult(const Entry& entry) {
-    // While a log grows, its first result line may follow many calls.
+    // In a growing log, the first result line of a function may follow many calls.
     results.set(static_cast<std::size_t>(entry.subject.function));
     const bool inLog = entry.time - entry.duration >= *logBegin - BeforeLog;
     std::size_t best = open.size();
@@ -132,8 +131,7 @@ void CallTracker::AddFailure(const Entry& entry) {
         return;
     }
     ++failureCount;
-    // Visits each call only for its first failure line, so the time does not grow with the number
-    // of open calls.
+    // Visits each call only for its first failure line, so many open calls cost little time.
     for (; withFailure < open.size(); ++withFailure) {
         Call& call = open[withFailure]->call;
         call.failures.text = entry.words.substr(0, LongestFailureText);
@@ -148,15 +146,13 @@ void CallTracker::AddFailure(const Entry& entry) {
     }
 }
 
-// Returns whether a callback may have written the failure line. A callback can fail before it
-// writes its trace line, so any scan or link may be the reason, even one that is older than the
-// log.
+// Returns whether a callback may have written the failure line. A callback can fail before its
+// trace line, so the source may be any scan or link, even one older than the log.
 bool CallTracker::CallbackMayFail(const OpenCall& opened) const {
     const Call& call = opened.call;
     const Function function = call.subject.function;
     const bool starts = function == Function::Start || function == Function::Connect;
-    // Without a result line, this call may have ended, and a callback of its scan or link may have
-    // failed.
+    // Without result lines, this call may have returned, and a callback of its scan or link failed.
     const std::uint64_t own = starts && WritesResults(function) ? 1 : 0;
     const bool mayUseOlder = function != Function::Connect &&
                              FactsOf(function).traces != Traces::Nothing &&

@@ -1,4 +1,4 @@
-// Combines the entries of a log to calls with results, failures and durations.
+// Combines log lines into calls with results, failures and durations.
 #pragma once
 
 #include <bitset>
@@ -27,8 +27,8 @@ using ResultUse = std::bitset<FunctionCount>;
 class CallTracker {
   public:
     // A call of a function in `results` ends only with its result line; `threads` decides when
-    // other calls end. `onCall` receives each ended call, `onForeign` each failure line that a
-    // callback wrote while no call was open.
+    // other calls end. `onCall` receives each ended call, `onForeign` each failure line
+    // outside all calls.
     CallTracker(ResultUse results, Threads threads, std::function<void(const Call&)> onCall,
                 std::function<void(const Entry&)> onForeign);
 
@@ -36,7 +36,7 @@ class CallTracker {
     // Ends all open calls.
     void End();
 
-    // Returns the line number of the oldest open call, or the largest number if no call is open.
+    // Returns the line number of the oldest open call, or the largest number if none is open.
     std::uint64_t OldestOpen() const;
 
     // Returns the number of result lines whose calls began before the log.
@@ -46,7 +46,7 @@ class CallTracker {
     struct OpenCall {
         Call call;
         HandleStates::Snapshot begin;
-        std::uint64_t failuresBefore = 0;  // failureCount before this call
+        std::uint64_t failuresBefore = 0;  // `failureCount` when the call began
     };
     struct LockHold {
         Family family;
@@ -68,19 +68,18 @@ class CallTracker {
     Threads threads;
     std::function<void(const Call&)> onCall;
     std::function<void(const Entry&)> onForeign;
-    // Open calls in the order of their trace lines. Pointers, because erasing one moves all that
-    // follow.
+    // Open calls in the order of their trace lines. Holds pointers, because erasing moves elements.
     std::vector<std::unique_ptr<OpenCall>> open;
     std::size_t withFailure = 0;  // the first `withFailure` open calls have a failure line
     std::uint64_t failureCount = 0;
-    std::uint64_t lastShared = 0;  // number of the latest failure line with several open calls
-    std::deque<LockHold> holds;    // times during which ended calls held a lock
+    std::uint64_t lastShared = 0;  // number of the latest failure line that several calls may own
+    std::deque<LockHold> holds;    // when ended calls held a lock
     HandleStates book;
     DeviceHistory devices;
     std::int64_t latest = 0;
     std::optional<std::int64_t> logBegin;
     bool callbackSeen = false;
-    std::uint64_t scansStarted = 0;  // Start calls, whose callbacks can fail later
+    std::uint64_t scansStarted = 0;  // number of Start calls, whose callbacks can fail later
     std::uint64_t linksStarted = 0;
     std::uint64_t unmatchedResults = 0;
 };

@@ -6,13 +6,13 @@ namespace orv::log {
 
 namespace {
 
-// Minimum duration in ms of a successful call for which causes are reported.
+// A successful call is explained only if it took at least this many ms.
 constexpr std::int64_t Slow = 1000;
 
 // Maximum duration in ms of a call that is rejected without a wait.
 constexpr std::int64_t Immediate = 250;
 
-// Collects the possible causes of a call.
+// Collects the possible causes of a call's failure or delay.
 struct SuspectList {
     const Call& call;
     Suspects suspects;
@@ -37,10 +37,9 @@ struct SuspectList {
     // Returns whether the call may have been rejected without a failure line.
     bool MayBeSilent() const { return !HasFailure() || call.failures.owner != Owner::ThisCall; }
     bool MayBeImmediate() const { return MayBeSilent() && Told(call.OwnAtLeast()) <= Immediate; }
-    // Returns whether the call took longer than its waits can take, because the machine slept or a
-    // system call was slow.
+    // Returns whether the call took longer than its waits can, for example if the machine slept.
     bool IsBeyondWaits() const { return Told(call.OwnAtLeast()) < call.OwnAtLeast(); }
-    // Returns `time`, or 0 if the waits cannot explain it, because such a time proves nothing.
+    // Returns `time`, or 0 if it is longer than all waits, because it then proves nothing.
     std::int64_t Told(std::int64_t time) const {
         const int waits = FactsOf(call.subject.function).waits;
         return waits > 0 && time > waits * (WaitLimit + Late) ? 0 : time;
@@ -51,7 +50,7 @@ struct SuspectList {
         }
         return call.failures.outOfMemory ? Cause::OutOfMemory : Cause::StandardFailure;
     }
-    // Returns the bounds of the time until the failed operation ended.
+    // Returns the bounds of the time from the call's start to the end of the failed operation.
     WaitTimes Until() const {
         if (HasFailure() && !MayBeSilent()) {
             return UntilFailure();
@@ -80,11 +79,11 @@ void ExplainAvailable(SuspectList& found) {
     found.AddSteps(Cause::Ended, answered);
 }
 
-constexpr Steps WithService = 0b11110;  // the waits after which connect must close something
-constexpr Steps WithList = 0b01010;     // the waits for a list from the system
-constexpr Steps WithOwner = 0b01110;    // the waits that fail while another program is connected
+constexpr Steps WithService = 0b11110;  // waits of connect after the device was opened
+constexpr Steps WithList = 0b01010;     // waits for a list of services or characteristics
+constexpr Steps WithOwner = 0b01110;    // waits that fail if another program uses the device
 
-// Adds the causes for which connect writes no failure line.
+// Adds the causes that make connect fail without a failure line.
 void AddSilentConnect(SuspectList& found, const WaitTimes& times, Steps among) {
     const Steps answered = times.Answered(5) & among;
     const Steps missed = times.Missed(5) & among;
@@ -155,7 +154,7 @@ void ExplainSend(SuspectList& found) {
     }
 }
 
-// Explains Disconnect, Receive and Flush.
+// Explains a failed Disconnect, Receive or Flush.
 void ExplainLinkCall(SuspectList& found) {
     if (found.HasFailure()) {
         found.Add(found.Raised());
@@ -218,7 +217,7 @@ bool Closes(const Call& call) {
            call.subject.function == Function::Connect;
 }
 
-// Adds causes of hanging first, because a rejected call would have returned.
+// Runs before ExplainFailure, because a rejected call would have returned.
 void ExplainHanging(SuspectList& found) {
     const Call& call = found.call;
     if (call.lockWait > Immediate) {

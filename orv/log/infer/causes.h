@@ -1,4 +1,4 @@
-// The possible causes of a failed or slow call.
+// The possible causes of a call's failure or delay.
 #pragma once
 
 #include <cstdint>
@@ -11,14 +11,14 @@
 namespace orv::log {
 
 enum class Cause : std::uint8_t {
-    LimitPassed,     // a wait of 2000 ms timed out
+    LimitPassed,     // a wait timed out after 2000 ms
     SystemBusy,      // the system was still connecting for an earlier call
-    Unacknowledged,  // the device accepted the block and acknowledged it too late
+    Unacknowledged,  // the device accepted the block, but acknowledged it too late
     InUse,           // another program uses the device's service
     Refused,         // the device or the system rejected the operation
     Ended,           // the system ended the operation without an answer
     UnknownDevice,   // the system knows no device of this address
-    NotOffered,      // the device lacks the family's service or characteristic
+    NotOffered,      // the device lacks the required service or characteristic
     NoAdapter,
     NoRadioOn,
     NoLink,
@@ -28,9 +28,9 @@ enum class Cause : std::uint8_t {
     NullPointer,
     SystemFailure,
     OutOfMemory,
-    StandardFailure,  // another exception of the C++ library
-    ClosingFailed,    // connect failed without a line, then closing wrote the failure line
-    ClosingSlow,      // closing has no timeout and was slow
+    StandardFailure,  // an exception of the C++ library except bad_alloc
+    ClosingFailed,    // connect failed silently, then closing wrote the failure line
+    ClosingSlow,      // closing the device has no timeout and was slow
     ClosingHangs,
     WaitedForOthers,  // another call held the lock
     SystemSlow,       // a system call without a timeout was slow
@@ -41,19 +41,19 @@ enum class Cause : std::uint8_t {
 
 constexpr int CauseCount = 26;
 
-// A set of a function's waits. Bit 0 is the first wait.
+// A set of a function's waits for the system. Bit 0 is the first wait.
 using Steps = std::uint8_t;
 
 struct Suspect {
     Cause cause;
-    Steps steps = 0;  // 0 if the cause applies to no wait
+    Steps steps = 0;  // waits in which the cause may occur; 0 if none
 };
 
 // Possible causes, the likeliest first. Empty if there is nothing to explain.
 using Suspects = std::vector<Suspect>;
 
-// Returns all causes that the log allows. A successful call has causes only if it was slow. A call
-// with an unknown result is explained like a failed call.
+// Returns all causes that the log does not exclude. A successful call has causes only if it was
+// slow. A call with an unknown result is explained like a failed call.
 Suspects Explain(const Call& call);
 
 // Returns whether the result is known or the log shows a sign of failure.
@@ -65,8 +65,8 @@ constexpr std::int64_t WaitLimit = 2000;
 constexpr std::int64_t Early = 20;
 constexpr std::int64_t Late = 100;
 
-// Bounds in ms of the time from the start of a call to the end of its last wait. The waits follow
-// each other, and each takes at most WaitLimit.
+// Bounds in ms of the time from a call's start to the end of its last wait. The waits follow each
+// other; each takes at most WaitLimit.
 struct WaitTimes {
     std::int64_t atLeast;
     std::int64_t atMost;
@@ -78,7 +78,7 @@ struct WaitTimes {
         });
     }
 
-    // Returns the waits, among the first `count`, that may be the last one and did not time out.
+    // Returns the waits, among the first `count`, that may have ended the call without a timeout.
     Steps Answered(int count) const {
         return Among(count, [this](std::int64_t waits) { return atLeast < waits * WaitLimit; });
     }

@@ -1,4 +1,4 @@
-// Stores which devices are known and when connecting to them timed out.
+// Stores which devices the system knows and when connecting to them timed out.
 #pragma once
 
 #include <cstdint>
@@ -13,16 +13,16 @@ class DeviceHistory {
   public:
     void AddAdvertisement(std::uint64_t address) { devices[address].isKnown = true; }
 
-    // Returns the state before a call that begins at `time`.
+    // Returns the device's state before a call that begins at `time`.
     DeviceEvidence Before(const Subject& subject, std::int64_t time) const;
 
-    // Updates the device of a call that has ended.
+    // Updates the state of the call's device.
     void Add(const Call& call);
 
   private:
     struct Device {
         bool isKnown = false;
-        std::optional<std::int64_t> lastTimeout;  // start of the connect that timed out
+        std::optional<std::int64_t> lastTimeout;  // start of the latest connect that timed out
     };
     std::unordered_map<std::uint64_t, Device> devices;
 };

@@ -10,19 +10,19 @@ namespace {
 // Maximum time in ms from an advertisement to its scan response.
 constexpr std::int64_t ResponseTime = 50;
 
-// Maximum length in bytes of a name in a record.
+// Maximum length in bytes of a name in a device record.
 constexpr std::size_t LongestName = 29;
 
-// Signal strength of a device that the system no longer receives.
+// Signal strength in dBm of a device that the system no longer receives.
 constexpr std::int64_t NotHeard = -127;
 
-// If more bytes than this wait to be received, a note reports it.
+// If more bytes than this wait for OrvDevice_Receive, a note reports it.
 constexpr std::int64_t Flood = 65536;
 
-// Length in bytes of a block that every link accepts.
+// Maximum length in bytes of a block that every link accepts.
 constexpr std::int32_t SafeBlock = 20;
 
-// If a device is silent for this many ms after a block, it does not answer.
+// A device that is silent for this many ms after a block counts as not answering.
 constexpr std::int64_t AnswerTime = 1000;
 
 }  // namespace
@@ -37,7 +37,7 @@ void DeviceNotes::AddAdvertisement(const Entry& entry) {
     if (entry.number == NotHeard) {
         lost.CountAt(entry);
     }
-    // A scan response without a name does not change the record's name.
+    // Ignores nameless scan responses, because they do not change the record's name.
     if (entry.words.empty() && device.hasName && entry.time - device.heard > ResponseTime) {
         nameless.CountAt(entry);
     }
@@ -97,7 +97,7 @@ void DeviceNotes::Learn(const Call& call, Device& device) {
             device.queued = 0;
             break;
         case Function::Send:
-            // A failed send is explained as a call.
+            // Failed sends are explained anyway, so they do not count.
             if (call.result == -1 && call.subject.number > SafeBlock) {
                 device.unanswered.count = std::max<std::int64_t>(device.unanswered.count - 1, 0);
             }

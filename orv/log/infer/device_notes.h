@@ -1,4 +1,4 @@
-// Finds notes about devices, such as cut names.
+// Finds problems of devices, such as names that are too long.
 #pragma once
 
 #include <cstdint>
@@ -18,17 +18,17 @@ class DeviceNotes {
     void AddAdvertisement(const Entry& entry);
     void AddNotification(const Entry& entry);
     void AddTrace(const Entry& entry);
-    void AddCall(const Call& call);  // call it when `call` has ended
+    void AddCall(const Call& call);  // only after `call` has ended
     void End(std::int64_t latest);
 
   private:
     struct Device {
         bool hasName = false;
         std::int64_t heard = 0;   // time of the latest advertisement
-        std::int64_t queued = 0;  // minimum number of notified bytes that were not received
-        bool isFlooded = false;   // the note about queued bytes was reported
-        bool isUnlinked = false;  // disconnected, so notifications are dropped
-        Note unanswered{NoteKind::BlocksUnanswered};  // sends since the latest notification
+        std::int64_t queued = 0;  // lower bound of the bytes that the host has not received
+        bool isFlooded = false;   // the note BytesNotTaken was reported
+        bool isUnlinked = false;  // no link, so notifications are dropped
+        Note unanswered{NoteKind::BlocksUnanswered};  // long sends since the latest notification
     };
 
     static void Learn(const Call& call, Device& device);

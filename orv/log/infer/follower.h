@@ -11,12 +11,12 @@ namespace orv::log {
 
 class Follower {
   public:
-    // Passes the content of `path` to `listener`. Starts again if the log is emptied.
+    // Passes the calls and notes of the log `path` to `listener`. Starts again if it is emptied.
     Follower(std::string path, Threads threads, Listener& listener);
 
     enum class Found { Nothing, Lines, Emptied, NoFile };
 
-    // Reads the bytes that were appended since the last call. After Emptied, call it again.
+    // Reads the bytes appended since the last call. If it returns Emptied, call it again.
     Found Poll();
     void End();
 
@@ -32,8 +32,8 @@ class Follower {
     Listener& listener;
     std::unique_ptr<Analysis> analysis;
     std::uint64_t position = 0;  // offset of the next byte to read
-    std::string tail;            // the bytes before `position`, to detect a new file
-    std::string unfinished;      // the bytes of a line without a line end
+    std::string tail;        // the last bytes before `position`; if they change, the file is new
+    std::string unfinished;  // the bytes of a line whose end is not written yet
 };
 
 }  // namespace orv::log

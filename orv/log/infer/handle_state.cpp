@@ -52,18 +52,18 @@ HandleStates::Snapshot HandleStates::Begin(const Subject& call) {
         handle.lastEmptied = now;
         ++handle.emptying;
     }
-    // Counts the running calls, including this one, that may add or remove the handle.
+    // Counts the running calls, including this one, that may add or remove a link or session.
     handle.creating += IsCreating(call.function) ? 1 : 0;
     handle.removing += IsRemoving(call.function) ? 1 : 0;
     const bool session = FactsOf(call.function).family == Family::Scanner;
     Presence presence = handle.Now();
     if (session && call.ScannerId() < 0) {
-        // The library never returns negative ids.
+        // The library never returns a negative scannerId.
         presence = Presence::Absent;
     } else {
         const int creating = session ? initializing : handle.creating;
-        // The presence is valid for the whole call only if no other running call can change it. A
-        // call that removes the handle does so at its end.
+        // The presence is valid for the whole call only if no other running call can change it. The
+        // call itself changes it only at its end.
         const bool othersRemove =
             handle.removing > 0 && !(handle.removing == 1 && IsRemoving(call.function));
         const bool changes = (presence == Presence::Absent && creating > 0) ||
@@ -83,8 +83,7 @@ void HandleStates::End(Call& call, const Snapshot& begin) {
         lastInitialized = now;
         if (Succeeded(call)) {
             HandleState& created = sessions[static_cast<std::uint32_t>(*call.result)];
-            // After Initialize returns, another thread can deinitialize the id before this result
-            // line is written.
+            // Another thread can deinitialize the session before this result line is written.
             const bool removed = created.removing > 0 || created.lastRemoved > begin.moment;
             created.atLeast = removed ? 0 : 1;
             created.noOther = false;
@@ -103,11 +102,10 @@ void HandleStates::End(Call& call, const Snapshot& begin) {
                                : handle.creating > 0 || handle.lastAdded > begin.moment;
     const bool removed = handle.removing > 0 || handle.lastRemoved > begin.moment;
     const bool negative = session && call.subject.ScannerId() < 0;
-    // The presence is unknown if another call may have added or removed the handle during this
-    // call.
+    // The presence is unknown if another call may have changed it during this call.
     const bool changed = !negative && (begin.presence == Presence::Absent ? added : removed);
     call.presence = changed ? Presence::Unknown : begin.presence;
-    // The list only grows between two starts, so an index that was valid remains valid.
+    // Between two Start calls, a session's list only grows, so a valid index remains valid.
     call.indexListed = handle.lastEmptied <= begin.moment && call.subject.number >= 0 &&
                        call.subject.number < begin.listed;
     const Overlap others{added, removed, handle.emptying > 0 || handle.lastEmptied > begin.moment};
@@ -122,7 +120,7 @@ void HandleStates::LearnSession(const Call& call, HandleState& handle, const Ove
     switch (call.subject.function) {
         case Function::Deinitialize:
             handle.atLeast = 0;
-            // A success or a rejection proves that the id has no session. A failure proves nothing.
+            // A success or a rejection proves that the session is gone. A failure proves nothing.
             handle.noOther = !others.added && (Succeeded(call) || Refused(call));
             handle.lastRemoved = now;
             return;
@@ -142,7 +140,7 @@ void HandleStates::LearnSession(const Call& call, HandleState& handle, const Ove
             if (Succeeded(call) && !others.removed) {
                 handle.atLeast = 1;
             }
-            return;  // -1 may also mean a wrong index or a null pointer
+            return;  // -1 proves nothing, because the index or pointer may be wrong
         default:
             break;
     }
@@ -171,7 +169,7 @@ void HandleStates::LearnLink(Call& call, HandleState& handle, const Overlap& oth
                 handle.atLeast = 0;
                 handle.noOther = true;
             } else if (Succeeded(call) || !call.result) {
-                // If it may have failed, the link may still exist.
+                // If Disconnect may have failed, the link may still exist.
                 handle.noOther = handle.noOther && (call.result || call.failures.count == 0);
                 handle.atLeast = std::max(handle.atLeast - 1, 0);
                 call.lastLink = handle.atLeast == 0;

@@ -1,5 +1,5 @@
-// Derives from results which links and scanner sessions exist. A log may begin after the host's
-// first call, so every state is unknown at first.
+// Works out which links and scanner sessions exist from the results of the logged calls. At first,
+// every state is unknown, because links and sessions may be older than the log.
 #pragma once
 
 #include <cstdint>
@@ -9,20 +9,19 @@
 
 namespace orv::log {
 
-// A position in the order in which calls begin and end. Two calls overlap if one ends after the
-// other begins.
+// Sequence number of the start or end of a call. Comparing two shows whether calls overlap.
 using Moment = std::uint64_t;
 
-// The state of an address, which may have several links, or of a scannerId.
+// The state of the links of an address, or of the session of a scannerId.
 struct HandleState {
-    int atLeast = 0;       // minimum number of links or sessions
-    bool noOther = false;  // there are at most `atLeast`
+    int atLeast = 0;       // lower bound of the number of links or sessions
+    bool noOther = false;  // true if `atLeast` is the exact number
     int creating = 0;      // running calls that may add a link or session
     int removing = 0;      // running calls that may remove a link or session
     int emptying = 0;      // running Start calls, which empty the session's list
-    Moment lastAdded = 0;  // when the latest call that may have added one ended
+    Moment lastAdded = 0;  // end of the latest call that may have added a link
     Moment lastRemoved = 0;
-    std::int64_t listed = 0;  // minimum length of a session's list
+    std::int64_t listed = 0;  // lower bound of the session's list length
     Moment lastEmptied = 0;
 
     Presence Now() const;
@@ -39,13 +38,13 @@ class HandleStates {
 
     Snapshot Begin(const Subject& call);
 
-    // Sets presence, indexListed and lastLink of `call`, then updates the state. Begin returned
-    // `begin` for this call.
+    // Sets presence, indexListed and lastLink of `call`, for which Begin returned `begin`. Then
+    // updates the state.
     void End(Call& call, const Snapshot& begin);
 
   private:
     HandleState& Of(const Subject& subject);
-    // Changes by other calls during a call, possibly between its return and its result line.
+    // What other calls may have changed between a call's trace line and result line.
     struct Overlap {
         bool added, removed, emptied;
     };

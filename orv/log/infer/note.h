@@ -20,10 +20,10 @@ enum class NoteKind : std::uint8_t {
     ResultsWithoutCall,
     HostileNames,
     NamelessAdvertisements,  // a named device sent advertisements without its name
-    NamesCut,                // names are longer than a record's maximum
+    NamesCut,                // names are too long for a device record
     NoLongerHeard,           // an advertisement had a signal strength of -127
     ConnectedTwice,          // connect opened a link while an older one existed
-    BytesNotTaken,           // the host did not receive the bytes
+    BytesNotTaken,           // the host left many notified bytes in the queue
     BlocksUnanswered,        // the device sent nothing after long blocks
 };
 
@@ -31,12 +31,12 @@ constexpr int NoteKindCount = 17;
 
 struct Note {
     NoteKind kind;
-    std::int32_t stamp = 0;  // stamp of the first line
+    std::int32_t stamp = 0;  // stamp of the note's first line
     std::int64_t time = 0;
     std::uint64_t line = 0;     // 0 if the note applies to the whole log
     std::uint64_t address = 0;  // 0 if the note applies to no device
     std::int64_t count = 0;     // number of notifications, lines or blocks
-    std::int64_t number = 0;    // bytes or milliseconds
+    std::int64_t number = 0;    // bytes or ms, depending on `kind`
 
     void PlaceAt(const Entry& entry) {
         stamp = entry.stamp;
@@ -48,7 +48,7 @@ struct Note {
         time = call.start;
         line = call.line;
     }
-    // Counts an entry. The first counted entry sets the note's time and line.
+    // Counts an entry. The first one sets the note's time and line.
     void CountAt(const Entry& entry) {
         if (count++ == 0) {
             PlaceAt(entry);

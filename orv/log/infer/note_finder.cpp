@@ -7,7 +7,7 @@ namespace orv::log {
 
 namespace {
 
-// Minimum time in ms without advertisements that is reported; ten mean intervals if that is longer.
+// Time in ms after which a silent scan is reported, or ten mean intervals if they are longer.
 constexpr std::int64_t Silence = 3000;
 
 // Advertisements may still arrive for this many ms after the end of a scan.

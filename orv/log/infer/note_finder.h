@@ -1,4 +1,4 @@
-// Finds notes, such as dropped notifications or scans without advertisements.
+// Finds problems that belong to no call, such as dropped notifications or silent scans.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@ class NoteFinder {
     explicit NoteFinder(std::function<void(const Note&)> noteSink);
 
     void Add(const Entry& entry);
-    void AddCall(const Call& call);  // call it when `call` has ended
+    void AddCall(const Call& call);  // only after `call` has ended
     void End();
 
   private:
@@ -33,7 +33,7 @@ class NoteFinder {
     bool anyScan = false;
     std::int64_t latest = 0;
 
-    // The latest advertisement of the running scan, or its Start call if none has arrived yet.
+    // The scan's latest advertisement, or its Start call if none has arrived yet.
     Entry heard;
     std::int64_t scanSince = 0;
     std::int64_t heardCount = 0;
@@ -41,8 +41,7 @@ class NoteFinder {
     std::int64_t scanEnded = 0;
     Note unasked{NoteKind::HeardWithoutScan};
     Note hostile{NoteKind::HostileNames};
-    std::map<std::uint64_t, Note>
-        unlinked;  // for each disconnected address: its later notifications
+    std::map<std::uint64_t, Note> unlinked;  // by address: the notifications after a disconnect
     DeviceNotes devices;
 };
 

@@ -7,7 +7,7 @@ namespace orv::log {
 
 namespace {
 
-// Maximum number of calls that wait for an older call. It bounds the memory.
+// Maximum number of ended calls that wait in memory for an older call to end.
 constexpr std::size_t MostWaiting = 50'000;
 
 struct Surveyor : Listener {
@@ -20,7 +20,7 @@ struct Surveyor : Listener {
     Overview& overview;
 };
 
-// Receives calls in the order in which they end and passes them in the order in which they began.
+// Receives calls in the order of their ends and passes them in the order of their starts.
 class InOrder : public Listener {
   public:
     explicit InOrder(const std::function<void(const Call&)>& taker) : take(taker) {}
@@ -69,7 +69,7 @@ Overview Survey(LogFile& log, Threads threads) {
     Overview overview{FindResults(log), threads, {}, 0, 0, {}};
     Surveyor surveyor(overview);
     overview.totals = Analyse(log, overview.results, threads, surveyor);
-    // Subtracting 1 makes line 0 the largest number, so notes about the whole log are last.
+    // Subtracting 1 turns line 0 into the largest number, so notes about the whole log are last.
     std::stable_sort(
         overview.notes.begin(), overview.notes.end(),
         [](const Note& one, const Note& other) { return one.line - 1 < other.line - 1; });

@@ -20,13 +20,13 @@ struct Overview {
     Totals totals;
     std::uint64_t calls = 0;
     std::uint64_t failedCalls = 0;
-    std::vector<Note> notes;  // by line number; notes about the whole log are last
+    std::vector<Note> notes;  // ordered by line; notes about the whole log are last
 };
 
 Overview Survey(LogFile& log, Threads threads);
 
-// Passes the calls in the order of their lines. A call during which more than 50,000 others end is
-// passed after some of them.
+// Passes the calls in the order in which they began. Only a call during which more than 50,000
+// others end comes after some of them.
 void ForEachCall(LogFile& log, const Overview& overview,
                  const std::function<void(const Call&)>& take);
 

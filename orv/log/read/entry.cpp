@@ -53,7 +53,7 @@ constexpr std::string_view NotificationName = "OnDataReceived ";
 constexpr std::string_view FailureName = "Exception: ";
 constexpr std::string_view ResultName = "Returned ";
 
-// Removes `expected` from the start of `text` and returns true, or returns false.
+// If `text` begins with `expected`, removes it and returns true.
 bool Take(std::string_view& text, std::string_view expected) {
     if (!text.starts_with(expected)) {
         return false;
@@ -62,7 +62,7 @@ bool Take(std::string_view& text, std::string_view expected) {
     return true;
 }
 
-// Reads a number from the start of `text`. Rejects leading zeros and -0, which the library never
+// Removes a number from the start of `text`. Rejects leading zeros and -0, which the library never
 // writes.
 template <typename Number>
 bool TakeNumber(std::string_view& text, Number& number) {
@@ -92,7 +92,7 @@ bool TakeSecond(std::string_view& text, Subject& subject) {
     return Take(text, " ") && TakeNumber(text, subject.number);
 }
 
-// Reads the trace text of a call. Returns nothing if more text follows.
+// Reads the trace text of a call. Returns nothing for any other text.
 std::optional<Subject> ReadCall(std::string_view text) {
     const std::string_view name = text.substr(0, text.find(' '));
     const std::optional<Function> function = FindFunction(name);
@@ -124,7 +124,7 @@ bool ReadAdvertisement(std::string_view text, Entry& entry) {
         !Take(text, " <")) {
         return false;
     }
-    // A name may contain "> ", so the last "> " closes it. A number of at most 16 bits follows.
+    // A name may contain "> ", so the last "> " ends it. A 16-bit number follows.
     constexpr std::size_t LongestEnd = std::string_view("> -32768").size();
     const std::size_t before = text.size() - std::min(text.size(), LongestEnd);
     std::size_t close = text.substr(before).rfind("> ");

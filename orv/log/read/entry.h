@@ -1,4 +1,4 @@
-// The content of a log line, and the library's functions by their names in the log.
+// The content of a log line, and the library's functions that appear in it.
 #pragma once
 
 #include <cstdint>
@@ -35,7 +35,7 @@ struct FunctionFacts {
     Family family;
     Traces traces;
     int waits;       // maximum number of waits, each of at most 2000 ms
-    bool holdsLock;  // calls of the same family wait until it releases the lock
+    bool holdsLock;  // holds a lock for which calls of the same family wait
 };
 
 const FunctionFacts& FactsOf(Function function);
@@ -48,10 +48,10 @@ enum class Kind : std::uint8_t {
     Notification,   // received from a device
     Failure,        // "Exception: ..."
     Result,         // a host's "Returned <result> after <n> ms: <trace text>"
-    Host,           // any other line of the host
+    Host,           // any other line, written by the host
 };
 
-// The function and arguments of a call. A result line repeats those of its call.
+// The function and arguments of a call. A result line repeats them.
 struct Subject {
     Function function = Function::Available;
     std::uint64_t handle = 0;  // address, or scannerId in the low 32 bits
@@ -63,16 +63,16 @@ struct Subject {
 
 struct Entry {
     Kind kind = Kind::Host;
-    Subject subject;            // of a Call or Result; only the handle for an event of a device
+    Subject subject;            // for an Advertisement or Notification, only `handle` is set
     std::int64_t number = 0;    // dBm of an Advertisement, bytes of a Notification, or the Result
-    std::int64_t duration = 0;  // duration of a Result in ms
+    std::int64_t duration = 0;  // ms that a Result states
     std::string_view words;     // an Advertisement's name, or a Failure's text after "Exception: "
-    std::int32_t stamp = 0;     // ms of the day, as in the log
+    std::int32_t stamp = 0;     // ms since midnight, as in the log
     std::int64_t time = 0;      // ms since the start of the log's first day
     std::uint64_t line = 0;     // line number in the file
 };
 
-// Reads a line's text. A text of an unknown form is a line of the host.
+// Reads a line's text. A text of unknown format counts as a line of the host.
 Entry ReadEntry(std::string_view text);
 
 // Returns whether the text is an advertisement whose name continues in the next line.

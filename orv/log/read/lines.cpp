@@ -8,9 +8,9 @@ namespace orv::log {
 
 namespace {
 
-constexpr std::size_t StampLength = 13;  // includes the tab
+constexpr std::size_t StampLength = 13;  // hh:mm:ss.mmm and a tab
 
-// Maximum length in bytes of an advertisement's line, whose name has at most about 250 bytes.
+// Maximum length in bytes of an advertisement's line. Its name has about 250 at most.
 constexpr std::size_t LongestAdvertisement = 1024;
 
 // Minimum number of bytes that Next needs to decide where a line ends.
@@ -20,7 +20,7 @@ bool IsDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
-// Returns the position after the first line feed from `from` that ends the line.
+// Returns the end of a line. A line feed ends it only before a stamp or the end of `bytes`.
 std::size_t FindEnd(std::string_view bytes, std::size_t from) {
     for (;;) {
         const std::size_t lineFeed = bytes.find('\n', from);
@@ -44,7 +44,7 @@ std::string_view WithoutLineEnd(std::string_view text) {
     return text;
 }
 
-// Returns the end of the line. An advertisement's line ends after its name.
+// Returns the end of the first line. An advertisement's line does not end within its name.
 std::size_t FindLineEnd(std::string_view bytes) {
     const std::size_t first = FindEnd(bytes, StampLength);
     std::size_t end = first;
@@ -138,7 +138,7 @@ std::int64_t Timeline::Place(std::int32_t stamp) {
             shift += Day;
             time += Day;
         } else if (former >= 0 && time >= former - Disorder && latest - former > Disorder) {
-            latest = former;  // the line before was too late; this line is right
+            latest = former;  // the previous stamp was too late; this one is right
             ++jumps;
         } else {
             formerShift = shift;

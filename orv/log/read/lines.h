@@ -8,32 +8,32 @@
 
 namespace orv::log {
 
-// Reads "hh:mm:ss.mmm" and a tab at the start of `bytes`. Returns the milliseconds of the day.
+// Reads "hh:mm:ss.mmm" and a tab at the start of `bytes`. Returns the milliseconds since midnight.
 std::optional<std::int32_t> ReadStamp(std::string_view bytes);
 
 struct Line {
-    std::int32_t stamp;     // milliseconds of the day
+    std::int32_t stamp;     // milliseconds since midnight
     std::uint64_t number;   // line number in the file, from 1
     std::string_view text;  // after the tab, without the line end
     bool complete;          // false if the file ends within the line
 };
 
-// Iterates over lines. A line ends only before a stamp or the end of the log, so texts may contain
-// line feeds. An advertisement's line continues until its name is closed, because a name may
-// contain whole lines.
+// Iterates over the lines of a log. A line ends only before a stamp or the end of the log, so its
+// text may contain line feeds. An advertisement's line ends after its name, which may contain whole
+// lines.
 class LineReader {
   public:
-    // `firstLine` is the number of the first line. Unless `isEnd` is set, Next stops before a line
-    // that may continue after `bytes`.
+    // `firstLine` is the line number at the start of `bytes`. Unless `isEnd` is set, Next stops
+    // before a line that may continue after `bytes`.
     explicit LineReader(std::string_view bytes, std::uint64_t firstLine = 1, bool isEnd = true)
         : rest(bytes), nextNumber(firstLine), isLast(isEnd) {}
 
     std::optional<Line> Next();
 
-    // Returns the bytes after the latest line.
+    // Returns the bytes that Next has not used.
     std::string_view Rest() const { return rest; }
 
-    // Returns the number of skipped lines, which have no stamp.
+    // Returns how many lines without a stamp Next skipped.
     std::uint64_t StrayLines() const { return strayLines; }
     std::uint64_t NextNumber() const { return nextNumber; }
 
@@ -48,8 +48,8 @@ class LineReader {
 };
 
 // Converts stamps, which have no date, to one time scale. Stamps may step back a little between
-// threads, start again at midnight, and jump when the clock is set. A single wrong stamp, such as a
-// forged one, does not affect other lines.
+// threads, start again at midnight, and jump when the clock is set. A single wrong stamp
+// does not affect other lines.
 class Timeline {
   public:
     // Returns the time of the next line in ms since the start of the first day.
@@ -59,11 +59,11 @@ class Timeline {
     int Jumps() const { return jumps; }
 
   private:
-    std::int64_t shift = 0;        // ms that are added to stamps
+    std::int64_t shift = 0;        // ms to add to a stamp
     std::int64_t formerShift = 0;  // `shift` before the latest jump
-    std::int64_t latest = -1;      // latest time, or -1 before the first line
+    std::int64_t latest = -1;      // largest time so far, or -1 before the first line
     std::int64_t former = -1;      // `latest` before the previous line
-    bool jumped = false;           // the previous line was a jump
+    bool jumped = false;           // the stamps jumped at the previous line
     int jumps = 0;
 };
 

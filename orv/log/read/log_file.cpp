@@ -17,7 +17,7 @@ constexpr std::size_t Piece = std::size_t{1} << 20;
 
 constexpr std::size_t LongestLine = std::size_t{16} << 20;
 
-// Maximum size of a pipe, which is kept in memory because the log is read several times.
+// Maximum size of a log from a pipe. It is kept in memory, because it is read several times.
 constexpr std::size_t LargestPipe = std::size_t{256} << 20;
 
 constexpr const char* WhereItLies =
@@ -115,7 +115,7 @@ void LogFile::Read(const Taker& take) {
     }
     std::string window;
     for (bool isFirst = true, isEnd = false; !isEnd; isFirst = false) {
-        // Doubles the window for a long line, so that the reader searches the line less often.
+        // Doubles the window for a long line, so that the line is searched less often.
         const std::size_t length = std::max(Piece, window.size());
         isEnd = ReadPiece(window, length) < length || position == size;
         if (isFirst) {

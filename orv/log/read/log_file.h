@@ -13,7 +13,7 @@
 
 namespace orv::log {
 
-// Converts a UTF-8 path of the command line.
+// Converts a UTF-8 path.
 std::filesystem::path PathOf(const std::string& path);
 
 // A log that can be read repeatedly. Only the current piece of a file is in memory.
@@ -25,12 +25,12 @@ class LogFile {
 
     static LogFile OfBytes(std::string bytes);
 
-    // Receives a piece, and true if the log ends with it. Returns the number of used bytes; the
-    // next piece begins with the unused ones.
+    // Receives a piece of the log. Returns the number of used bytes; the next piece begins with the
+    // unused ones.
     using Taker = std::function<std::size_t(std::string_view piece, bool isEnd)>;
 
-    // Passes the log to `take` in pieces. Throws a Problem if no line begins with a time stamp or a
-    // line is too long.
+    // Passes the log to `take` in pieces. Throws a Problem if no line begins with a time stamp or
+    // if a line is too long.
     void Read(const Taker& take);
 
     const std::string& Name() const { return name; }
@@ -44,12 +44,11 @@ class LogFile {
     std::string name;
     OpenFile file;  // null if `bytes` contains the whole log
     std::string bytes;
-    std::uint64_t size = 0;  // size at the beginning; bytes appended later are ignored
+    std::uint64_t size = 0;  // size when the log was opened; later bytes are ignored
     std::uint64_t position = 0;
 };
 
-// Returns at most `most` bytes from `offset`, or nothing if the file cannot be read. `path` is
-// UTF-8.
+// Returns at most `most` bytes of a file, or nothing if it cannot be read. `path` is UTF-8.
 std::optional<std::string> ReadBytes(const std::string& path, std::uint64_t offset,
                                      std::size_t most);
 

@@ -1,4 +1,4 @@
-// The texts of causes and notes.
+// The texts of causes and notes for the user.
 #pragma once
 
 #include <string>
@@ -21,7 +21,7 @@ const CauseTexts& TextsOf(Cause cause);
 
 // Returns the purpose of a wait, such as "looking up the service".
 std::string_view StepName(Function function, int step);
-// Returns the steps in words, such as "looking up the device or the service"; empty for no step.
+// Returns the waits in words, such as "while listing the radios"; empty for no wait.
 std::string StepWords(Function function, Steps steps);
 
 struct NoteTexts {

@@ -1,4 +1,4 @@
-// Formats numbers for people.
+// Formats times and calls for people.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace orv::log {
 
-// Returns hh:mm:ss.mmm for milliseconds of the day.
+// Returns hh:mm:ss.mmm for milliseconds since midnight.
 std::string StampWords(std::int64_t milliseconds);
 
 // Returns a text such as "2003 ms", "up to 80 ms" or "120 ms or more".

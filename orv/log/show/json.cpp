@@ -16,8 +16,7 @@ namespace {
 // Keeps the order of the fields.
 using Json = nlohmann::ordered_json;
 
-// Writes only ASCII, because other characters of a log can change the direction of a terminal's
-// text.
+// Writes only ASCII, because other characters of a log can reverse the text in a terminal.
 std::string Dump(const Json& json) {
     return json.dump(-1, ' ', /*ensure_ascii=*/true, Json::error_handler_t::replace);
 }
@@ -46,7 +45,7 @@ Json SuspectJson(Function function, const Suspect& suspect) {
     return json;
 }
 
-// Caches the texts of suspects, because few different ones occur and formatting is slow.
+// Caches the JSON of causes, because few different ones occur.
 class SuspectTexts {
   public:
     const std::string& Of(Function function, const Suspect& suspect) {
@@ -90,7 +89,7 @@ std::string CallText(const Call& call, SuspectTexts& suspectTexts) {
                                 {"writtenBy", OwnerName(call.failures.owner)}};
     }
     std::string text = Dump(json);
-    text.pop_back();  // removes the brace, because members follow
+    text.pop_back();  // removes the closing brace, because members follow
     text += call.result ? ",\"causes\":[" : ",\"causesIfFailed\":[";
     const char* separator = "";
     for (const Suspect& suspect : Explain(call)) {
@@ -141,7 +140,7 @@ void WriteJson(std::FILE* file, LogFile& log, Threads threads) {
                     {"hasResults", overview.results.any()},
                     {"threads", threads == Threads::One ? "one" : "many"}};
     std::string text = Dump(head);
-    text.pop_back();  // removes the brace, because members follow
+    text.pop_back();  // removes the closing brace, because members follow
     std::fputs(text.c_str(), file);
     ListWriter calls(file, "calls");
     SuspectTexts suspectTexts;

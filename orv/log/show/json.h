@@ -1,4 +1,4 @@
-// Writes calls and notes for programs.
+// Writes calls and notes as JSON.
 #pragma once
 
 #include <cstdio>

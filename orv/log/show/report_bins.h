@@ -1,4 +1,4 @@
-// Divides the time of a log into bins.
+// Divides the duration of a log into bins for diagrams.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace orv::log {
 
-// Equal time intervals from `start`.
+// Consecutive time intervals of equal width from `start` on.
 struct Bins {
     std::int64_t start;
     std::int64_t width;  // ms
@@ -25,13 +25,13 @@ struct Bins {
 };
 
 std::vector<std::int64_t> SumPerBin(const Bins& bins, const std::vector<Sample>& samples);
-// Counts the spans of each bin: all, or those in `state`.
+// Counts the spans that begin in each bin; with `state`, only those in this state.
 std::vector<std::int64_t> CountPerBin(const Bins& bins, const std::vector<Span>& spans,
                                       std::optional<Span::State> state = std::nullopt);
-// Returns no mean for an empty bin.
+// Returns the mean of each bin; an empty bin has none.
 std::vector<std::optional<double>> MeanPerBin(const Bins& bins, const std::vector<Sample>& samples);
 
-// Returns at most `most` spans, ordered by time. It keeps failed spans first, then long ones.
+// Returns at most `most` spans, ordered by time. Prefers failed spans, then long ones.
 std::vector<Span> Weightiest(std::vector<Span> spans, std::size_t most);
 
 }  // namespace orv::log

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t FewTimes = 5;
 
-// Maximum length in bytes of a name in a report, because a forged name can have any length.
+// Maximum length in bytes of a name in a report. A forged name can have any length.
 constexpr std::size_t LongestName = 120;
 
 Span::State StateOf(const Call& call) {

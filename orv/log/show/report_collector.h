@@ -12,8 +12,7 @@
 
 namespace orv::log {
 
-// An event with a value, for instance a signal strength in dBm or a number of bytes. The value is 1
-// if the page only counts the event.
+// An event with a value, such as dBm or a number of bytes, or 1 if the report only counts events.
 struct Sample {
     std::int64_t time;
     std::int64_t value;
@@ -35,7 +34,7 @@ struct ReportedDevice {
     std::int64_t first = 0, last = 0;
 };
 
-// Calls of one function and handle that failed for the same reasons.
+// Failed calls with the same function, handle and possible causes.
 struct FailureGroup {
     Call example;  // the first call
     Suspects suspects;

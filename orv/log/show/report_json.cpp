@@ -15,15 +15,15 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Maximum numbers of items on a page. The page states how many others there are.
-constexpr std::size_t MostSpans = 1500;  // per lane
+// Maximum numbers of items on the report page.
+constexpr std::size_t MostSpans = 1500;  // per row of the timeline
 constexpr std::size_t MostBins = 1000;
 constexpr std::size_t MostSignals = 10;
 constexpr std::size_t MostDevices = 200;
 constexpr std::size_t MostFailures = 200;
-constexpr std::size_t MostNotes = 8;  // for each kind
+constexpr std::size_t MostNotes = 8;  // for each kind of note
 
-constexpr std::size_t MostRates = 300;       // more bins would show only spikes
+constexpr std::size_t MostRates = 300;       // number of bins; more would show only spikes
 constexpr std::int64_t NarrowestRate = 200;  // ms
 
 std::string ScriptText(const Json& json) {
@@ -34,7 +34,7 @@ std::string ScriptText(const Json& json) {
     return text;
 }
 
-// Returns the items with the largest `weight`, and how many are omitted.
+// Returns the `most` items with the largest `weight`, and the number of the others.
 template <typename Items, typename Weight>
 std::pair<std::vector<typename Items::const_pointer>, std::size_t> Top(const Items& items,
                                                                        std::size_t most,

@@ -1,4 +1,4 @@
-// The data of a report's page.
+// Converts the data of the report page to JSON.
 #pragma once
 
 #include <string>
@@ -14,8 +14,7 @@ struct ReportHead {
     Totals totals;
 };
 
-// Returns JSON without "<", so that a script element can contain it. Its size is limited, however
-// long the log is.
+// Returns JSON of limited size without "<", so that a script element can contain it.
 std::string ReportJson(const ReportHead& head, const ReportCollector& collected);
 
 }  // namespace orv::log

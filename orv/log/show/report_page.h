@@ -1,4 +1,4 @@
-// The page around the data. The build generates it from orv/report.
+// The parts of the report page around its data. The build generates them from orv/report.
 #pragma once
 
 #include <span>

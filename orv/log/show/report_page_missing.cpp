@@ -1,4 +1,4 @@
-// An empty page for builds without the report.
+// An empty report page, for builds without the report.
 #include "orv/log/show/report_page.h"
 
 namespace orv::log {

@@ -16,14 +16,14 @@ class TextPrinter {
   public:
     TextPrinter(std::FILE* file, bool colours);
 
-    // Similar calls that need no explanation share one line, and so do polls of one handle. Flush
-    // or a different call writes the line.
+    // Similar calls without causes share one line, as do polls of one handle. Flush or a different
+    // call writes the line.
     void Print(const Call& call);
     void Print(const Note& note);
     void PrintLine(const std::string& text);
     void Flush();
-    // Writes the pending line. Of polls, it writes the first, and Flush adds the number of others,
-    // so a host that only polls does not fill the terminal.
+    // Writes the pending line. Of several polls, it writes only the first, so that they do not fill
+    // the terminal. Flush writes the number of the others.
     void Show();
 
   private:
@@ -42,7 +42,7 @@ class TextPrinter {
     std::set<NoteKind> toldNotes;
 };
 
-// Prints a summary, then the calls and notes of the whole log.
+// Prints a summary, then the calls and notes of a log.
 void PrintLog(std::FILE* file, bool colours, LogFile& log, Threads threads);
 
 }  // namespace orv::log
