@@ -33,7 +33,6 @@ class CallTracker {
                 std::function<void(const Entry&)> onForeign);
 
     void Add(const Entry& entry);
-    // Ends all open calls.
     void End();
 
     // Returns the line number of the oldest open call, or the largest number if none is open.

@@ -10,7 +10,7 @@
 
 namespace orv::log {
 
-// Consecutive time intervals of equal width from `start` on.
+// Consecutive equal time intervals from `start` on.
 struct Bins {
     std::int64_t start;
     std::int64_t width;  // ms
