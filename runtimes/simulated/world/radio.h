@@ -15,7 +15,7 @@ class SimulatedRadio final : public objects::RadioObject {
   public:
     SimulatedRadio(const RadioRecord& record, std::size_t indexOfRadio);
 
-    // Switches the radio on or off, as a user does. This object's `record` keeps the old state.
+    // Switches the radio on or off, as a user does. This object keeps the old state.
     HRESULT SetStateAsync(RadioState value,
                           IAsyncOperation<RadioAccessStatus>** operation) override;
 
