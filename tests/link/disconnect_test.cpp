@@ -18,7 +18,6 @@ void ExpectGone() {
     EXPECT_EQ(OrvDevice_Flush(Address), 0) << "bytes of the old link";
 }
 
-// Provides a link with three queued bytes.
 class DisconnectTest : public WorldTest {
   protected:
     void SetUp() override {

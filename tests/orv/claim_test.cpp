@@ -65,7 +65,7 @@ class Site {
     }
 
     bool isWanted = true;
-    std::optional<Claim> retained;  // the claim that the broker retains
+    std::optional<Claim> retained;
     int mostHolding = 1;
     int published = 0;
 

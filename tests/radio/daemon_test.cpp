@@ -1,5 +1,5 @@
 // Tests the library with a test double for the Bluetooth daemon on a private message bus. The
-// double imitates the worst behaviour of real daemons. Timeouts pass in real time.
+// double imitates the worst behaviour of real daemons.
 #include <dirent.h>
 #include <gtest/gtest.h>
 

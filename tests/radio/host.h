@@ -30,7 +30,6 @@ inline bool Await(const std::function<bool()>& condition, int seconds = 60) {
     return true;
 }
 
-// Scans as long as the object exists.
 class Scan {
   public:
     Scan() : id(OrvScanner_Initialize()) { EXPECT_EQ(OrvScanner_Start(id), 0); }

@@ -14,8 +14,6 @@ namespace {
 
 using RadioTest = OnMachine;
 
-// ---------------------------------------------------------------------------------------- scanning
-
 TEST_F(RadioTest, SessionsListNameAndValuesAndFollowThem) {
     const Scan scan;
     ASSERT_TRUE(Hears(scan, First));
@@ -35,8 +33,6 @@ TEST_F(RadioTest, SessionsListNameAndValuesAndFollowThem) {
     }
     machine.Do("name 0 ORV-hci1");
 }
-
-// ----------------------------------------------------------------------------------- transferring
 
 TEST_F(RadioTest, EchoesByteForByte) {
     Connect(First);
@@ -118,8 +114,6 @@ TEST_F(RadioTest, SeveralLinksStayApart) {
     machine.Do("vanish 1");
 }
 
-// --------------------------------------------------------------------------------- ends of a link
-
 TEST_F(RadioTest, DisconnectsWhileNotificationsArrive) {
     for (int i = 0; i < 3; ++i) {
         Connect(First);
@@ -158,8 +152,6 @@ TEST_F(RadioTest, RadioGoesOffDuringALink) {
     ExpectEcho(First);
 }
 
-// Runs orv in separate processes, which load the library from the directory of orv.
-
 // Runs orv in separate processes. They load the library from the directory of orv.
 TEST_F(RadioTest, OrvScansTalksSendsAndReceives) {
     const auto run = [](const std::string& command) {
@@ -180,7 +172,7 @@ TEST_F(RadioTest, OrvScansTalksSendsAndReceives) {
     }
     receiver.join();
     // An emulated controller measures no signal strength and confirms a write at once, and the
-    // daemon rejects the longest block. So orv doctor may refute only the checks of these three.
+    // daemon rejects the longest block. Only these three checks of orv doctor may be refuted.
     run("sleep 3; ./orv doctor --device 00:AA:01:01:00:01 --echo >doctor.txt; [ $? = 7 ]");
     run("! grep ^refuted doctor.txt | grep -vE \"[(](signal|write_kind|block_size)[)]\"");
     run("[ $(grep -cE \"^confirmed .*[(](connect|notifications|throughput)[)]\" doctor.txt) = 3 ]");
@@ -194,8 +186,6 @@ TEST_F(RadioTest, OrvScansTalksSendsAndReceives) {
     machine.StartDaemon();
     machine.Appear();
 }
-
-// -------------------------------------------------------------------- the daemon and controllers
 
 // In half of the rounds, the daemon ends within the first millisecond of a host's phase.
 TEST_F(RadioTest, HostOutlivesTheDaemonAtRandomMoments) {

@@ -25,8 +25,7 @@ std::vector<std::string> ClientOf(const std::string& kind) {
                            : std::vector<std::string>{"./radio_bench", kind, FirstText};
 }
 
-// Returns how many milliseconds the connect took, or -1. Retries, because the daemon sometimes
-// rejects a connect that follows soon after a disconnect.
+// Returns how many milliseconds the connect took, or -1. Retries like OnMachine::Connect.
 int ConnectBy(Child& client) {
     int ms = -1;
     for (int i = 0; i < 10 && ms < 0; ++i) {

@@ -1,6 +1,6 @@
 // Checks how every test of a program that links this file uses the library's three locks. A thread
 // may hold only one lock at a time, and only the links' lock during a wait. A violation ends the
-// program. The linker redirects calls of the wrapped functions to this file.
+// program.
 #include <gtest/gtest.h>
 #include <pthread.h>
 

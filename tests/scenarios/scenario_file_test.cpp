@@ -30,7 +30,6 @@ struct Fault {
 #define EVENT(text) R"({"title":"","devices":[{)" D "}],\n\"events\":[{" text "}]}"
 
 const Fault Faults[] = {
-    // Files with an invalid text.
     {"", "1: scenario: "},
     {"{\n\"title\":\"\",\n", "2: title: syntax error"},
     {"{\"title\":\n\n  1.5\n}", "3: title: 1.5 is no whole number"},
@@ -39,7 +38,6 @@ const Fault Faults[] = {
     {"{\"title\":\"\xFF\"}", "1: title: "},
     {"{\"title\":\"\",\"radios\":123456789012345678901234567890}", "1: radios: is too large"},
     {std::string_view("{\"title\":\"\"}\n\0{}", 16), "2: scenario: has a byte of zero"},
-    // Files with an invalid field.
     {"{}", "1: scenario: lacks title"},
     {"{\"title\":\"\",\n\"devcies\":[]}", "2: devcies: is unknown here, one of $schema, title"},
     {"{\"title\":7}", "1: title: is 7, a text would be right"},
@@ -59,7 +57,6 @@ const Fault Faults[] = {
     {R"({"title":"","faults":[{"member":"GattDeviceService.close","hang":true}]})",
      "1: faults[0].member: is \"GattDeviceService.close\", which no simulated class has"},
     {R"({"title":"","faults":[{"member":"Radio.get_Kind"}]})", "1: faults[0]: lacks a field"},
-    // Files with an invalid event.
     {EVENT(R"("at":1,"device":"A0:B1:C2:D3:E4:F6","present":true)"),
      "2: events[0].device: names no device of this scenario"},
     {EVENT(R"("device":"A0:B1:C2:D3:E4:F5","present":true)"),

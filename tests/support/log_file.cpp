@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::size_t StampSize = 13;
 
-// Returns true if the bytes contain hh:mm:ss.mmm and a tab at `position`.
 bool IsStamp(const std::string& bytes, std::size_t position) {
     const std::string pattern = "00:00:00.000\t";
     if (bytes.size() < position + StampSize) {

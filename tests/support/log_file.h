@@ -14,7 +14,6 @@ using Lines = std::vector<std::string>;
 constexpr const char* PlatformFailure = "Exception: unknown type";
 constexpr const char* OutOfMemory = "Exception: bad allocation";
 
-// Return the paths of the library under test and of its log.
 std::string LibraryFile();
 std::string LogPath();
 

@@ -60,7 +60,6 @@ class WorldTest : public testing::Test {
     void TearDown() override;
 };
 
-// Names a parametrized test by the field `name` of its row.
 constexpr auto RowName = [](const auto& row) { return std::string(row.param.name); };
 
 }  // namespace orv

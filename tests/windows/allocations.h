@@ -4,7 +4,7 @@
 
 namespace orv {
 
-// Replaces the functions in the loaded library. Returns the number of replaced functions.
+// Returns the number of replaced functions.
 int ReplaceAllocations();
 
 // Lets the n-th next allocation fail (1 is the next one), or all allocations from that one on.

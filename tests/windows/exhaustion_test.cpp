@@ -93,7 +93,7 @@ void ExpectLines(const Step& step, bool refused) {
     EXPECT_EQ(lines, Lines{});
 }
 
-// Runs the step with the plan. Returns true if an allocation or a platform call failed.
+// Returns true if an allocation or a platform call failed.
 bool Attempt(const Step& step, int plan) {
     step.arrange();
     const std::string before = State();

@@ -98,7 +98,7 @@ set_tests_properties(lookup.orv_doctor PROPERTIES
     ENVIRONMENT "WINEPREFIX=${prefix};ORV=${unpacked}/orv.exe;ORV_LIBRARY=${simulatedDll};ORV_WINE=1;WINEDEBUG=-all")
 set_property(TEST wine.register APPEND PROPERTY DEPENDS lookup.orv_doctor)
 
-# Checks the DLLs and orv.exe. The shipped DLL has the lowest size limit, because hosts ship it.
+# The shipped DLL has the lowest size limit, because hosts ship it.
 set(check Python3::Interpreter ${PROJECT_SOURCE_DIR}/tools/check_dll)
 set(header ${unpacked}/include/quelvixwinlib.h)
 add_test(NAME packed.dll COMMAND ${check} ${shippedDll} --version ${PROJECT_VERSION}

@@ -114,7 +114,6 @@ void RunDisconnect(Step& step) {
     COMPARE(step, OrvDevice_Disconnect(step.address), step.reference.CloseLink(step.device));
 }
 
-// Checks the number of writes that arrived, and the bytes of the latest.
 void CompareWrites(const Step& step) {
     if (step.device >= step.reference.devices.size() ||
         step.reference.devices[step.device].writes.empty()) {

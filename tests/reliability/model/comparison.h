@@ -15,7 +15,6 @@ void CheckEqual(const char* name, std::int64_t actual, std::int64_t expected);
 // Waits until the simulated world has delivered every event.
 void Settle();
 
-// Compares the new log lines after each command.
 class LogComparison {
   public:
     // Must be called after the log was emptied.
