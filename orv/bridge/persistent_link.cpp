@@ -115,7 +115,7 @@ PersistentLink::Step PersistentLink::NextStep() {
 
 void PersistentLink::Open() {
     const auto begin = Clock::now();
-    // Disconnects first, because the library would receive from an older link that is open.
+    // Closes an older open link first, because the library would receive from it.
     bool isOpen = Disconnect() && library.Connect(address) != ORV_FAILED;
     const bool hasTimedOut = Clock::now() - begin >= LibraryTimeout;
     const bool isOff = !isOpen && library.BluetoothAvailable() == ORV_FAILED;

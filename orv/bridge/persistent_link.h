@@ -24,14 +24,14 @@ struct LinkStatus {
     std::uint64_t unread = 0;       // received bytes that were dropped
     std::uint64_t waiting = 0;      // received bytes in the queue
     std::uint64_t losses = 0;       // number of open links that were lost
-    std::uint64_t failures = 0;     // failed connects and losses in a row
+    std::uint64_t failures = 0;     // failed connects and lost links in a row
 
     std::uint64_t Lost() const { return unconfirmed + unsent + unread; }
 };
 
 struct LinkOptions {
     std::size_t block = 0;       // maximum size of a write in bytes
-    unsigned probeSeconds = 15;  // silence before an empty write tests the link; 0 if never
+    unsigned probeSeconds = 15;  // silence before an empty write tests the link; 0: never
     bool isSearched = false;  // scan after a rejection, because the system may not know the device
 };
 
@@ -61,13 +61,14 @@ class PersistentLink {
 
     // Removes and returns at most `most` received bytes, oldest first.
     std::string Take(std::size_t most);
-    // Drops the received bytes in the queue. Counts them and `taken` bytes, which were taken but
-    // not delivered, as unread.
+    // Drops the received bytes in the queue. Counts them as unread, and also `taken` bytes that
+    // Take returned but the caller did not deliver.
     void DropReceived(std::size_t taken);
 
     LinkStatus Status();
 
-    // Moves received bytes into the queue. Waits up to 2 s for each pending write of another link.
+    // Moves received bytes from the library into the queue. Waits up to 2 s for each pending write
+    // of another link.
     void Poll();
 
   private:

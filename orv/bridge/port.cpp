@@ -14,8 +14,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::size_t PieceBytes = 16384;
-// The link stays open for this time after a client, so that the next command of a script can use
-// it. A client that sends no more can read for this time after the last byte.
+// The link stays open for this time after its client has disconnected, so that the next command of
+// a script can use it. A client that sends no more can read for this time after the last byte.
 constexpr auto Keep = 5s;
 
 }  // namespace
@@ -91,7 +91,7 @@ void Port::WriteClient() {
     }
 }
 
-// Disconnects the client if received bytes were lost. Returns whether there is no client now.
+// Disconnects the client if received bytes were lost. Returns true if there is no client now.
 bool Port::NoticeLoss() {
     const std::uint64_t before = unreadBefore;
     if (link->Status().unread > before) {

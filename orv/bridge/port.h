@@ -37,9 +37,9 @@ class Port {
     bool isEager;
     bool hasEnded = false;
     std::string client;
-    std::string pending;  // bytes of the device, not yet written to the client
+    std::string pending;  // bytes from the device for the client
     bool hasInputEnded = false;
-    std::uint64_t unreadBefore = 0;  // `unread` of the link when the client connected
+    std::uint64_t unreadBefore = 0;  // the link's `unread` when the client connected
     Clock::time_point lastActive;    // latest activity of a client
     std::string note;
 };

@@ -1,4 +1,5 @@
-// A pseudo-terminal for programs that use serial ports. Its path stays when a program closes it.
+// A pseudo-terminal for programs that use serial ports. Its path stays valid when a program closes
+// it.
 #include <errno.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -64,7 +65,8 @@ class PtyEntrance : public Entrance {
         pollfd polled{terminal.descriptor, POLLIN, 0};
         poll(&polled, 1, 0);
         const bool wasUsed = isUsed;
-        // POLLIN counts, because a program may have written and closed since the last call.
+        // Unread input counts as use, because a program may have written and closed since the last
+        // call.
         isUsed = (polled.revents & POLLHUP) == 0 || (polled.revents & POLLIN) != 0;
         return wasUsed && !isUsed ? TakeUnread() : 0;
     }
@@ -91,9 +93,8 @@ class PtyEntrance : public Entrance {
         return open(name.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     }
 
-    // Sets raw mode, so that bytes pass unchanged for all programs; the settings persist. Closing
-    // `side` is also necessary: before, a poll cannot report whether a program has the terminal
-    // open.
+    // Sets raw mode permanently, so that bytes pass unchanged. Opening and closing the programs'
+    // side is also necessary: before that, poll cannot report whether a program has it open.
     void MakeRaw() const {
         const File side(OpenProgramsSide());
         termios settings{};
@@ -103,7 +104,7 @@ class PtyEntrance : public Entrance {
     }
 
     // Removes the bytes that the last program did not read, because the next program would receive
-    // them. Returns their number. The bytes become readable in pieces.
+    // them. Returns their number. Reads in a loop, because they become readable in pieces.
     std::size_t TakeUnread() const {
         constexpr int PieceArrivesMs = 10;
         const int side = OpenProgramsSide();
@@ -117,7 +118,7 @@ class PtyEntrance : public Entrance {
             }
             unread += static_cast<std::size_t>(count);
         }
-        tcflush(side, TCIFLUSH);  // drops a partial line in line mode
+        tcflush(side, TCIFLUSH);  // drops a partial line if a program set line mode
         close(side);
         return unread;
     }

@@ -1,4 +1,4 @@
-// Shows the state of all links of a bridge as a table on a terminal, otherwise as lines.
+// Shows the state of all links of a bridge: on a terminal as a table, otherwise as lines.
 #pragma once
 
 #include <chrono>
@@ -14,9 +14,9 @@ namespace orv::bridge {
 struct StateRow {
     std::string device;
     std::string place;   // address, path or topic for programs
-    std::string client;  // current user of the device, or empty
+    std::string client;  // program or gateway that uses the device, or empty
     LinkStatus status;
-    std::string note;  // text for the user besides the link's reason
+    std::string note;  // text for the user besides `status.reason`
 };
 
 const char* StateText(LinkState state);

@@ -22,15 +22,15 @@ constexpr std::chrono::seconds FirstPause = 1s;
 constexpr std::chrono::seconds LongestPause = 60s;
 constexpr int LoopMs = 1000;
 constexpr auto EndWithin = 500ms;
-// Maximum number of unconfirmed messages. The library sends them again after a reconnect.
+// Maximum number of unconfirmed messages. libmosquitto sends them again after a reconnect.
 constexpr std::size_t Window = 256;
 constexpr std::size_t LargestPayload = 65536;
-// Maximum size of a packet with its topic. The broker does not forward larger packets.
+// Maximum size of a received packet and its topic. The broker does not forward larger packets.
 constexpr std::uint32_t LargestPacket = LargestPayload + 1024;
 constexpr std::size_t ArrivedLimit = 1 << 20;
-// Estimated size of a message in bytes, without topic and payload.
+// Estimated memory in bytes that a message needs besides its topic and payload.
 constexpr std::size_t MessageOverhead = 128;
-// Lowest reason code of MQTT that reports a failure.
+// Lowest MQTT reason code that reports a failure.
 constexpr int FirstFailure = 128;
 
 std::size_t CostOf(const Message& message) {
@@ -77,7 +77,8 @@ Broker::Broker(const BrokerOptions& options, const Message& will)
     worker = std::thread([this, host = options.host, port = options.port] { Run(host, port); });
 }
 
-// Cancels a worker that does not end in time, because a name lookup or a connect can block it.
+// Cancels the worker thread if it does not end in time, because a name lookup or a connect can
+// block it.
 Broker::~Broker() {
     mosquitto_disconnect(client.get());
     {
@@ -111,7 +112,7 @@ void Broker::UseTls(const BrokerOptions& options) {
     }
 }
 
-// Reconnects in a loop of its own, because the library's loop ends after an error of TLS or MQTT.
+// Reconnects in its own loop, because libmosquitto's loop ends after a TLS or MQTT error.
 void Broker::Run(const std::string& host, int port) {
     mosquitto_property* limits = nullptr;
     mosquitto_property_add_int32(&limits, MQTT_PROP_MAXIMUM_PACKET_SIZE, LargestPacket);
@@ -129,7 +130,7 @@ void Broker::Run(const std::string& host, int port) {
     }
 }
 
-// Waits before the next attempt. Returns false if the worker must end.
+// Waits before the next connect. Returns false if the worker thread must end.
 bool Broker::Pause(int code) {
     const Lock lock(mutex);
     inbox.state.isOnline = false;
@@ -176,7 +177,8 @@ void Broker::OnDisconnect(mosquitto*, void* self, int code, const mosquitto_prop
     }
 }
 
-// Stores log lines of errors, because only they state why TLS failed. They contain no payloads.
+// Stores libmosquitto's error lines, because only they state why TLS failed. They contain no
+// payloads.
 void Broker::OnLog(mosquitto*, void* self, int level, const char* text) {
     if (level == MOSQ_LOG_ERR) {
         auto* broker = static_cast<Broker*>(self);
@@ -233,7 +235,8 @@ std::vector<Message> Broker::Step() {
     return std::move(taken.arrived);
 }
 
-// Publishes all facts and subscribes again, because a restarted broker may have lost both.
+// Publishes all facts (retained messages) and subscribes again, because a restarted broker may have
+// lost the facts and subscriptions.
 void Broker::NoticeConnection() {
     for (const auto& [topic, fact] : facts) {
         waiting.insert(topic);
@@ -256,7 +259,7 @@ void Broker::Retain(const Message& message) {
     fact.message = message;
     const bool isWaiting = !waiting.insert(message.topic).second;
     if (message.payload.empty() && isWaiting && !fact.isPublished) {
-        // The fact was never published, so the broker has nothing to remove.
+        // The message was never published, so the broker has nothing to remove.
         waiting.erase(message.topic);
         facts.erase(message.topic);
     }
@@ -296,7 +299,8 @@ void Broker::Unsubscribe(const std::string& filter) {
     }
 }
 
-// Publishes the next fact, or the next block if no fact waits. Returns false if nothing waits.
+// Publishes the next fact (retained message) or, if there is none, the next block of bytes. Returns
+// false if nothing is queued.
 bool Broker::PublishNext() {
     if (!waiting.empty()) {
         const auto fact = facts.find(*waiting.begin());
@@ -317,7 +321,7 @@ bool Broker::PublishNext() {
     return true;
 }
 
-// The library stores the message until the broker confirms it, also after MOSQ_ERR_NO_CONN.
+// libmosquitto stores the message until the broker confirms it, also after MOSQ_ERR_NO_CONN.
 void Broker::Publish(Block block, bool isRetained) {
     const Message& message = block.message;
     mosquitto_property* properties = nullptr;

@@ -1,5 +1,5 @@
-// The connection to an MQTT broker, with a limited queue of blocks to send, the latest fact
-// (retained message) of each topic, and the messages that have arrived.
+// The connection to an MQTT broker, with a limited queue of data blocks to send, the latest fact
+// (retained message) of each topic, and the received messages.
 #pragma once
 
 #include <chrono>
@@ -26,7 +26,7 @@ struct BrokerOptions {
     std::string host;
     int port = 0;
     bool hasTls = true;
-    std::string authorities;  // trusted certificates; empty for the system's
+    std::string authorities;  // file of trusted certificates, or empty to use the system's
     std::string certificate;  // file of the client's certificate, or empty
     std::string key;
     std::string user;
@@ -51,7 +51,7 @@ struct Dropped {
 };
 
 // A separate thread runs the connection and the callbacks. It reconnects after pauses of 1 to 60 s.
-// Call all functions from one thread. They do not block.
+// Call all functions from the same thread. They do not block.
 class Broker {
   public:
     // The broker publishes and retains `will` if the connection is lost.
@@ -60,28 +60,28 @@ class Broker {
     Broker(const Broker&) = delete;
     Broker& operator=(const Broker&) = delete;
 
-    // The state at the last call of Step.
+    // The state of the connection at the last Step.
     struct State {
         bool isOnline = false;
         std::uint64_t connections = 0;
-        std::string reason = "no connection to the broker yet";  // or empty if online
-        std::uint64_t refused = 0;  // arrived messages that were too large or too many
+        std::string reason = "no connection to the broker yet";  // empty if online
+        std::uint64_t refused = 0;  // rejected incoming messages: too large or too many
     };
     const State& Status() const { return state; }
-    // Returns why messages were dropped in this run, or an empty string.
+    // Returns why outgoing messages were dropped in this run, or an empty string.
     const std::string& Refusal() const { return refusal; }
     // Returns true if the broker has confirmed all messages.
     bool IsEmpty() const { return waiting.empty() && blocks.empty() && inFlight.empty(); }
 
-    // Sends waiting messages until 256 are unconfirmed. Returns the messages that have arrived.
+    // Sends queued messages while fewer than 256 are unconfirmed. Returns the received messages.
     std::vector<Message> Step();
 
     // Publishes a retained message, and repeats it after each reconnect unless it has a lifetime.
     void Retain(const Message& message);
     // Sends the message now, without the queue.
     void Send(const Message& message) { Publish({message, 0, 0}, false); }
-    // Queues a block of a device; numbers begin with 1. Drops the oldest blocks if the queue is
-    // full.
+    // Queues a block of a device's bytes; block numbers begin with 1. Drops the oldest blocks if
+    // the queue is full.
     void Queue(std::uint64_t device, std::uint64_t number, Message message);
     const Dropped& DroppedOf(std::uint64_t device) { return dropped[device]; }
 
@@ -127,7 +127,7 @@ class Broker {
     State state;
     std::string refusal;
     std::map<std::string, Fact> facts;
-    std::set<std::string> waiting;  // topics of facts to publish
+    std::set<std::string> waiting;  // topics of retained messages to publish
     std::deque<Block> blocks;
     std::size_t blockBytes = 0;
     std::map<int, Block> inFlight;  // unconfirmed messages by message id
@@ -137,7 +137,7 @@ class Broker {
     Mutex mutex;
     Condition changed;
     Inbox inbox GUARDED_BY(mutex);
-    std::string why GUARDED_BY(mutex);  // reason of the latest failure
+    std::string why GUARDED_BY(mutex);  // reason for the latest failure
     std::chrono::seconds pause GUARDED_BY(mutex){0};
     bool isEnding GUARDED_BY(mutex) = false;
     bool hasEnded GUARDED_BY(mutex) = false;

@@ -8,19 +8,21 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Difference in dB by which a signal must be stronger to take a device from a gateway without a
-// link. The signal of a device at rest varies by a few dB.
+// A gateway takes over a device from a gateway without a link to it if its signal is stronger by
+// this many dB. The signal of a device at rest varies by a few dB.
 constexpr int StrongerBy = 6;
 // Time until a claim is repeated. Two repetitions may be lost before the claim expires.
 constexpr auto RepeatAfter = 10s;
-// Time for a claim to come back before it is repeated. A distant broker needs less.
+// A gateway repeats its claim if the broker does not send it back within this time. A distant
+// broker needs less.
 constexpr auto AnswerWithin = 2s;
 // Time for a gateway with a stronger signal to object to a claim.
 constexpr auto Settles = 500ms;
 // A gateway that cannot connect to a device does not claim it for this time.
 constexpr auto Abstains = 30s;
 
-// Returns a longer delay for a weaker signal, so that the strongest gateway claims first.
+// Returns a longer delay for a weaker signal, so that the gateway with the strongest signal claims
+// first.
 std::chrono::milliseconds BidDelay(int signal) {
     return std::clamp(-30 - signal, 0, 100) * 10ms;
 }
@@ -32,7 +34,7 @@ bool Beats(const Claim& claim, const Claim& held) {
     if (claim.isOpen != held.isOpen) {
         return claim.isOpen;
     }
-    // Two links can be open after a broker lost the claims. All gateways prefer the lower name.
+    // Two gateways can have a link after a broker lost the claims. All prefer the lower name.
     return claim.isOpen ? claim.gateway < held.gateway : claim.signal >= held.signal + StrongerBy;
 }
 
@@ -41,7 +43,8 @@ bool Beats(const Claim& claim, const Claim& held) {
 void ClaimBook::Take(const Claim& claim, std::chrono::seconds left, Time now) {
     const auto held = Current(now);
     if (held && !Beats(claim, *held)) {
-        // The broker retains the latest claim, so the holder must publish its own again.
+        // The broker now retains this weaker claim, so the holder of the device must publish its
+        // own again.
         mustRepeat = held->gateway == own;
         return;
     }

@@ -16,19 +16,19 @@ struct Claim {
     bool isOpen = false;  // the gateway has an open link to the device
 };
 
-// The caller passes the time, so that tests need not wait.
+// The caller passes the current time, so that tests need not wait.
 class ClaimBook {
   public:
     explicit ClaimBook(std::string gateway) : own(std::move(gateway)) {}
 
-    // Processes a claim, also this gateway's own, that is valid for `left`.
+    // Processes a received claim of any gateway, including this one, that is valid for `left`.
     void Take(const Claim& claim, std::chrono::seconds left, Time now);
-    // Call this if the claim was removed or its gateway is offline.
+    // Call this if the current claim was removed or its gateway is offline.
     void Clear() { current.reset(); }
 
     // Returns the claim of the gateway that holds the device, if any.
     std::optional<Claim> Current(Time now) const;
-    // Returns true if this gateway holds the device and the time for objections is over.
+    // Returns true if this gateway holds the device and others have had time to object.
     bool IsOurs(Time now) const;
 
     enum class Action { None, Publish, Remove };
@@ -36,9 +36,10 @@ class ClaimBook {
         bool isWanted;              // a link is requested and possible
         std::optional<int> signal;  // in dBm, if received recently
         bool isOpen;                // this gateway has an open link
-        bool isFailing;             // several attempts in a row failed
+        bool isFailing;             // several connects or links failed in a row
     };
-    // Returns what to do with the retained claim. A published claim comes back by Take.
+    // Returns what to do with the claim that the broker retains. The broker sends a published claim
+    // back; pass it to Take.
     Action Next(const Situation& situation, Time now);
 
     static constexpr std::chrono::seconds Validity{30};

@@ -18,7 +18,7 @@ constexpr std::uint8_t Unset = 0xFF;
 constexpr int WeakestSignal = -128;
 constexpr int StrongestSignal = 127;
 
-// Returns ASCII text. Bytes that are not UTF-8 become U+FFFD.
+// Returns the fact as ASCII text. Bytes that are not UTF-8 become U+FFFD.
 std::string TextOf(const Json& fact) {
     return fact.dump(-1, ' ', true, Json::error_handler_t::replace);
 }
@@ -27,7 +27,8 @@ Json ValueOf(std::uint8_t value) {
     return value == Unset ? Json(nullptr) : Json(value);
 }
 
-// Returns an object in any case. Deep nesting is safe, because the parser uses the heap for it.
+// Returns an empty object if the payload is not a JSON object. Deep nesting is safe, because the
+// parser stores it on the heap.
 Json Parse(std::string_view payload) {
     Json fact = Json::parse(payload, nullptr, /*allow_exceptions=*/false);
     return fact.is_object() ? fact : Json::object();

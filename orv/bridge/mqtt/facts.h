@@ -20,7 +20,7 @@ struct Topics {
     std::string gateway;  // orv/SITE/gateway/NAME/
 };
 
-// Returns the milliseconds since 1970 by this machine's clock.
+// Returns this machine's time in milliseconds since 1970.
 std::int64_t UnixTime();
 
 std::string StatusFact(bool isOnline, std::int64_t run, std::uint64_t refused);
@@ -30,9 +30,9 @@ std::string LinkFact(const LinkStatus& status, std::int64_t run, std::uint64_t b
 std::string SentFact(const std::string& id, std::uint64_t bytes, std::uint64_t lost);
 std::string ClaimFact(const Claim& claim);
 
-// Returns nothing if the payload is not a valid claim. Payloads of a broker are not trusted.
+// Returns nothing if the payload is not a valid claim. Payloads from a broker are not trusted.
 std::optional<Claim> ParseClaim(std::string_view payload);
-// Returns whether a gateway's status is offline.
+// Returns true if the payload is the status of an offline gateway.
 bool IsOffline(std::string_view payload);
 
 // Returns whether `text` can be a topic level: 1 to 64 letters, digits, - and _.

@@ -1,4 +1,5 @@
-// A gateway of a site. It publishes devices and their bytes to a broker, and executes commands.
+// A gateway of a site. It publishes devices and their bytes to an MQTT broker, and executes
+// commands from it.
 #pragma once
 
 #include <map>
@@ -12,19 +13,19 @@ namespace orv::bridge {
 
 class Gateway {
   public:
-    // `place` is the text for the broker in the state view.
+    // `place` describes the broker in the state view.
     Gateway(Library& library, const SiteDevice::Site& site, std::string place);
 
-    // Returns the status message that the broker retains for this gateway, also as its last will.
+    // Returns this gateway's status, a retained message that also serves as its last will.
     static Message Status(const Topics& topics, bool isOnline, std::int64_t run,
                           std::uint64_t refused);
 
     // Does the pending work. Call this every PollEvery.
     void Step();
-    // Closes all links. Returns true if they are closed and the broker has confirmed it or is
-    // offline.
+    // Closes all links without blocking. Call this until it returns true: all links are closed, and
+    // the broker has confirmed all messages or is offline.
     bool End();
-    // The first row describes the broker.
+    // Returns the rows of the state view. The first row describes the broker.
     std::vector<StateRow> Rows() const;
 
   private:

@@ -1,4 +1,4 @@
-// Publishes the devices of the family that this gateway has received recently.
+// Publishes the ORV devices that this gateway has heard recently.
 #pragma once
 
 #include <chrono>
@@ -13,23 +13,23 @@
 
 namespace orv::bridge {
 
-// Restarts the scan every 30 s, because forged devices could fill the library's list.
+// Restarts the scan every 30 s, because forged advertisements could fill the library's device list.
 class HeardDevices {
   public:
-    // Maximum number of devices, because an attacker can advertise any number.
+    // Limits the number of devices, because an attacker can advertise any number.
     static constexpr std::size_t Most = 4096;
 
     // Publishes each device under `topic` followed by its address.
     HeardDevices(Library& library, Broker& broker, std::string topic);
 
-    // Reads the list four times a second, and publishes changes: of the signal every 10 s, others
-    // at once. Repeats a refused scan after 30 s. Returns whether the list was read.
+    // Reads the library's device list four times a second. Publishes signal changes every 10 s,
+    // other changes at once. Repeats a failed scan after 30 s. Returns true if it read the list.
     bool Step(Time now);
     // Ends the scan permanently. The next Step removes all devices.
     void Stop();
 
     std::vector<BluetoothAddress> Addresses() const;
-    // Returns the signal in dBm, or nothing if the device was not received for 90 s.
+    // Returns the signal in dBm, or nothing if the device was not heard for 90 s.
     std::optional<int> SignalOf(BluetoothAddress address) const;
 
   private:

@@ -14,7 +14,8 @@ using namespace std::chrono_literals;
 constexpr std::size_t LargestBlock = 4096;
 constexpr std::size_t RememberedIds = 256;
 constexpr auto CountsEvery = 5s;
-// A link is failing after this many losses or rejections in a row. The pause is then 4 s.
+// A link counts as failing after this many losses or failed connects in a row. The pause between
+// attempts is then 4 s.
 constexpr std::uint64_t FailingAfter = 3;
 
 }  // namespace
@@ -103,7 +104,7 @@ void SiteDevice::NoticeAway(const std::string& gateway, Time now) {
 void SiteDevice::GiveUp() {
     isWanted = false;
     if (link) {
-        link->SetWanted(false);  // Step does this only with a broker
+        link->SetWanted(false);  // Step does this only while the broker is online
     }
 }
 
@@ -115,7 +116,8 @@ void SiteDevice::Step(std::optional<int> signal, bool canHold, bool canClaim, Ti
         PublishOutcomes(status);
         PublishLink(status, now);
     }
-    // Keeps an open link without a broker, because no other gateway can take the device then.
+    // Keeps an open link while the broker is offline, because no other gateway can take the device
+    // meanwhile.
     if (canClaim && now >= claimsKnown) {
         StepClaim(signal, canHold, status, now);
         if (!link && canHold && isWanted && claims.IsOurs(now)) {
@@ -159,7 +161,7 @@ void SiteDevice::Hold() {
     site.broker.Subscribe(topic + "send/+");
 }
 
-// Call this in the state Closed: all received bytes are queued, and reset() does not block.
+// Call this in the state Closed: all received bytes are then queued, and reset() does not block.
 void SiteDevice::Release(Time now) {
     PublishBlocks();
     PublishOutcomes(link->Status());
@@ -179,7 +181,8 @@ void SiteDevice::PublishBlocks() {
     }
 }
 
-// A write may contain parts of two commands. Its loss is then published with the first command.
+// A write may contain parts of two commands. If it fails, all its bytes count as lost by the first
+// command.
 void SiteDevice::PublishOutcomes(const LinkStatus& status) {
     const std::uint64_t lost = status.unconfirmed + status.unsent;
     while (!commands.empty() && status.sent + lost >= commands.front().end) {

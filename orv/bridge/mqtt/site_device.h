@@ -32,27 +32,30 @@ class SiteDevice {
     SiteDevice(const SiteDevice&) = delete;
     SiteDevice& operator=(const SiteDevice&) = delete;
 
-    // `levels` follow the address in the topic. Returns why the message is rejected, or nothing.
+    // `levels` are the levels of the topic after the address. Returns why the message is rejected,
+    // or an empty string.
     std::string Take(const std::vector<std::string>& levels, const Message& message, Time now);
-    // Removes the claim of an offline gateway, but keeps this gateway's claim if its link is open.
+    // Forgets the claim of `gateway`, which is or was offline, unless this is its own SiteDevice
+    // and the link is open.
     void NoticeAway(const std::string& gateway, Time now);
 
-    // Publishes results and updates the claim. `signal` is in dBm, if received recently. If
-    // `canHold`, one more link is allowed. If `canClaim`, the retained claims have arrived.
+    // Publishes results and updates the claim. `signal` is in dBm, or empty if the device was not
+    // heard recently. `canHold` allows a new link. `canClaim` means that the broker is online and
+    // has sent the retained claims.
     void Step(std::optional<int> signal, bool canHold, bool canClaim, Time now);
     // Closes the link; a later Step removes the claim.
     void GiveUp();
 
     bool HasLink() const { return link != nullptr; }
     bool IsForgettable() const { return !link && !isWanted && blocks == 0; }
-    // Returns nothing if no link exists or is wanted.
+    // Returns nothing if there is no link and none is wanted.
     std::optional<StateRow> Row(Time now) const;
 
   private:
     struct Command {
         std::string id;
         std::uint64_t bytes;
-        std::uint64_t end;  // bytes queued up to the end of this command
+        std::uint64_t end;  // value of `queued` after this command
     };
 
     std::string TakeSend(const std::string& id, std::string_view bytes);
@@ -68,16 +71,16 @@ class SiteDevice {
     const BluetoothAddress address;
     const std::string name;
     const std::string topic;  // topic prefix of the device
-    const std::string own;    // topic prefix of this gateway for the device
+    const std::string own;    // topic prefix of what this gateway publishes about it
     ClaimBook claims;
     bool isWanted = false;
-    Time claimsKnown;          // time by which its retained messages have arrived
+    Time claimsKnown;          // time by which the device's retained messages have arrived
     std::uint64_t blocks = 0;  // number of the last received block in this run
     std::deque<std::string> ids;
 
     std::shared_ptr<PersistentLink> link;  // null if this gateway does not hold the device
     std::uint64_t queued = 0;              // bytes of all commands on this link
-    std::uint64_t lostSoFar = 0;           // lost bytes that the published outcomes include
+    std::uint64_t lostSoFar = 0;           // lost bytes that were already reported
     std::deque<Command> commands;
     LinkStatus published;
     std::uint64_t publishedDropped = 0;
