@@ -1,4 +1,4 @@
-// The factories of the six runtime classes that are activated by name, used by every runtime.
+// The factories of the six runtime classes that are activated by name. All runtimes use them.
 #pragma once
 
 #include <string_view>
@@ -9,8 +9,7 @@
 
 namespace orv::objects {
 
-// The functions of the factories that differ between runtimes. The factories hold no lock when they
-// call them.
+// Factory functions that differ between runtimes. They are called without a lock.
 struct Activations {
     template <typename... Arguments>
     using Function = HRESULT (*)(Arguments...);

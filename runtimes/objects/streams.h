@@ -9,9 +9,8 @@ namespace orv::objects {
 // not thread-safe.
 HRESULT ReadFromBuffer(IBuffer* buffer, IDataReader** reader);
 
-// The bytes that a reader has not read yet. The result pointers must not be null. A function that
-// copies this object to a local variable reads faster: no stored byte can change the copy, so the
-// compiler keeps it in registers.
+// The bytes that a reader has not read yet. The result pointers must not be null. A local copy is
+// faster to read: no stored byte can change it, so the compiler keeps it in registers.
 class UnreadBytes {
   public:
     explicit UnreadBytes(const std::vector<BYTE>& bytes)

@@ -1,4 +1,4 @@
-// Converts text to UTF-16.
+// Converts UTF-8 to UTF-16.
 #include "runtimes/objects/utf8.h"
 
 #include "platform/abi/base.h"

@@ -1,4 +1,4 @@
-// Converts text to UTF-16.
+// Converts UTF-8 to UTF-16.
 #pragma once
 
 #include <string>

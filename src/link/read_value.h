@@ -1,4 +1,4 @@
-// Reads a value into a receive queue.
+// Reads a notified value into a receive queue.
 #pragma once
 
 #include "link/receive_queue.h"
@@ -19,9 +19,8 @@ inline void ReadByte(Reader* reader, BYTE* place) {
     CheckResult(reader ? reader->ReadByte(place) : E_POINTER);
 }
 
-// Appends all bytes of the reader. Throws if it is null or fails. A template, so that the compiler
-// can inline the functions of a class without virtual functions; see
-// runtimes/bluez/exports/receive.cpp.
+// Appends all bytes of the reader to the value. Throws if the reader is null or fails. A template,
+// because runtimes/bluez/exports/receive.cpp uses a reader that the compiler can inline.
 template <typename Reader>
 inline void ReadValue(Reader* reader, ReceiveQueue::Filling& filling) {
     while (BytesLeftIn(reader) > 0) {

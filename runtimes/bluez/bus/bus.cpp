@@ -50,8 +50,8 @@ void Bus::Open() {
     loop.Watch(this);
 }
 
-// Adds the three matches that the connection needs. Does not wait for the replies, because the bus
-// handles the matches before later calls.
+// Adds the three match rules of the connection. Does not wait for the replies, because the bus
+// handles the rules before later calls.
 int Bus::AddMatches() {
     const struct {
         const char* rule;
@@ -131,7 +131,7 @@ int Bus::OnOwner(sd_bus_message* message, void* bus, sd_bus_error*) {
 
 Clock::time_point Bus::Prepare(pollfd& polled) {
     const int events = sd_bus_get_events(connection);
-    // Without events to poll for, the connection is broken. Ready then detects the error.
+    // No events to poll for mean a broken connection. Ready then detects the error.
     polled = {sd_bus_get_fd(connection), static_cast<short>(events > 0 ? events : POLLIN), 0};
     std::uint64_t at = UINT64_MAX;
     // `at` and Clock both count from the start of CLOCK_MONOTONIC.
@@ -150,7 +150,7 @@ void Bus::Ready() {
     }
 }
 
-// Failed calls may open a new connection.
+// Clears `connection` first, because handlers of failed calls may open a new one.
 void Bus::Close() {
     loop.Watch(nullptr);
     sd_bus_close_unref(std::exchange(connection, nullptr));

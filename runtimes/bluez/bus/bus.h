@@ -1,5 +1,5 @@
-// Connection to the system's D-Bus message bus. Only the loop's thread may use it. sd-bus is used,
-// because sdbus-c++ would add a thread and throw an exception for each failed call.
+// Connection to the system's D-Bus message bus. Only the event loop's thread may use it. Uses
+// sd-bus, because sdbus-c++ would add a thread and throw an exception for each failed call.
 #pragma once
 
 #include <systemd/sd-bus.h>
@@ -28,9 +28,10 @@ class Bus final : private Pollable {
     class Listener {
       public:
         virtual void Signalled(sd_bus_message* signal) = 0;
-        // The daemon has ended, or the connection is lost and all pending calls have failed.
+        // The Bluetooth daemon has ended, or the connection is lost and all pending calls have
+        // failed.
         virtual void Lost() = 0;
-        // The daemon has started. Called after Lost.
+        // The Bluetooth daemon has started. Called after Lost.
         virtual void Came() = 0;
 
       protected:

@@ -1,5 +1,5 @@
-// The runtime's event loop. Its only thread runs the tasks that other threads post, runs timers,
-// and polls the connection to the bus.
+// The event loop of the runtime. Its only thread runs the tasks that other threads post, runs
+// timers, and polls the D-Bus connection.
 #pragma once
 
 #include <poll.h>
@@ -21,7 +21,7 @@ using Task = std::function<void()>;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-// The loop's thread calls these functions.
+// The event loop's thread calls these functions.
 class Pollable {
   public:
     // Sets the descriptor and the events to poll for. Returns the deadline of the poll.
@@ -43,14 +43,14 @@ class Loop {
 
     bool IsOwnThread() const { return std::this_thread::get_id() == thread.load(); }
 
-    // Runs the task on the loop's thread, after those posted before. Any thread may call this.
+    // Runs the task on the loop's thread, after earlier tasks. Any thread may call this.
     void Post(Task task);
 
-    // Only the loop's thread may call the functions below; they need no lock. After runs the task
-    // once, after the delay. A timer cannot be cancelled, so the task must check whether it is
-    // still needed.
+    // Only the loop's thread may call After and Watch, which need no lock. After(delay, task) runs
+    // the task once. The task must check whether it is still needed, because a timer cannot be
+    // cancelled.
     void After(milliseconds delay, Task task);
-    // Polls `source` from now on, instead of the former one. Null ends this.
+    // Polls `source` instead of the former source. Null ends polling.
     void Watch(Pollable* source) { watched = source; }
 
   private:
@@ -68,7 +68,7 @@ class Loop {
     Pollable* watched = nullptr;
 };
 
-// Returns `descriptor`. Throws if it is negative, because none was free.
+// Returns `descriptor`. Throws if it is negative (none was free).
 int Checked(int descriptor);
 
 // Runs the body and ignores exceptions, because the loop cannot report them. An event is lost if

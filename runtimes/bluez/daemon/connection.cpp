@@ -6,8 +6,8 @@ namespace orv::bluez {
 
 namespace {
 
-// The timeout of Ask. It ends before the library's 2000 ms for an operation, so that the library's
-// next operation asks again.
+// Timeout of Ask. It is shorter than the 2000 ms of a library operation, so that the next operation
+// asks again.
 constexpr milliseconds AskLimit{1800};
 
 }  // namespace
@@ -23,7 +23,8 @@ void Connection::WhenKnown(Task task) {
     }
 }
 
-// Requests the daemon's objects. The call starts the daemon if D-Bus activation is configured.
+// Requests the Bluetooth daemon's objects. The call starts the daemon if D-Bus activation is
+// configured.
 void Connection::Ask() {
     knowledge = Knowledge::Asked;
     bus.Open();
@@ -49,7 +50,7 @@ void Connection::Signalled(sd_bus_message* signal) {
 }
 
 void Connection::Lost() {
-    // Asked does not change: the pending request fails, or the restarted daemon answers it.
+    // Keeps the value Asked: the pending request fails, or the restarted daemon answers it.
     if (knowledge == Knowledge::Known) {
         knowledge = Knowledge::None;
     }

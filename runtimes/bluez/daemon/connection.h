@@ -1,5 +1,5 @@
-// Connection to the Bluetooth daemon, with a copy of the daemon's objects and the loop whose thread
-// uses both.
+// The connection to the Bluetooth daemon, a copy of the daemon's objects, and the event loop whose
+// thread uses both.
 #pragma once
 
 #include "runtimes/bluez/bus/bus.h"
@@ -26,9 +26,9 @@ class Connection : protected Bus::Listener {
   protected:
     ~Connection() = default;
 
-    // Handles the events that a signal of this object reports.
+    // Handles the events that a D-Bus signal of the object at `path` reports.
     virtual void Told(const Path& path, const News& news) = 0;
-    // The daemon has ended. The tree is empty.
+    // Called when the daemon has ended. The tree is empty.
     virtual void Gone() = 0;
 
   private:

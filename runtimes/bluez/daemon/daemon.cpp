@@ -30,7 +30,7 @@ void Daemon::Told(const Path& path, const News& news) {
 
 void Daemon::Came() {
     if (discovery.IsWanted()) {
-        WhenKnown([] {});  // then, Changed starts the scan
+        WhenKnown([] {});  // requests the objects; Changed then starts the scan
     }
 }
 

@@ -24,7 +24,7 @@ int AppendFilter(sd_bus_message* call) {
     return sd_bus_message_append(call, "a{sv}", 2, "Transport", "s", "le", "DuplicateData", "b", 1);
 }
 
-// Returns a UUID as an advertisement contains it: last byte first, and only its own 16 or 32 bits
+// Returns a UUID as an advertisement contains it: last byte first, and shortened to 16 or 32 bits
 // if it is derived from the Bluetooth base UUID.
 Bytes KeyOf(const std::string& uuid) {
     constexpr std::string_view Base = "-0000-1000-8000-00805f9b34fb";
@@ -43,7 +43,8 @@ Bytes Section(Bytes key, const Bytes& payload) {
     return key;
 }
 
-// Returns the data sections as the device sends them. Each starts with its key, low byte first.
+// Returns the manufacturer and service data as advertisement sections. Each starts with the company
+// identifier or UUID, low byte first.
 std::vector<Bytes> SectionsOf(const Device& device) {
     std::vector<Bytes> sections;
     for (const auto& [key, payload] : device.manufacturerData) {
@@ -85,7 +86,7 @@ void Discovery::Remember(UINT64 address) {
 }
 
 // Reports an advertisement with the name and, if the daemon sent data, a scan response with the
-// data. The daemon merges both and does not report which of them contained a value.
+// data. The daemon merges both packets and does not report which one contained a value.
 void Discovery::Heard(const Device& device, bool withData) {
     if (!IsWanted()) {
         return;
@@ -145,9 +146,9 @@ void Discovery::Started(const Path& adapter, const Failure& failure) {
         scanning = adapter;
     } else {
         Pause();
-        // Without a reply, the scan may have started. The daemon reports InProgress if this process
-        // scans already, because the reply to an earlier start was lost, and also if the kernel
-        // rejects the scan. After a stop, the next start is valid in each case.
+        // The scan may run: the reply was lost (NO_REPLY), or the reply to an earlier start was
+        // lost (InProgress). The daemon also reports InProgress if the kernel rejects the scan.
+        // After a stop, the next start is valid in each case.
         if (failure.name == SD_BUS_ERROR_NO_REPLY || failure.name == "org.bluez.Error.InProgress") {
             Stop(adapter);
         }
@@ -171,8 +172,8 @@ void Discovery::Stop(const Path& adapter) {
         adapter, AdapterInterface, "StopDiscovery", nullptr,
         [this, adapter, run = connection.Run()](const Failure& failure, sd_bus_message*) {
             pending = false;
-            // Tries again later: another stop may be in progress, or the reply was lost. No other
-            // process can end this scan.
+            // Repeats the stop later, because no other process can end this scan. Another stop may
+            // be in progress, or the reply was lost.
             if (failure && failure.message != "No discovery started" && run == connection.Run()) {
                 leftOn = adapter;
                 Pause();

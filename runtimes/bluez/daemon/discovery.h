@@ -1,4 +1,4 @@
-// The scan that all watchers share. Only the loop's thread may use it.
+// The scan that all advertisement watchers share. Only the event loop's thread may use it.
 #pragma once
 
 #include <set>
@@ -16,8 +16,8 @@ class Watcher {
     ~Watcher() = default;
 };
 
-// Scans while an adapter is on and a watcher or a hold exists. Restarts the scan after the adapter
-// or the daemon was off.
+// Scans while an adapter is on and a watcher or a call of Hold needs the scan. Restarts it after
+// the adapter or the daemon was off.
 class Discovery {
   public:
     explicit Discovery(Connection& connectionOfDiscovery) : connection(connectionOfDiscovery) {}
@@ -30,14 +30,14 @@ class Discovery {
     void Release();
 
     bool IsWanted() const { return !watchers.empty() || holds > 0; }
-    // Stores that a device was found, even for the time after the daemon removes it.
+    // Stores that a device was found, also for the time after the daemon removes it.
     void Remember(UINT64 address);
     bool IsRemembered(UINT64 address) const { return remembered.count(address) != 0; }
 
     void Heard(const Device& device, bool withData);
     // Starts or stops the scan if necessary.
     void Step();
-    // Call this after the daemon's end, which also ends its scans.
+    // Call this when the daemon has ended, because its scans have ended too.
     void Forget();
 
   private:
@@ -53,7 +53,7 @@ class Discovery {
     int holds = 0;
     Path scanning;         // the adapter whose scan this process started, or empty
     Path leftOn;           // the adapter whose scan could not be stopped, or empty
-    bool pending = false;  // a start or stop is pending
+    bool pending = false;  // a start or stop of the scan is pending
     bool paused = false;   // a start or stop failed recently
 };
 

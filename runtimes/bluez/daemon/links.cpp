@@ -8,7 +8,7 @@ namespace {
 
 constexpr const char* DeviceInterface = "org.bluez.Device1";
 
-// Each of these times leaves time for an answer within the library's 2000 ms for an operation.
+// Each of these times is short enough for an answer within the library's 2000 ms for an operation.
 constexpr milliseconds RecallLimit{1500};
 constexpr milliseconds LookupLingers{1000};
 constexpr milliseconds EndOfLinkLimit{1800};
@@ -49,9 +49,8 @@ void Links::Add(Request request) {
         requests.push_back(request);
         requests.back().id = ++lastId;
         if (!request.connect) {
-            // Waits until an old link has ended. The daemon closes a link 2 s after the request,
-            // and with it a new link that was opened in these 2 s. A connect has no time for this
-            // wait.
+            // Waits until an old link has ended: the daemon closes a link 2 s after the request,
+            // and also a new link that was opened meanwhile. A connect has no time for this wait.
             Later(lastId, EndOfLinkLimit, [](Request& late) { late.waitedForEnd = true; });
         }
         Step();
@@ -74,7 +73,7 @@ void Links::RemoveUser(UINT64 address) {
     Step();
 }
 
-// A finished request's handler may call Step again; the loop then runs once more.
+// A finished request's handler may call Step again; the outer call then repeats its loop.
 void Links::Step() {
     changed = true;
     if (stepping) {
@@ -119,7 +118,7 @@ bool Links::IsDone(Request& request, Path& device) {
         return request.failed;
     }
     if (found == nullptr) {
-        session.connecting = 0;  // a connect ends with its device, even without a reply
+        session.connecting = 0;  // a connect ends with the removal of its device
         Recall(request);
         return !request.recalling;
     }
@@ -131,8 +130,8 @@ bool Links::IsDone(Request& request, Path& device) {
     return true;
 }
 
-// The daemon removes a device about 30 s after a scan, and connects only to listed devices. This
-// scans again for a device that was found before. Any other request fails at once.
+// Scans again for a device that was found before, because the daemon removes a device about 30 s
+// after a scan and connects only to listed devices. Other requests fail at once.
 void Links::Recall(Request& request) {
     if (connection.tree.ScanningAdapter() == nullptr) {
         EndRecall(request);
@@ -191,8 +190,8 @@ void Links::Connect(UINT64 address, const Path& device) {
                             if (failure && !IsInProgress(failure)) {
                                 Connected(address, id, failure);
                             } else {
-                                // Waits, because the signal of the new link may follow the reply,
-                                // and a connect of another program may take longer.
+                                // Waits, because the D-Bus signal of the new link may follow the
+                                // reply, and a connect of another program may take longer.
                                 connection.loop.After(PauseAfterConnect, [this, address, id] {
                                     Connected(address, id, {});
                                 });

@@ -1,5 +1,5 @@
-// Opens links to devices when they are needed and keeps them while they are used. Only the loop's
-// thread may use this class.
+// Opens links to devices when they are needed and keeps them while they are used. Only the event
+// loop's thread may use this class.
 #pragma once
 
 #include <list>
@@ -10,9 +10,9 @@ namespace orv::bluez {
 
 class Links {
   public:
-    // Receives the path of the device, or an empty path after a failure.
+    // Receives the D-Bus path of the device, or an empty path after a failure.
     using Found = std::function<void(const Path& device)>;
-    // Returns true if the device has the objects that the caller needs.
+    // Returns true if the device has the D-Bus objects that the caller needs.
     using IsThere = std::function<bool(const Path& device)>;
 
     Links(Connection& connectionOfLinks, Discovery& discoveryOfLinks)
@@ -30,7 +30,7 @@ class Links {
     void RemoveUser(UINT64 address);
 
     void Step();
-    // Call this after the daemon's end, which also ends its links.
+    // Call this when the daemon has ended, because its links have ended too.
     void Forget();
 
   private:

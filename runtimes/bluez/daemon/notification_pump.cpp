@@ -19,8 +19,8 @@ namespace {
 // and thread switches. A connection interval is longer: at least 7.5 ms.
 constexpr milliseconds PauseAfterRead{2};
 
-// A delivery that takes longer counts as blocked. Fewer values arrive in this time than a socket
-// holds (about 270).
+// A delivery that takes longer counts as blocked. A socket holds about 270 values, more than arrive
+// in this time.
 constexpr milliseconds LongestDelivery{20};
 
 }  // namespace

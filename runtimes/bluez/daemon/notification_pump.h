@@ -1,4 +1,4 @@
-// The threads that read values from sources and pass them to subscribers.
+// The two threads that read notified values from sources and pass them to subscribers.
 #pragma once
 
 #include <functional>
@@ -9,10 +9,9 @@
 namespace orv::bluez {
 
 // One of two threads reads values and also passes them on, so that a value wakes no other thread.
-// The other thread starts to read when a subscriber blocks, because the daemon drops values if a
-// socket is full (about 270 values of 244 bytes). The blocked thread passes on these values later.
-// A subscriber may block because the host may hold a lock while it waits for the loop, so neither
-// thread is the loop's.
+// If a subscriber blocks it, the other thread starts to read, because the daemon drops values when
+// a socket is full. The blocked thread passes these values on later. Neither thread is the event
+// loop's thread: a subscriber may wait for a lock whose owner waits for the loop.
 class Pump {
   public:
     // One of the threads calls `endedOfPump` when the daemon has closed a source's socket.
@@ -21,9 +20,9 @@ class Pump {
 
     // Starts reading a source that has a socket.
     void Watch(const SharedSource& source);
-    // Stops reading. Values that were read before are still passed on.
+    // Stops reading the source. Values that were read before are still passed on.
     void Unwatch(const SharedSource& source);
-    // Passes on a value that was pushed to the source.
+    // Passes on a value that Source::Push stored.
     void Offer(const SharedSource& source);
 
   private:
@@ -44,8 +43,8 @@ class Pump {
     int reader GUARDED_BY(mutex) = 0;                    // the thread that reads, 0 or 1
     bool handsOver GUARDED_BY(mutex) = false;            // one of the threads passes values on
     UINT64 progress GUARDED_BY(mutex) = 0;               // changes after each round of deliveries
-    bool looks GUARDED_BY(mutex) = false;  // the other thread checks `progress` regularly
-    objects::Condition changed;            // wakes the other thread to check `progress`
+    bool looks GUARDED_BY(mutex) = false;  // the waiting thread checks `progress` regularly
+    objects::Condition changed;            // wakes the waiting thread to check `progress`
 };
 
 }  // namespace orv::bluez

@@ -14,7 +14,8 @@ using objects::Lock;
 
 namespace {
 
-// Returns true if the daemon has closed its end. A read of 0 bytes can also be an empty record.
+// Returns true if the daemon has closed its end of the socket. A read of 0 bytes can also be an
+// empty record.
 bool HasHungUp(int socket) {
     pollfd polled{socket, 0, 0};
     return poll(&polled, 1, 0) > 0 && (polled.revents & POLLHUP) != 0;
@@ -52,7 +53,7 @@ int Source::Descriptor() {
     return descriptor;
 }
 
-// Reads up to RecordsAtOnce records with each system call. After fewer records, the socket is
+// Reads up to RecordsAtOnce records with each system call. If a call reads fewer, the socket is
 // empty.
 bool Source::Take() {
     const Lock lock(mutex);
@@ -111,8 +112,7 @@ void Source::Subscribe(SharedSubscriber subscriber) {
 }
 
 bool Source::Unsubscribe(const Subscriber* subscriber) {
-    // `before` is destroyed after the lock is released, because a subscriber may own foreign
-    // handlers.
+    // Destroyed after the lock is released, because a subscriber may own the host's handlers.
     std::shared_ptr<const std::vector<SharedSubscriber>> before;
     const auto goes = [&](const SharedSubscriber& each) {
         return each.get() == subscriber || !each->IsOpen();

@@ -33,7 +33,7 @@ class Source {
     const Path path;  // D-Bus path of the characteristic
     const UINT64 address;
 
-    // Takes ownership of a socket to which the daemon writes each value as a record.
+    // Takes ownership of a socket to which the daemon writes each value as one record.
     void Attach(int socket);
     void Detach();
     int Descriptor();  // the socket, or -1 if there is none
@@ -52,11 +52,11 @@ class Source {
     bool HasTakenAny();
 
   private:
-    static constexpr std::size_t LongestValue = 512;  // maximum of an attribute, in bytes
+    static constexpr std::size_t LongestValue = 512;  // maximum size of an attribute in bytes
     static constexpr int RecordsAtOnce = 16;
 
     objects::Mutex mutex;
-    // Buffers for one system call, which the constructor prepares.
+    // Buffers for one recvmmsg call. The constructor prepares them.
     std::array<std::array<BYTE, LongestValue>, RecordsAtOnce> buffers GUARDED_BY(mutex);
     std::array<iovec, RecordsAtOnce> parts GUARDED_BY(mutex);
     std::array<mmsghdr, RecordsAtOnce> records GUARDED_BY(mutex);

@@ -11,10 +11,10 @@ namespace {
 
 constexpr const char* CharacteristicInterface = "org.bluez.GattCharacteristic1";
 
-// A socket that ends this soon after its start, without a value, does not work for the device.
+// A socket that closes within this time and received no value does not work for the device.
 constexpr milliseconds AtOnce{1000};
 
-// If this number of a device's sockets ended at once, its values arrive as signals instead.
+// After this number of a device's sockets ended at once, its values are requested as D-Bus signals.
 constexpr int SocketEndsBeforeSignals = 2;
 
 // When the daemon ends, its sockets close first; the bus reports the end within this time.
@@ -90,8 +90,8 @@ void Notifications::Acquire(const SharedSource& source) {
                         });
 }
 
-// Requests a signal for each value if a socket is not possible. Signals are slower, and a slow
-// client was seen to lose values.
+// Requests a D-Bus signal for each value. Used only if a socket is not possible, because a slow
+// client was seen to lose values that were sent as signals.
 void Notifications::StartSignals(const SharedSource& source) {
     connection.bus.Call(source->path, CharacteristicInterface, "StartNotify", nullptr,
                         [this, source](const Failure& failure, sd_bus_message*) {
@@ -135,8 +135,8 @@ void Notifications::Ended(const SharedSource& source) {
     }
 }
 
-// With some devices, the socket ends at once, or the socket and the link. A weak signal can also
-// end both, so that must happen twice before sockets are avoided.
+// Counts sockets that end at once, because sockets do not work with some devices. If the link ends
+// too, a weak signal may be the cause, so that must happen twice before sockets are avoided.
 void Notifications::CountEnd(UINT64 address, bool hasLink) {
     connection.loop.After(RestartIsKnown, [=, run = connection.Run()] {
         if (run == connection.Run()) {

@@ -1,4 +1,4 @@
-// Receives values of devices through sockets or signals and passes them to subscribers.
+// Receives values of devices through sockets or D-Bus signals and passes them to subscribers.
 #pragma once
 
 #include <map>
@@ -15,17 +15,17 @@ class Notifications {
     explicit Notifications(Connection& connectionOfNotifications);
     void Start() { pump.Start(); }
 
-    // Only the loop's thread may call the functions below.
+    // Only the event loop's thread may call the functions below.
     void Subscribe(const Path& characteristic, UINT64 address, SharedSubscriber subscriber,
                    Done done);
     // Returns without waiting for the daemon.
     void Unsubscribe(const Path& characteristic, const Subscriber& subscriber);
 
-    // Passes on a value that arrived in a signal.
+    // Passes on a value that arrived in a D-Bus signal.
     void Value(const Path& characteristic, const Bytes& value);
 
-    // Removes subscriptions whose characteristic no longer exists. A socket stays until its end,
-    // because it may still contain values.
+    // Removes subscriptions whose characteristic no longer exists, but not before the daemon closes
+    // its socket, because the socket may still contain values.
     void Step();
     // Call this when the daemon has ended. The next daemon may behave differently.
     void Forget() { endedAtOnce.clear(); }

@@ -1,4 +1,4 @@
-// A copy of the daemon's objects. Only the loop's thread may use it.
+// A copy of the Bluetooth daemon's D-Bus objects. Only the event loop's thread may use it.
 #pragma once
 
 #include <map>
@@ -39,7 +39,7 @@ struct Characteristic {
     bool Has(const char* flag) const;
 };
 
-// Events that a signal reports in addition to the state of its object.
+// Events that a D-Bus signal reports besides the new state of its object.
 struct News {
     // The device that has advertised, even if its advertisement did not change; or null.
     const Device* heard = nullptr;
@@ -49,7 +49,7 @@ struct News {
 
 class Tree {
   public:
-    // Replaces all objects by those in the reply of GetManagedObjects.
+    // Replaces all objects with those in the reply of GetManagedObjects.
     void Load(sd_bus_message* reply);
     void Clear() { *this = {}; }
     // Applies a signal of the daemon. The result points to objects of the tree.
@@ -67,7 +67,7 @@ class Tree {
     const Characteristic* FindCharacteristic(const Path& path) const;
 
   private:
-    // Calls use(objects) with the map of the objects that have the interface, if there is one.
+    // Calls use(objects) with the map of the objects with this interface, if the map exists.
     template <typename Use>
     void ForObjects(std::string_view interface, Use&& use);
     void ReadInterfaces(const Path& path, sd_bus_message* message, News& news);

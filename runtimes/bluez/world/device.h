@@ -10,10 +10,10 @@
 
 namespace orv::bluez {
 
-// Keeps its device's link in use until the object is closed or destroyed.
+// Keeps the device's link in use until the object is closed or destroyed.
 class BluezBluetoothLEDevice final : public objects::DeviceObject {
   public:
-    // Call this on the loop's thread.
+    // Call this on the event loop's thread.
     explicit BluezBluetoothLEDevice(UINT64 addressOfDevice);
     ~BluezBluetoothLEDevice();
 

@@ -26,8 +26,8 @@ HRESULT Lookup(IAsyncOperation<T>** operation, const Ref<Owner>& owner, Find fin
     });
 }
 
-// Returns true if the device itself reported the failure. After another failure, it is unknown
-// whether the device has received the block.
+// Returns true if the device itself reported the failure. After any other failure, the device may
+// have received the block.
 bool IsAnswerOfDevice(const Failure& failure) {
     for (const char* name :
          {"org.bluez.Error.NotPermitted", "org.bluez.Error.NotAuthorized",
@@ -55,7 +55,7 @@ BluezGattDeviceService::BluezGattDeviceService(const Ref<BluezBluetoothLEDevice>
                                                Path pathOfService)
     : ServiceObject(Ref<objects::DeviceObject>(owner.Get())), path(std::move(pathOfService)) {}
 
-// A program that may use the daemon may use all its devices.
+// Always allowed, because a program that may use the daemon may use all its devices.
 HRESULT BluezGattDeviceService::RequestAccess(IAsyncOperation<DeviceAccessStatus>** operation) {
     return StartOperation<DeviceAccessStatus>(
         operation, [](const auto& promise) { promise->Complete(DeviceAccessStatus::Allowed); });
@@ -69,7 +69,7 @@ HRESULT BluezGattDeviceService::FindCharacteristics(
         });
 }
 
-// The call of Changed unsubscribes the closed service's characteristics.
+// Calls Changed to unsubscribe the closed service's characteristics.
 void BluezGattDeviceService::Shut() {
     closed.store(true, std::memory_order_release);
     Daemon::Get().loop.Post([] { Daemon::Get().Changed(); });

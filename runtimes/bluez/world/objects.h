@@ -1,4 +1,4 @@
-// Short names for the parts that runtimes consist of.
+// Short names of classes and functions that all runtimes share.
 #pragma once
 
 #include "runtimes/objects/object.h"

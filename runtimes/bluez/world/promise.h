@@ -20,7 +20,7 @@ HRESULT GiveResult(T* receiver, const T& result) {
 }
 
 // Ends its operation once, with an error if the promise is destroyed without a result (memory is
-// exhausted, or a call of the daemon failed).
+// exhausted, or a call to the daemon failed).
 template <typename T, typename Value>
 class Promise {
   public:
@@ -52,7 +52,7 @@ class Promise {
     bool ended = false;
 };
 
-// Starts an operation. `work` receives the promise on the loop's thread.
+// Starts an operation. `work` receives the promise on the event loop's thread.
 template <typename T, typename Value = Abi<T>, typename Work>
 HRESULT StartOperation(IAsyncOperation<T>** operation, Work work) {
     if (operation == nullptr) {

@@ -1,4 +1,4 @@
-// A watcher of advertisements.
+// An advertisement watcher.
 #pragma once
 
 #include <atomic>
@@ -8,8 +8,9 @@
 
 namespace orv::bluez {
 
-// Calls handlers on the loop's thread, so a handler must not wait for an asynchronous operation.
-// The library's handler waits only for a mutex that is never held during a wait for the loop.
+// Calls handlers on the event loop's thread, so a handler must not wait for an asynchronous
+// operation. The library's handler waits only for a mutex that is never held during a wait for the
+// loop.
 class BluezBluetoothLEAdvertisementWatcher final : public objects::WatcherObject, public Watcher {
   public:
     static HRESULT Activate(IInspectable** instance);
