@@ -9,16 +9,15 @@
 
 namespace orv::bridge {
 
-// Time between two polls of a link. The shortest connection interval is 7.5 ms. At the full rate,
-// 1753 bytes arrive in 10 ms. An idle poll takes less than a microsecond.
+// Time between two polls of a link. The shortest connection interval is 7.5 ms; an idle poll takes
+// less than a microsecond.
 constexpr std::chrono::milliseconds PollEvery{10};
 
 class LinkPool {
   public:
     LinkPool(Library& library, const LinkOptions& options);
 
-    // Creates a link that stays closed until SetWanted(true). Polls it until its last owner
-    // releases it.
+    // Creates a closed link, and polls it until its last owner releases it.
     std::shared_ptr<PersistentLink> Add(BluetoothAddress address);
 
   private:

@@ -133,8 +133,8 @@ void PersistentLink::Open() {
     lastTraffic = Clock::now();
 }
 
-// Writes the next block. If no bytes are queued, an empty write tests the link, because the library
-// does not report a lost device. An empty write fails if the device does not answer.
+// Writes the next block, or tests the link with an empty write if no bytes are queued, because the
+// library does not report a lost device.
 void PersistentLink::Send() {
     std::string block;
     {

@@ -23,7 +23,7 @@ struct LinkStatus {
     std::uint64_t unsent = 0;       // bytes that were dropped before they were sent
     std::uint64_t unread = 0;       // received bytes that were dropped
     std::uint64_t waiting = 0;      // received bytes in the queue
-    std::uint64_t losses = 0;       // number of open links that were lost
+    std::uint64_t losses = 0;       // open links that were lost
     std::uint64_t failures = 0;     // failed connects and lost links in a row
 
     std::uint64_t Lost() const { return unconfirmed + unsent + unread; }
@@ -44,7 +44,7 @@ class PersistentLink {
     static constexpr std::size_t ReceiveLimit = 1 << 20;
 
     PersistentLink(Library& library, BluetoothAddress address, const LinkOptions& options);
-    // Disconnects. Blocks for at most 12 s, because the worker may be in a call of the library.
+    // Disconnects. Blocks for at most 12 s, because the worker may be in a library call.
     ~PersistentLink();
     PersistentLink(const PersistentLink&) = delete;
     PersistentLink& operator=(const PersistentLink&) = delete;
@@ -61,8 +61,8 @@ class PersistentLink {
 
     // Removes and returns at most `most` received bytes, oldest first.
     std::string Take(std::size_t most);
-    // Drops the received bytes in the queue. Counts them as unread, and also `taken` bytes that
-    // Take returned but the caller did not deliver.
+    // Drops the received bytes in the queue. Counts them as unread, and `taken` bytes that Take
+    // returned but the caller did not deliver.
     void DropReceived(std::size_t taken);
 
     LinkStatus Status();
@@ -90,8 +90,8 @@ class PersistentLink {
     const BluetoothAddress address;
     const LinkOptions options;
 
-    // Lock this before `mutex` to call Receive and to leave the state Open. It keeps received bytes
-    // in their order, and prevents Receive from reporting a closed link as lost.
+    // Lock this before `mutex` to call Receive or leave the state Open. It keeps received bytes in
+    // order, and prevents Receive from reporting a closed link as lost.
     Mutex receiving;
     Mutex mutex;
     Condition changed;

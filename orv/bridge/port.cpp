@@ -14,8 +14,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::size_t PieceBytes = 16384;
-// The link stays open for this time after its client has disconnected, so that the next command of
-// a script can use it. A client that sends no more can read for this time after the last byte.
+// The link stays open for this time after its client has disconnected, for the next command of a
+// script. A client that sends no more can read for this time after the last byte.
 constexpr auto Keep = 5s;
 
 }  // namespace

@@ -17,9 +17,9 @@ class Port {
     // If `isEager`, the port requests the link even without a client.
     Port(std::unique_ptr<Entrance> entrance, std::shared_ptr<PersistentLink> link, bool isEager);
 
-    // Copies bytes in both directions without blocking.
+    // Copies the available bytes without blocking.
     void Step();
-    // Disconnects the client. Bytes that the client has not read are lost.
+    // Disconnects the client. Bytes that it has not read are lost.
     void End();
     StateRow Row() const;
 
@@ -40,7 +40,7 @@ class Port {
     std::string pending;  // bytes from the device for the client
     bool hasInputEnded = false;
     std::uint64_t unreadBefore = 0;  // the link's `unread` when the client connected
-    Clock::time_point lastActive;    // latest activity of a client
+    Clock::time_point lastActive;
     std::string note;
 };
 

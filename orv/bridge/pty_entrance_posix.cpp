@@ -1,5 +1,4 @@
-// A pseudo-terminal for programs that use serial ports. Its path stays valid when a program closes
-// it.
+// A pseudo-terminal for programs that use serial ports. Its path stays when a program closes it.
 #include <errno.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -51,7 +50,6 @@ class PtyEntrance : public Entrance {
         }
     }
 
-    // Removes the symbolic link if it still leads to this pseudo-terminal.
     ~PtyEntrance() override {
         std::error_code error;
         if (!path.empty() && fs::read_symlink(path, error) == name) {
@@ -93,8 +91,8 @@ class PtyEntrance : public Entrance {
         return open(name.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     }
 
-    // Sets raw mode permanently, so that bytes pass unchanged. Opening and closing the programs'
-    // side is also necessary: before that, poll cannot report whether a program has it open.
+    // Sets raw mode permanently, so that bytes pass unchanged. The programs' side must also be
+    // closed once: before that, poll cannot report whether a program has it open.
     void MakeRaw() const {
         const File side(OpenProgramsSide());
         termios settings{};
@@ -104,7 +102,7 @@ class PtyEntrance : public Entrance {
     }
 
     // Removes the bytes that the last program did not read, because the next program would receive
-    // them. Returns their number. Reads in a loop, because they become readable in pieces.
+    // them. Returns their number. Reads in a loop, because they arrive in pieces.
     std::size_t TakeUnread() const {
         constexpr int PieceArrivesMs = 10;
         const int side = OpenProgramsSide();

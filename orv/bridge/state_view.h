@@ -14,7 +14,7 @@ namespace orv::bridge {
 struct StateRow {
     std::string device;
     std::string place;   // address, path or topic for programs
-    std::string client;  // program or gateway that uses the device, or empty
+    std::string client;  // program or gateway that uses the device
     LinkStatus status;
     std::string note;  // text for the user besides `status.reason`
 };

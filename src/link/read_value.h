@@ -20,7 +20,7 @@ inline void ReadByte(Reader* reader, BYTE* place) {
 }
 
 // Appends all bytes of the reader to the value. Throws if the reader is null or fails. A template,
-// because runtimes/bluez/exports/receive.cpp uses a reader that the compiler can inline.
+// because runtimes/bluez/exports/receive.cpp uses a reader that the compiler inlines.
 template <typename Reader>
 inline void ReadValue(Reader* reader, ReceiveQueue::Filling& filling) {
     while (BytesLeftIn(reader) > 0) {

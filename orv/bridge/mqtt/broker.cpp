@@ -28,7 +28,7 @@ constexpr std::size_t LargestPayload = 65536;
 // Maximum size of a received packet and its topic. The broker does not forward larger packets.
 constexpr std::uint32_t LargestPacket = LargestPayload + 1024;
 constexpr std::size_t ArrivedLimit = 1 << 20;
-// Estimated memory in bytes that a message needs besides its topic and payload.
+// Estimated size in bytes of a message besides its topic and payload.
 constexpr std::size_t MessageOverhead = 128;
 // Lowest MQTT reason code that reports a failure.
 constexpr int FirstFailure = 128;
@@ -77,8 +77,7 @@ Broker::Broker(const BrokerOptions& options, const Message& will)
     worker = std::thread([this, host = options.host, port = options.port] { Run(host, port); });
 }
 
-// Cancels the worker thread if it does not end in time, because a name lookup or a connect can
-// block it.
+// Cancels the worker thread if it does not end in time: a name lookup or a connect can block it.
 Broker::~Broker() {
     mosquitto_disconnect(client.get());
     {
@@ -236,7 +235,7 @@ std::vector<Message> Broker::Step() {
 }
 
 // Publishes all facts (retained messages) and subscribes again, because a restarted broker may have
-// lost the facts and subscriptions.
+// lost everything.
 void Broker::NoticeConnection() {
     for (const auto& [topic, fact] : facts) {
         waiting.insert(topic);
@@ -299,8 +298,8 @@ void Broker::Unsubscribe(const std::string& filter) {
     }
 }
 
-// Publishes the next fact (retained message) or, if there is none, the next block of bytes. Returns
-// false if nothing is queued.
+// Publishes the next retained message or, if there is none, the next block. Returns false if
+// nothing is queued.
 bool Broker::PublishNext() {
     if (!waiting.empty()) {
         const auto fact = facts.find(*waiting.begin());

@@ -1,5 +1,5 @@
-// The connection to an MQTT broker, with a limited queue of data blocks to send, the latest fact
-// (retained message) of each topic, and the received messages.
+// The connection to an MQTT broker, with a limited queue of data blocks, the latest fact (retained
+// message) of each topic, and the received messages.
 #pragma once
 
 #include <chrono>
@@ -51,7 +51,7 @@ struct Dropped {
 };
 
 // A separate thread runs the connection and the callbacks. It reconnects after pauses of 1 to 60 s.
-// Call all functions from the same thread. They do not block.
+// Call all functions from one other thread. They do not block.
 class Broker {
   public:
     // The broker publishes and retains `will` if the connection is lost.
@@ -80,8 +80,8 @@ class Broker {
     void Retain(const Message& message);
     // Sends the message now, without the queue.
     void Send(const Message& message) { Publish({message, 0, 0}, false); }
-    // Queues a block of a device's bytes; block numbers begin with 1. Drops the oldest blocks if
-    // the queue is full.
+    // Queues a block of a device's bytes; block numbers begin with 1. If the queue is full, drops
+    // the oldest blocks.
     void Queue(std::uint64_t device, std::uint64_t number, Message message);
     const Dropped& DroppedOf(std::uint64_t device) { return dropped[device]; }
 

@@ -8,13 +8,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A gateway takes over a device from a gateway without a link to it if its signal is stronger by
-// this many dB. The signal of a device at rest varies by a few dB.
+// Number of dB by which a gateway's signal must be stronger to take a device from a gateway without
+// a link to it. The signal of a device at rest varies by a few dB.
 constexpr int StrongerBy = 6;
 // Time until a claim is repeated. Two repetitions may be lost before the claim expires.
 constexpr auto RepeatAfter = 10s;
-// A gateway repeats its claim if the broker does not send it back within this time. A distant
-// broker needs less.
+// A gateway repeats a claim that the broker does not send back within this time. Even distant
+// brokers need less.
 constexpr auto AnswerWithin = 2s;
 // Time for a gateway with a stronger signal to object to a claim.
 constexpr auto Settles = 500ms;
@@ -43,8 +43,8 @@ bool Beats(const Claim& claim, const Claim& held) {
 void ClaimBook::Take(const Claim& claim, std::chrono::seconds left, Time now) {
     const auto held = Current(now);
     if (held && !Beats(claim, *held)) {
-        // The broker now retains this weaker claim, so the holder of the device must publish its
-        // own again.
+        // The broker now retains this weaker claim, so the holder of the device must repeat its
+        // own.
         mustRepeat = held->gateway == own;
         return;
     }

@@ -38,8 +38,8 @@ class ClaimBook {
         bool isOpen;                // this gateway has an open link
         bool isFailing;             // several connects or links failed in a row
     };
-    // Returns what to do with the claim that the broker retains. The broker sends a published claim
-    // back; pass it to Take.
+    // Returns what to do with the claim that the broker retains. A published claim comes back from
+    // the broker; pass it to Take.
     Action Next(const Situation& situation, Time now);
 
     static constexpr std::chrono::seconds Validity{30};

@@ -1,5 +1,4 @@
-// A gateway of a site. It publishes devices and their bytes to an MQTT broker, and executes
-// commands from it.
+// A gateway of a site: publishes devices and their bytes to an MQTT broker, and executes commands.
 #pragma once
 
 #include <map>
@@ -20,16 +19,16 @@ class Gateway {
     static Message Status(const Topics& topics, bool isOnline, std::int64_t run,
                           std::uint64_t refused);
 
-    // Does the pending work. Call this every PollEvery.
+    // Call this every PollEvery.
     void Step();
     // Closes all links without blocking. Call this until it returns true: all links are closed, and
-    // the broker has confirmed all messages or is offline.
+    // the broker is offline or has confirmed all messages.
     bool End();
-    // Returns the rows of the state view. The first row describes the broker.
+    // The first row describes the broker.
     std::vector<StateRow> Rows() const;
 
   private:
-    // Processes a message. Returns why it is rejected, or an empty string.
+    // Returns why the message is rejected, or an empty string.
     std::string Take(const Message& message, Time now);
     void TakeStatus(const std::string& gateway, const Message& message, Time now);
     void PublishStatus(Time now);

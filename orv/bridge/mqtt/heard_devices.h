@@ -13,7 +13,7 @@
 
 namespace orv::bridge {
 
-// Restarts the scan every 30 s, because forged advertisements could fill the library's device list.
+// Restarts the scan every 30 s, because forged advertisements could fill the library's list.
 class HeardDevices {
   public:
     // Limits the number of devices, because an attacker can advertise any number.

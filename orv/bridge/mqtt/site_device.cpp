@@ -14,8 +14,8 @@ using namespace std::chrono_literals;
 constexpr std::size_t LargestBlock = 4096;
 constexpr std::size_t RememberedIds = 256;
 constexpr auto CountsEvery = 5s;
-// A link counts as failing after this many losses or failed connects in a row. The pause between
-// attempts is then 4 s.
+// A link counts as failing after this many losses or failed connects in a row. The next pause is 4
+// s.
 constexpr std::uint64_t FailingAfter = 3;
 
 }  // namespace
@@ -116,8 +116,7 @@ void SiteDevice::Step(std::optional<int> signal, bool canHold, bool canClaim, Ti
         PublishOutcomes(status);
         PublishLink(status, now);
     }
-    // Keeps an open link while the broker is offline, because no other gateway can take the device
-    // meanwhile.
+    // Keeps an open link without a broker, because no other gateway can take the device meanwhile.
     if (canClaim && now >= claimsKnown) {
         StepClaim(signal, canHold, status, now);
         if (!link && canHold && isWanted && claims.IsOurs(now)) {
@@ -181,8 +180,7 @@ void SiteDevice::PublishBlocks() {
     }
 }
 
-// A write may contain parts of two commands. If it fails, all its bytes count as lost by the first
-// command.
+// If a write with parts of two commands fails, the first command reports the loss.
 void SiteDevice::PublishOutcomes(const LinkStatus& status) {
     const std::uint64_t lost = status.unconfirmed + status.unsent;
     while (!commands.empty() && status.sent + lost >= commands.front().end) {

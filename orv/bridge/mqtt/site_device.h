@@ -35,13 +35,13 @@ class SiteDevice {
     // `levels` are the levels of the topic after the address. Returns why the message is rejected,
     // or an empty string.
     std::string Take(const std::vector<std::string>& levels, const Message& message, Time now);
-    // Forgets the claim of `gateway`, which is or was offline, unless this is its own SiteDevice
-    // and the link is open.
+    // Forgets the claim of `gateway`, which is or was offline. Keeps a claim of this gateway while
+    // its link is open.
     void NoticeAway(const std::string& gateway, Time now);
 
-    // Publishes results and updates the claim. `signal` is in dBm, or empty if the device was not
-    // heard recently. `canHold` allows a new link. `canClaim` means that the broker is online and
-    // has sent the retained claims.
+    // Publishes results and updates the claim. `signal` is in dBm, if heard recently. `canHold`
+    // allows a new link. `canClaim` means that the broker is online and has sent the retained
+    // claims.
     void Step(std::optional<int> signal, bool canHold, bool canClaim, Time now);
     // Closes the link; a later Step removes the claim.
     void GiveUp();

@@ -10,7 +10,7 @@ namespace orv::bridge {
 // SO_REUSEADDR would let a second program take over the port.
 constexpr int ListenOption = SO_EXCLUSIVEADDRUSE;
 
-// Makes the system detect a vanished peer after 2 minutes, with 10 probes.
+// Makes the system detect a vanished peer after 2 minutes.
 inline void NoticeVanishedPeer(SOCKET socket) {
     tcp_keepalive values{1, 60000, 6000};
     DWORD ignored = 0;

@@ -50,8 +50,7 @@ void Bus::Open() {
     loop.Watch(this);
 }
 
-// Adds the three match rules of the connection. Does not wait for the replies, because the bus
-// handles the rules before later calls.
+// Does not wait for the replies, because the bus handles the match rules before later calls.
 int Bus::AddMatches() {
     const struct {
         const char* rule;
@@ -131,7 +130,7 @@ int Bus::OnOwner(sd_bus_message* message, void* bus, sd_bus_error*) {
 
 Clock::time_point Bus::Prepare(pollfd& polled) {
     const int events = sd_bus_get_events(connection);
-    // No events to poll for mean a broken connection. Ready then detects the error.
+    // If there are no events to poll for, the connection is broken. Ready then detects the error.
     polled = {sd_bus_get_fd(connection), static_cast<short>(events > 0 ? events : POLLIN), 0};
     std::uint64_t at = UINT64_MAX;
     // `at` and Clock both count from the start of CLOCK_MONOTONIC.

@@ -1,5 +1,5 @@
-// The event loop of the runtime. Its only thread runs the tasks that other threads post, runs
-// timers, and polls the D-Bus connection.
+// The event loop of the runtime. Its thread runs the tasks that other threads post, runs timers,
+// and polls the D-Bus connection.
 #pragma once
 
 #include <poll.h>
@@ -37,8 +37,8 @@ class Loop {
     // Throws if no descriptor is available to wake the loop.
     Loop();
 
-    // Starts the thread. Call this once, after everything that tasks use is constructed. The loop
-    // runs until the process ends.
+    // Call this once, after everything that tasks use is constructed. The loop runs until the
+    // process ends.
     void Start();
 
     bool IsOwnThread() const { return std::this_thread::get_id() == thread.load(); }
@@ -46,9 +46,8 @@ class Loop {
     // Runs the task on the loop's thread, after earlier tasks. Any thread may call this.
     void Post(Task task);
 
-    // Only the loop's thread may call After and Watch, which need no lock. After(delay, task) runs
-    // the task once. The task must check whether it is still needed, because a timer cannot be
-    // cancelled.
+    // Only the loop's thread may call After and Watch. A timer cannot be cancelled, so the task
+    // must check whether it is still needed.
     void After(milliseconds delay, Task task);
     // Polls `source` instead of the former source. Null ends polling.
     void Watch(Pollable* source) { watched = source; }

@@ -19,7 +19,7 @@ void ReadVariant(sd_bus_message* message, INT16& value) {
 void ReadVariant(sd_bus_message* message, std::string& value) {
     const char* type = nullptr;
     const char* read = nullptr;
-    // Accepts an object path as well as a string.
+    // Also accepts an object path.
     if (sd_bus_message_peek_type(message, nullptr, &type) > 0 &&
         (strcmp(type, "s") == 0 || strcmp(type, "o") == 0) &&
         sd_bus_message_read(message, "v", type, &read) >= 0) {

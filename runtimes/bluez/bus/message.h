@@ -41,7 +41,7 @@ void ReadVariant(sd_bus_message* message, std::string& value);
 void ReadVariant(sd_bus_message* message, Bytes& value);
 void ReadVariant(sd_bus_message* message, std::vector<std::string>& value);
 
-// These read a text. They return zeros if it is malformed.
+// These functions return zeros if the text is malformed.
 GUID ReadUuid(sd_bus_message* message);
 UINT64 ReadAddress(sd_bus_message* message);
 

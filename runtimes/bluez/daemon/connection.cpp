@@ -6,8 +6,8 @@ namespace orv::bluez {
 
 namespace {
 
-// Timeout of Ask. It is shorter than the 2000 ms of a library operation, so that the next operation
-// asks again.
+// Timeout of Ask. Shorter than the library's timeout (2000 ms), so that the next operation asks
+// again.
 constexpr milliseconds AskLimit{1800};
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The object through which the process uses the Bluetooth daemon: scans, links, notifications.
+// Through this object, the process uses the Bluetooth daemon: scans, links, notifications.
 #pragma once
 
 #include "runtimes/bluez/daemon/discovery.h"

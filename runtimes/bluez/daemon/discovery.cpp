@@ -146,9 +146,9 @@ void Discovery::Started(const Path& adapter, const Failure& failure) {
         scanning = adapter;
     } else {
         Pause();
-        // The scan may run: the reply was lost (NO_REPLY), or the reply to an earlier start was
-        // lost (InProgress). The daemon also reports InProgress if the kernel rejects the scan.
-        // After a stop, the next start is valid in each case.
+        // The scan may be running after a lost reply: to this start (NO_REPLY) or an earlier one
+        // (InProgress). The daemon also reports InProgress if the kernel rejects the scan. After a
+        // stop, the next start is valid in each case.
         if (failure.name == SD_BUS_ERROR_NO_REPLY || failure.name == "org.bluez.Error.InProgress") {
             Stop(adapter);
         }
@@ -172,8 +172,8 @@ void Discovery::Stop(const Path& adapter) {
         adapter, AdapterInterface, "StopDiscovery", nullptr,
         [this, adapter, run = connection.Run()](const Failure& failure, sd_bus_message*) {
             pending = false;
-            // Repeats the stop later, because no other process can end this scan. Another stop may
-            // be in progress, or the reply was lost.
+            // Repeats the stop later: another stop may be in progress, or the reply was lost. No
+            // other process can end this scan.
             if (failure && failure.message != "No discovery started" && run == connection.Run()) {
                 leftOn = adapter;
                 Pause();

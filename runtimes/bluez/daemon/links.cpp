@@ -8,14 +8,14 @@ namespace {
 
 constexpr const char* DeviceInterface = "org.bluez.Device1";
 
-// Each of these times is short enough for an answer within the library's 2000 ms for an operation.
+// Each of these times is short enough for an answer within the library's limit of 2000 ms.
 constexpr milliseconds RecallLimit{1500};
 constexpr milliseconds LookupLingers{1000};
 constexpr milliseconds EndOfLinkLimit{1800};
 constexpr milliseconds SettlingTime{300};
 constexpr milliseconds PauseAfterConnect{100};
 
-// The daemon needs 2 s for a disconnect, and longer when it is busy.
+// The daemon needs 2 s for a disconnect, or longer when it is busy.
 constexpr milliseconds DisconnectLimit{4000};
 
 constexpr int MostAttempts = 5;
@@ -50,7 +50,7 @@ void Links::Add(Request request) {
         requests.back().id = ++lastId;
         if (!request.connect) {
             // Waits until an old link has ended: the daemon closes a link 2 s after the request,
-            // and also a new link that was opened meanwhile. A connect has no time for this wait.
+            // and also a new link that was opened meanwhile. A connect cannot wait so long.
             Later(lastId, EndOfLinkLimit, [](Request& late) { late.waitedForEnd = true; });
         }
         Step();
@@ -103,8 +103,8 @@ void Links::Drop(std::list<Request>::iterator place, const Path& device) {
     std::list<Request> finished;
     finished.splice(finished.end(), requests, place);
     if (finished.front().recalling) {
-        // Scans a little longer after a lookup, because the caller connects next and some daemons
-        // remove the device as soon as the scan ends.
+        // Scans a little longer after a lookup, because some daemons remove the device when the
+        // scan ends, and the caller connects next.
         connection.loop.After(finished.front().connect ? milliseconds(0) : LookupLingers,
                               [this] { discovery.Release(); });
     }
@@ -118,7 +118,7 @@ bool Links::IsDone(Request& request, Path& device) {
         return request.failed;
     }
     if (found == nullptr) {
-        session.connecting = 0;  // a connect ends with the removal of its device
+        session.connecting = 0;  // the removal of the device ended its connect
         Recall(request);
         return !request.recalling;
     }
@@ -130,8 +130,8 @@ bool Links::IsDone(Request& request, Path& device) {
     return true;
 }
 
-// Scans again for a device that was found before, because the daemon removes a device about 30 s
-// after a scan and connects only to listed devices. Other requests fail at once.
+// Scans again for a device that was found before, because the daemon removes devices about 30 s
+// after a scan and connects only to listed ones. Other requests fail at once.
 void Links::Recall(Request& request) {
     if (connection.tree.ScanningAdapter() == nullptr) {
         EndRecall(request);

@@ -25,7 +25,7 @@ class Links {
     void Open(UINT64 address, IsThere isThere, Found done);
 
     // Each runtime object for a device is one user of its link. RemoveUser closes the link after
-    // the last user, without waiting. It does not close a link that another program opened.
+    // the last user, without waiting, unless another program opened the link.
     void AddUser(UINT64 address) { ++sessions[address].users; }
     void RemoveUser(UINT64 address);
 

@@ -53,8 +53,7 @@ int Source::Descriptor() {
     return descriptor;
 }
 
-// Reads up to RecordsAtOnce records with each system call. If a call reads fewer, the socket is
-// empty.
+// If a system call reads fewer than RecordsAtOnce records, the socket is empty.
 bool Source::Take() {
     const Lock lock(mutex);
     for (int count = RecordsAtOnce; descriptor >= 0 && count == RecordsAtOnce;) {

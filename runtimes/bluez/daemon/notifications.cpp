@@ -11,10 +11,10 @@ namespace {
 
 constexpr const char* CharacteristicInterface = "org.bluez.GattCharacteristic1";
 
-// A socket that closes within this time and received no value does not work for the device.
+// A socket that closes within this time without receiving a value does not work for the device.
 constexpr milliseconds AtOnce{1000};
 
-// After this number of a device's sockets ended at once, its values are requested as D-Bus signals.
+// After this number of a device's sockets ended at once, D-Bus signals report its values instead.
 constexpr int SocketEndsBeforeSignals = 2;
 
 // When the daemon ends, its sockets close first; the bus reports the end within this time.
@@ -72,7 +72,7 @@ void Notifications::Subscribe(const Path& characteristic, UINT64 address,
 }
 
 // Requests a socket that receives each value as one record. Values that the device sends before the
-// daemon's reply are lost, because the subscription starts with the reply.
+// daemon's reply are lost.
 void Notifications::Acquire(const SharedSource& source) {
     connection.bus.Call(source->path, CharacteristicInterface, "AcquireNotify", AppendNoOptions,
                         [this, source](const Failure& failure, sd_bus_message* reply) {
@@ -90,8 +90,8 @@ void Notifications::Acquire(const SharedSource& source) {
                         });
 }
 
-// Requests a D-Bus signal for each value. Used only if a socket is not possible, because a slow
-// client was seen to lose values that were sent as signals.
+// Requests a D-Bus signal for each value. This is the fallback, because signals are slower and a
+// slow client was seen to lose values.
 void Notifications::StartSignals(const SharedSource& source) {
     connection.bus.Call(source->path, CharacteristicInterface, "StartNotify", nullptr,
                         [this, source](const Failure& failure, sd_bus_message*) {
@@ -135,8 +135,8 @@ void Notifications::Ended(const SharedSource& source) {
     }
 }
 
-// Counts sockets that end at once, because sockets do not work with some devices. If the link ends
-// too, a weak signal may be the cause, so that must happen twice before sockets are avoided.
+// Some devices cause sockets that end at once. If the link ends too, the cause may be a weak
+// signal, so that must happen twice before sockets are avoided.
 void Notifications::CountEnd(UINT64 address, bool hasLink) {
     connection.loop.After(RestartIsKnown, [=, run = connection.Run()] {
         if (run == connection.Run()) {

@@ -24,8 +24,8 @@ class Notifications {
     // Passes on a value that arrived in a D-Bus signal.
     void Value(const Path& characteristic, const Bytes& value);
 
-    // Removes subscriptions whose characteristic no longer exists, but not before the daemon closes
-    // its socket, because the socket may still contain values.
+    // Removes closed subscribers, and subscriptions to removed characteristics. Sockets stay until
+    // the daemon closes them, because they may still contain values.
     void Step();
     // Call this when the daemon has ended. The next daemon may behave differently.
     void Forget() { endedAtOnce.clear(); }

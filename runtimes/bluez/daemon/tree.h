@@ -39,7 +39,7 @@ struct Characteristic {
     bool Has(const char* flag) const;
 };
 
-// Events that a D-Bus signal reports besides the new state of its object.
+// Events that a D-Bus signal reports besides its object's new state.
 struct News {
     // The device that has advertised, even if its advertisement did not change; or null.
     const Device* heard = nullptr;
@@ -67,7 +67,7 @@ class Tree {
     const Characteristic* FindCharacteristic(const Path& path) const;
 
   private:
-    // Calls use(objects) with the map of the objects with this interface, if the map exists.
+    // Calls use(objects) with the map of the objects with this interface, if there is such a map.
     template <typename Use>
     void ForObjects(std::string_view interface, Use&& use);
     void ReadInterfaces(const Path& path, sd_bus_message* message, News& news);

@@ -49,8 +49,6 @@ HRESULT BluezBluetoothLEDevice::FindServices(
         [uuid](const Path& device) { return Daemon::Get().tree.FindServices(device, uuid); });
 }
 
-// ---------------------------------------------------------------------------------- the service
-
 BluezGattDeviceService::BluezGattDeviceService(const Ref<BluezBluetoothLEDevice>& owner,
                                                Path pathOfService)
     : ServiceObject(Ref<objects::DeviceObject>(owner.Get())), path(std::move(pathOfService)) {}
@@ -74,8 +72,6 @@ void BluezGattDeviceService::Shut() {
     closed.store(true, std::memory_order_release);
     Daemon::Get().loop.Post([] { Daemon::Get().Changed(); });
 }
-
-// --------------------------------------------------------------------------- the characteristic
 
 BluezGattCharacteristic::BluezGattCharacteristic(const Ref<BluezGattDeviceService>& owner,
                                                  Path pathOfCharacteristic)

@@ -1,4 +1,4 @@
-// A manual-reset event for systems that have none. It waits in real time.
+// A manual-reset event for systems that have none.
 #pragma once
 
 #include <chrono>

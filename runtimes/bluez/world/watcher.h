@@ -23,7 +23,7 @@ class BluezBluetoothLEAdvertisementWatcher final : public objects::WatcherObject
   private:
     // Ignores the mode, because the daemon always scans actively.
     void SetMode(BluetoothLEScanningMode) override {}
-    // Returns at once. The scan starts or ends soon afterwards.
+    // Returns before the scan starts or ends.
     void Switch(bool on) override;
     EventRegistrationToken AddHandler(
         objects::SharedHandler<objects::ReceivedHandler> handler) override;
