@@ -18,14 +18,14 @@ enum class Owner : std::uint8_t { ThisCall, ThisOrCallback, ThisOrOther };
 // The failure lines that appear during a call.
 struct Failures {
     std::int64_t count = 0;
-    bool outOfMemory = false;  // the first line reports that memory ran out
-    bool unknownType = false;  // the first line reports that a system call failed
-    std::int64_t first = 0;    // ms from the start of the call to the first line
-    std::string text;          // beginning of the first line, without "Exception: "
+    bool outOfMemory = false;       // the first failure line means that memory ran out
+    bool systemCallFailed = false;  // the first failure line means that a system call failed
+    std::int64_t first = 0;         // ms from the start of the call to the first failure line
+    std::string text;               // beginning of the first failure line, without "Exception: "
     Owner owner = Owner::ThisCall;
 };
 
-// Bounds of a duration in ms. They are equal if a result line states it.
+// Bounds of a duration in ms. They are equal if a result line states the duration.
 struct Bounds {
     std::int64_t atLeast = 0;
     std::optional<std::int64_t> atMost;
@@ -35,7 +35,7 @@ struct Bounds {
 
 // What the log shows about the call's device before the call.
 struct DeviceEvidence {
-    bool isKnown = false;  // an earlier advertisement or link, so the system knows the address
+    bool isKnown = false;  // the system knows the address from an earlier advertisement or link
     bool isBusy = false;   // an earlier connect timed out, and the system may still be connecting
 };
 

@@ -20,7 +20,7 @@ constexpr std::int64_t Longest = 15'000;
 constexpr std::size_t MostOpen = 200;
 constexpr std::size_t MostHolds = 200;
 
-// Cuts forged failure texts, because each open call stores a copy. The library's are shorter.
+// Limits forged failure texts, because each open call stores one. The library's texts are shorter.
 constexpr std::size_t LongestFailureText = 120;
 
 bool IsOfAddress(const Call& call, std::uint64_t address) {
@@ -101,7 +101,7 @@ void CallTracker::EndWhatMustHaveEnded(std::int64_t time) {
 }
 
 void CallTracker::AddResult(const Entry& entry) {
-    // In a growing log, the first result line of a function may follow many calls.
+    // In a growing log, the first result line of a function may follow many of its calls.
     results.set(static_cast<std::size_t>(entry.subject.function));
     const bool inLog = entry.time - entry.duration >= *logBegin - BeforeLog;
     std::size_t best = open.size();
@@ -135,7 +135,7 @@ void CallTracker::AddFailure(const Entry& entry) {
     for (; withFailure < open.size(); ++withFailure) {
         Call& call = open[withFailure]->call;
         call.failures.text = entry.words.substr(0, LongestFailureText);
-        call.failures.unknownType = entry.words == "unknown type";
+        call.failures.systemCallFailed = entry.words == "unknown type";
         call.failures.outOfMemory = entry.words == "bad allocation";
         call.failures.first = std::max<std::int64_t>(entry.time - call.start, 0);
     }
@@ -152,7 +152,8 @@ bool CallTracker::CallbackMayFail(const OpenCall& opened) const {
     const Call& call = opened.call;
     const Function function = call.subject.function;
     const bool starts = function == Function::Start || function == Function::Connect;
-    // Without result lines, this call may have returned, and a callback of its scan or link failed.
+    // Without result lines, this call may have returned already, and then a callback of its own
+    // scan or link may have failed.
     const std::uint64_t own = starts && WritesResults(function) ? 1 : 0;
     const bool mayUseOlder = function != Function::Connect &&
                              FactsOf(function).traces != Traces::Nothing &&

@@ -12,7 +12,6 @@ constexpr std::int64_t Slow = 1000;
 // Maximum duration in ms of a call that is rejected without a wait.
 constexpr std::int64_t Immediate = 250;
 
-// Collects the possible causes of a call's failure or delay.
 struct SuspectList {
     const Call& call;
     Suspects suspects;
@@ -39,13 +38,13 @@ struct SuspectList {
     bool MayBeImmediate() const { return MayBeSilent() && Told(call.OwnAtLeast()) <= Immediate; }
     // Returns whether the call took longer than its waits can, for example if the machine slept.
     bool IsBeyondWaits() const { return Told(call.OwnAtLeast()) < call.OwnAtLeast(); }
-    // Returns `time`, or 0 if it is longer than all waits, because it then proves nothing.
+    // Returns `time`, or 0 if all waits together are shorter, because it then proves nothing.
     std::int64_t Told(std::int64_t time) const {
         const int waits = FactsOf(call.subject.function).waits;
         return waits > 0 && time > waits * (WaitLimit + Late) ? 0 : time;
     }
     Cause Raised() const {
-        if (call.failures.unknownType) {
+        if (call.failures.systemCallFailed) {
             return Cause::SystemFailure;
         }
         return call.failures.outOfMemory ? Cause::OutOfMemory : Cause::StandardFailure;
@@ -113,7 +112,7 @@ void ExplainConnect(SuspectList& found) {
         const WaitTimes times = found.UntilFailure();
         const Steps answered = times.Answered(5);
         found.AddSteps(found.Raised(), answered);
-        if (found.call.failures.unknownType) {
+        if (found.call.failures.systemCallFailed) {
             found.AddSteps(Cause::NotOffered, answered & WithList);
         }
         found.Add(Cause::ClosingFailed);
@@ -154,7 +153,6 @@ void ExplainSend(SuspectList& found) {
     }
 }
 
-// Explains a failed Disconnect, Receive or Flush.
 void ExplainLinkCall(SuspectList& found) {
     if (found.HasFailure()) {
         found.Add(found.Raised());
@@ -217,7 +215,7 @@ bool Closes(const Call& call) {
            call.subject.function == Function::Connect;
 }
 
-// Runs before ExplainFailure, because a rejected call would have returned.
+// Its causes precede those of ExplainFailure, because a rejected call would have returned.
 void ExplainHanging(SuspectList& found) {
     const Call& call = found.call;
     if (call.lockWait > Immediate) {
