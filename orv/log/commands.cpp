@@ -21,7 +21,7 @@ namespace orv::log {
 
 namespace {
 
-// The output buffer is large, because the output may have hundreds of megabytes.
+// A large buffer, because the output may have hundreds of megabytes.
 constexpr std::size_t OutputBuffer = 65536;
 
 void ExplainLog(const std::string& path, Threads threads, bool json) {
@@ -104,7 +104,7 @@ std::string PageOf(LogFile& log, Threads threads) {
     return page;
 }
 
-// The options of `orv log` explain, follow and report.
+// Shared by `orv log explain`, `follow` and `report`.
 struct Options {
     std::string path;
     Threads threads = Threads::One;
@@ -135,7 +135,7 @@ void WriteReport(const std::string& path, Threads threads, const std::string& ou
                       "this orv was built without the report page. Build it with -DORV_REPORT=ON, "
                       "which needs npm, or use orv log explain");
     }
-    std::error_code notBoth;  // set if a file is missing, so the files differ
+    std::error_code notBoth;  // set if a file is missing; the files then differ
     if (std::filesystem::equivalent(PathOf(path), PathOf(output), notBoth)) {
         throw Problem(ExitStatus::FileFailed,
                       output + " is the log itself. Give the page another name");
@@ -149,7 +149,7 @@ void WriteReport(const std::string& path, Threads threads, const std::string& ou
 }
 
 void AddLogCommands(Command program) {
-    const auto options = std::make_shared<Options>();  // the commands share the options
+    const auto options = std::make_shared<Options>();
     Command log = program.AddGroup("log", "Reads a diagnostics log and explains why calls failed.",
                                    "orv log explain quelvixwinlib.dll.log");
 

@@ -1,4 +1,3 @@
-// The commands `orv log explain`, `follow` and `report`.
 #pragma once
 
 #include <string>
@@ -8,10 +7,11 @@
 
 namespace orv::log {
 
-// Adds the command group `log`. Its commands throw a Problem if they fail.
+// Adds `orv log explain`, `follow` and `report`, which throw a Problem if they fail.
 void AddLogCommands(Command program);
 
-// Writes the report of a log to `output`. Throws a Problem if it cannot read or write a file.
+// Writes the HTML report of the log `path` to the file `output`. Throws a Problem if it cannot
+// read or write a file.
 void WriteReport(const std::string& path, Threads threads, const std::string& output);
 
 }  // namespace orv::log

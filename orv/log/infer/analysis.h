@@ -10,7 +10,8 @@
 
 namespace orv::log {
 
-// Receives the results of an analysis. `entry.words` points into the bytes passed to Feed.
+// Receives the results of an analysis. `entry.words` points into the bytes passed to
+// Analysis::Feed.
 class Listener {
   public:
     virtual ~Listener() = default;
@@ -42,14 +43,14 @@ class Analysis {
   public:
     Analysis(Listener& listener, ResultUse results, Threads threads);
 
-    // Returns the number of bytes read. Before the end of the log, this excludes a line that may
-    // continue: pass its bytes again with the next ones. Ignores an incomplete last line.
+    // Returns the number of used bytes. Pass the unused ones again, followed by the next bytes.
+    // Ignores an incomplete last line of the log.
     std::size_t Feed(std::string_view bytes, bool isEnd = true);
     void End();
 
     const Totals& Sums() const { return totals; }
 
-    // Returns the line number before which the listener has received all calls.
+    // Returns the line number of the oldest call that the listener has not received yet.
     std::uint64_t CompleteUntil() const { return calls.OldestOpen(); }
 
   private:

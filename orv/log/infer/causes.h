@@ -17,7 +17,7 @@ enum class Cause : std::uint8_t {
     InUse,           // another program uses the device's service
     Refused,         // the device or the system rejected the operation
     Ended,           // the system ended the operation without an answer
-    UnknownDevice,   // the system knows no device of this address
+    UnknownDevice,   // the system knows no device with this address
     NotOffered,      // the device lacks the required service or characteristic
     NoAdapter,
     NoRadioOn,
@@ -29,7 +29,7 @@ enum class Cause : std::uint8_t {
     SystemFailure,
     OutOfMemory,
     StandardFailure,  // an exception of the C++ library except bad_alloc
-    ClosingFailed,    // connect failed silently, then closing wrote the failure line
+    ClosingFailed,    // connect failed without a failure line, then closing wrote one
     ClosingSlow,      // closing the device has no timeout and was slow
     ClosingHangs,
     WaitedForOthers,  // another call held the lock

@@ -16,7 +16,6 @@ class DeviceHistory {
     // Returns the device's state before a call that begins at `time`.
     DeviceEvidence Before(const Subject& subject, std::int64_t time) const;
 
-    // Updates the state of the call's device.
     void Add(const Call& call);
 
   private:

@@ -37,7 +37,7 @@ void DeviceNotes::AddAdvertisement(const Entry& entry) {
     if (entry.number == NotHeard) {
         lost.CountAt(entry);
     }
-    // Ignores nameless scan responses, because they do not change the record's name.
+    // Ignores nameless scan responses, because they leave the device's name unchanged.
     if (entry.words.empty() && device.hasName && entry.time - device.heard > ResponseTime) {
         nameless.CountAt(entry);
     }
@@ -97,7 +97,7 @@ void DeviceNotes::Learn(const Call& call, Device& device) {
             device.queued = 0;
             break;
         case Function::Send:
-            // Failed sends are explained anyway, so they do not count.
+            // A failed send is explained anyway, so it does not count as unanswered.
             if (call.result == -1 && call.subject.number > SafeBlock) {
                 device.unanswered.count = std::max<std::int64_t>(device.unanswered.count - 1, 0);
             }

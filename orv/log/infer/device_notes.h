@@ -27,7 +27,7 @@ class DeviceNotes {
         std::int64_t heard = 0;   // time of the latest advertisement
         std::int64_t queued = 0;  // lower bound of the bytes that the host has not received
         bool isFlooded = false;   // the note BytesNotTaken was reported
-        bool isUnlinked = false;  // no link, so notifications are dropped
+        bool isUnlinked = false;  // the device has no link, so its notifications are dropped
         Note unanswered{NoteKind::BlocksUnanswered};  // long sends since the latest notification
     };
 

@@ -11,7 +11,8 @@ namespace orv::log {
 
 class Follower {
   public:
-    // Passes the calls and notes of the log `path` to `listener`. Starts again if it is emptied.
+    // Passes the calls and notes of the log `path` to `listener`. Starts again if the log is
+    // emptied.
     Follower(std::string path, Threads threads, Listener& listener);
 
     enum class Found { Nothing, Lines, Emptied, NoFile };

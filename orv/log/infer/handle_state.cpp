@@ -62,8 +62,7 @@ HandleStates::Snapshot HandleStates::Begin(const Subject& call) {
         presence = Presence::Absent;
     } else {
         const int creating = session ? initializing : handle.creating;
-        // The presence is valid for the whole call only if no other running call can change it. The
-        // call itself changes it only at its end.
+        // Another running call can change the presence. The call itself changes it only at its end.
         const bool othersRemove =
             handle.removing > 0 && !(handle.removing == 1 && IsRemoving(call.function));
         const bool changes = (presence == Presence::Absent && creating > 0) ||

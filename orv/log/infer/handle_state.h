@@ -1,5 +1,5 @@
-// Works out which links and scanner sessions exist from the results of the logged calls. At first,
-// every state is unknown, because links and sessions may be older than the log.
+// Uses the results of the logged calls to infer which links and scanner sessions exist. At first,
+// this is unknown, because links and sessions may be older than the log.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +21,7 @@ struct HandleState {
     int emptying = 0;      // running Start calls, which empty the session's list
     Moment lastAdded = 0;  // end of the latest call that may have added a link
     Moment lastRemoved = 0;
-    std::int64_t listed = 0;  // lower bound of the session's list length
+    std::int64_t listed = 0;  // lower bound of the number of devices in the session's list
     Moment lastEmptied = 0;
 
     Presence Now() const;

@@ -31,7 +31,7 @@ constexpr int NoteKindCount = 17;
 
 struct Note {
     NoteKind kind;
-    std::int32_t stamp = 0;  // stamp of the note's first line
+    std::int32_t stamp = 0;  // time stamp of the first log line that the note reports
     std::int64_t time = 0;
     std::uint64_t line = 0;     // 0 if the note applies to the whole log
     std::uint64_t address = 0;  // 0 if the note applies to no device

@@ -7,7 +7,8 @@ namespace orv::log {
 
 namespace {
 
-// Time in ms after which a silent scan is reported, or ten mean intervals if they are longer.
+// A note reports a scan if no advertisement arrives for this many ms, or for ten mean intervals if
+// they are longer.
 constexpr std::int64_t Silence = 3000;
 
 // Advertisements may still arrive for this many ms after the end of a scan.

@@ -20,7 +20,7 @@ struct Surveyor : Listener {
     Overview& overview;
 };
 
-// Receives calls in the order of their ends and passes them in the order of their starts.
+// Receives calls in the order of their ends and passes them on in the order of their starts.
 class InOrder : public Listener {
   public:
     explicit InOrder(const std::function<void(const Call&)>& taker) : take(taker) {}

@@ -25,8 +25,8 @@ struct Overview {
 
 Overview Survey(LogFile& log, Threads threads);
 
-// Passes the calls in the order in which they began. Only a call during which more than 50,000
-// others end comes after some of them.
+// Passes the calls to `take` in the order in which they began. If more than 50,000 other calls end
+// during a call, `take` may receive some of them first.
 void ForEachCall(LogFile& log, const Overview& overview,
                  const std::function<void(const Call&)>& take);
 

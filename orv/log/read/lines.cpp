@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t StampLength = 13;  // hh:mm:ss.mmm and a tab
 
-// Maximum length in bytes of an advertisement's line. Its name has about 250 at most.
+// Maximum length in bytes of an advertisement's line. Its name has at most about 250 bytes.
 constexpr std::size_t LongestAdvertisement = 1024;
 
 // Minimum number of bytes that Next needs to decide where a line ends.

@@ -1,4 +1,3 @@
-// Divides a log into lines.
 #pragma once
 
 #include <cstddef>
@@ -19,8 +18,8 @@ struct Line {
 };
 
 // Iterates over the lines of a log. A line ends only before a stamp or the end of the log, so its
-// text may contain line feeds. An advertisement's line ends after its name, which may contain whole
-// lines.
+// text may contain line feeds. An advertisement's line ends after its name, even if the name
+// contains stamps.
 class LineReader {
   public:
     // `firstLine` is the line number at the start of `bytes`. Unless `isEnd` is set, Next stops

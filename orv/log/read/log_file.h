@@ -1,4 +1,3 @@
-// Reads a log from a file, a pipe or the standard input.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,3 @@
-// The texts of causes and notes for the user.
 #pragma once
 
 #include <string>

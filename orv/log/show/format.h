@@ -1,4 +1,3 @@
-// Formats times and calls for people.
 #pragma once
 
 #include <cstdint>

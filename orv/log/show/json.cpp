@@ -16,7 +16,7 @@ namespace {
 // Keeps the order of the fields.
 using Json = nlohmann::ordered_json;
 
-// Writes only ASCII, because other characters of a log can reverse the text in a terminal.
+// Writes only ASCII, because other characters from a log can reverse the text in a terminal.
 std::string Dump(const Json& json) {
     return json.dump(-1, ' ', /*ensure_ascii=*/true, Json::error_handler_t::replace);
 }

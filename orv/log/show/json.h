@@ -1,4 +1,3 @@
-// Writes calls and notes as JSON.
 #pragma once
 
 #include <cstdio>
@@ -7,7 +6,7 @@
 
 namespace orv::log {
 
-// Writes one JSON object. Replaces bytes that are not UTF-8.
+// Writes the calls and notes of a log as one JSON object. Replaces bytes that are not UTF-8.
 void WriteJson(std::FILE* file, LogFile& log, Threads threads);
 
 }  // namespace orv::log

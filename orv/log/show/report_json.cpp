@@ -23,8 +23,8 @@ constexpr std::size_t MostDevices = 200;
 constexpr std::size_t MostFailures = 200;
 constexpr std::size_t MostNotes = 8;  // for each kind of note
 
-constexpr std::size_t MostRates = 300;       // number of bins; more would show only spikes
-constexpr std::int64_t NarrowestRate = 200;  // ms
+constexpr std::size_t MostRates = 300;       // bins of the data rate; more would show only spikes
+constexpr std::int64_t NarrowestRate = 200;  // minimum width of a bin in ms
 
 std::string ScriptText(const Json& json) {
     std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);

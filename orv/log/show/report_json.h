@@ -1,4 +1,3 @@
-// Converts the data of the report page to JSON.
 #pragma once
 
 #include <string>

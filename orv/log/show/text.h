@@ -1,4 +1,3 @@
-// Prints calls and notes as lines for people.
 #pragma once
 
 #include <cstdio>
@@ -16,14 +15,14 @@ class TextPrinter {
   public:
     TextPrinter(std::FILE* file, bool colours);
 
-    // Similar calls without causes share one line, as do polls of one handle. Flush or a different
-    // call writes the line.
+    // Similar calls without causes share one line, as do calls that poll one handle. Flush or a
+    // different call writes the line.
     void Print(const Call& call);
     void Print(const Note& note);
     void PrintLine(const std::string& text);
     void Flush();
-    // Writes the pending line. Of several polls, it writes only the first, so that they do not fill
-    // the terminal. Flush writes the number of the others.
+    // Writes the pending line. Of several polls, writes only the first; Flush writes the number of
+    // the others.
     void Show();
 
   private:

@@ -1,4 +1,4 @@
-// Reads the answers of operations and the faults of calls from a scenario.
+// Reads the configured answers and call failures of a scenario.
 #include "quelvixwinlib_simulated.h"
 #include "runtimes/simulated/scenario/scenario.h"
 

@@ -16,7 +16,6 @@ std::string Joined(std::initializer_list<const char*> names) {
     return text;
 }
 
-// Formats the value for an error message.
 std::string Shown(const ScenarioValue& value) {
     switch (value.kind) {
         case Kind::Null:

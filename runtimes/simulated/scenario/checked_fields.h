@@ -1,5 +1,5 @@
 // Reads and checks the values of a scenario. If a value is wrong, each function throws a
-// ScenarioFault that names the correct form.
+// ScenarioFault that states the correct form.
 #pragma once
 
 #include <functional>
@@ -50,7 +50,7 @@ class ScenarioField {
     std::string path;
 };
 
-// A JSON object. The constructor throws if it has a field that is not in `known`.
+// A JSON object. The constructor throws if the object has a field that is not in `known`.
 class ScenarioObject {
   public:
     ScenarioObject(const ScenarioField& fieldOfObject, std::initializer_list<const char*> known);

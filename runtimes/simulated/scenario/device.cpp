@@ -1,4 +1,3 @@
-// Reads the devices of a scenario.
 #include "runtimes/objects/utf8.h"
 #include "runtimes/simulated/scenario/scenario.h"
 

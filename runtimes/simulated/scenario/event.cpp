@@ -1,4 +1,3 @@
-// Reads the events of a scenario.
 #include "quelvixwinlib_simulated.h"
 #include "runtimes/simulated/scenario/scenario.h"
 

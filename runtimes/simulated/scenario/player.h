@@ -1,4 +1,3 @@
-// Configures the world from a scenario.
 #pragma once
 
 #include "runtimes/simulated/scenario/scenario.h"

@@ -1,4 +1,3 @@
-// Parses the JSON text of a scenario into a tree with line numbers.
 #include "runtimes/simulated/scenario/tree.h"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-// Sends the packets of devices to the watchers that accept them.
 #include <algorithm>
 
 #include "runtimes/simulated/world/world.h"

@@ -36,10 +36,9 @@ class CallRecorder final : public objects::CallObserver {
     bool UnexpectedCallAt(std::size_t index, std::string& text);
     UINT32 ImproperHandlers() const { return improperHandlers.load(std::memory_order_acquire); }
 
-    // Returns a copy of the text that is never freed, for recorded arguments.
+    // Copies the text of a recorded argument. The copy is never freed.
     const char* Text(const std::string& text);
 
-    // Returns whether the world implements a member of this name.
     static bool HasMember(const char* name);
     // Makes the n-th call from now fail, or removes the fault if `n` is 0. Returns how many calls
     // were left until the previously set fault.

@@ -15,8 +15,7 @@ using std::chrono::steady_clock;
 // counted instead of elapsed time, because a busy machine can delay each check.
 constexpr milliseconds BetweenLooks{100};
 constexpr int Patience = 300;
-// Limits while the library waits. They are smaller, because the library may hold a lock that blocks
-// the handlers of events.
+// Smaller limits while the library waits, because it may hold a lock that blocks event handlers.
 constexpr int PatienceDuringWaits = 10;
 constexpr milliseconds BetweenLooksDuringWaits{5};
 

@@ -103,8 +103,8 @@ class Clock {
     bool simulated GUARDED_BY(worldMutex) = false;
     bool held GUARDED_BY(worldMutex) = false;
     std::thread timerThread GUARDED_BY(worldMutex);  // runs until the process ends
-    // The number of finished tasks when the unfinished events were found to be blocked. The events
-    // count as blocked until that number changes.
+    // Number of finished tasks when the unfinished events were found to be blocked. The events
+    // count as blocked until another task finishes.
     unsigned long finishedWhenBlocked GUARDED_BY(worldMutex) = ULONG_MAX;
     Duration beginning GUARDED_BY(worldMutex){0};
     // The current time if time is simulated, otherwise the time at `realStart`.

@@ -1,4 +1,3 @@
-// Configures the default world.
 #include "runtimes/simulated/world/world.h"
 
 namespace orv::simulated {
@@ -11,7 +10,7 @@ PacketContent Named(const char16_t* name) {
     return packet;
 }
 
-// Returns a scan response with a device's three values. Each section starts with its key, low byte
+// Returns a scan response with three data sections. Each starts with its 16-bit key, low byte
 // first.
 PacketContent WithValues(BYTE value0500, BYTE value1130, const char* data1118) {
     std::vector<BYTE> data{0x18, 0x11};
@@ -53,7 +52,7 @@ void World::ArrangeDefault() {
     lamp->services.clear();
     lamp->SetInterval(100);
 
-    // Starts the advertising, because a watcher may have started since the reset.
+    // A watcher may have started since the reset.
     WakeAdvertisers();
 }
 

@@ -28,7 +28,6 @@ class SimulatedBluetoothLEDevice final : public objects::DeviceObject {
   public:
     explicit SimulatedBluetoothLEDevice(Device device);
 
-    // Implements BluetoothLEDevice.FromBluetoothAddressAsync.
     static HRESULT FromBluetoothAddressAsync(UINT64 address,
                                              IAsyncOperation<BluetoothLEDevice>** operation);
 

@@ -1,4 +1,3 @@
-// Services and characteristics of a device.
 #include <algorithm>
 
 #include "quelvixwinlib_simulated.h"

@@ -1,4 +1,3 @@
-// Results of looking up services and characteristics.
 #include "runtimes/simulated/world/device.h"
 
 namespace orv::simulated {

@@ -1,4 +1,3 @@
-// Delivers notifications of devices to the handlers of their characteristics.
 #include <algorithm>
 
 #include "runtimes/simulated/world/world.h"

@@ -11,7 +11,8 @@ void PostInvocation(std::function<void()> invocation) {
     world.clock.Post(std::move(task));
 }
 
-// Waits until the handler has returned, as if the operation ended during the registration.
+// Waits until the invoked handler has returned, as if the operation ended while the library
+// registered the handler.
 void InvokeAndWait(std::function<void()> invocation) {
     struct Return {
         Mutex mutex;

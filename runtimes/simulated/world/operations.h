@@ -1,16 +1,16 @@
-// Starts operations with configured answers.
 #pragma once
 
 #include "runtimes/simulated/world/world.h"
 
 namespace orv::simulated {
 
-// Returns the function that invokes handlers which are registered after the end of the operation.
+// If the library registers a handler after the operation has ended, the returned function invokes
+// it.
 objects::Invoker InvokerOf(const Answer& answer);
 void EndAfter(const Answer& answer, Duration standardDelay, std::function<void()> end);
 
-// Starts an operation with this answer. It ends after `standardDelay` if no delay is configured.
-// The caller must hold no lock.
+// Starts an operation with the configured answer. It ends after `standardDelay` if no delay is
+// configured. The caller must hold no lock.
 template <typename T>
 HRESULT StartOperation(const Answer& answer, typename objects::Operation<T>::Result result,
                        IAsyncOperation<T>** operation, Duration standardDelay = Duration::zero()) {

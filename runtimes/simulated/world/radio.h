@@ -1,4 +1,3 @@
-// The adapter and the radios of the machine.
 #pragma once
 
 #include "runtimes/objects/radio.h"
@@ -8,7 +7,7 @@ namespace orv::simulated {
 
 HRESULT GetDefaultAdapterAsync(IAsyncOperation<BluetoothAdapter>** operation);
 
-// The result contains the radios with their current state.
+// The operation returns the radios with their current state.
 HRESULT GetRadiosAsync(IAsyncOperation<IVectorView<Radio>>** operation);
 
 class SimulatedRadio final : public objects::RadioObject {

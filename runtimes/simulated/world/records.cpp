@@ -1,4 +1,3 @@
-// Sets properties of devices and copies their packets.
 #include "runtimes/simulated/world/records.h"
 
 namespace orv::simulated {

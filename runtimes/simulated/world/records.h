@@ -55,7 +55,7 @@ class NotificationSource {
     ~NotificationSource() = default;
 };
 
-// A handler of notifications. It stays registered until a reset.
+// A notification handler. It stays registered until a reset.
 struct Registration {
     std::shared_ptr<const NotificationSource> source;
     // Calls the handler. Do not hold the world's mutex.
@@ -75,8 +75,8 @@ struct Echo {
     Duration lastSent{0};  // time of the last notification, sent or scheduled
 };
 
-// States whether the system finds a device by its address. OnceHeard means that it does so only
-// after a watcher has received a packet of the device.
+// Whether the system finds a device by its address. OnceHeard: only after a watcher has received a
+// packet of the device.
 enum class Known { No, Yes, OnceHeard };
 
 struct DeviceRecord {

@@ -1,4 +1,3 @@
-// An advertisement watcher.
 #pragma once
 
 #include <map>
@@ -31,7 +30,7 @@ class SimulatedBluetoothLEAdvertisementWatcher final : public objects::WatcherOb
     bool started GUARDED_BY(worldMutex) = false;
     BluetoothLEScanningMode mode GUARDED_BY(worldMutex) = BluetoothLEScanningMode::Passive;
     objects::Event<objects::ReceivedHandler> received GUARDED_BY(worldMutex);
-    // Keep the packets of each device address in order.
+    // One strand for each device address keeps its packets in order.
     std::map<UINT64, std::shared_ptr<Strand>> strands GUARDED_BY(worldMutex);
 };
 

@@ -1,4 +1,3 @@
-// The simulated world: resets, devices and answers.
 #include "runtimes/simulated/world/world.h"
 
 #include <algorithm>

@@ -15,14 +15,14 @@ namespace orv::simulated {
 // The world is never destroyed, because threads and the library use it until the process ends.
 class World {
   public:
-    // Returns the world. The first call creates the default world.
+    // The first call creates the default world.
     static World& Get();
 
     // The part of the world that a reset replaces.
     struct State {
         bool adapter = false;
         std::vector<RadioRecord> radios;
-        // Number of radios at the library's first request. Later lists never contain more.
+        // Number of radios when the library first requested them. Later lists never contain more.
         std::optional<std::size_t> radiosListed;
         bool canScan = true;
         std::map<UINT64, Device> devices;
@@ -45,9 +45,8 @@ class World {
     Device Add(UINT64 address) REQUIRES(worldMutex);
     const Answer& AnswerOf(UINT64 address, INT32 operation) const REQUIRES(worldMutex);
 
-    // Advertise sends a packet to the watcher with this index, Notify sends a value to the handler
-    // with this index; -1 selects all. Both return the number of receivers, or -1 if the index does
-    // not exist.
+    // Send a packet to the watcher, or a value to the notification handler, with this index; -1
+    // selects all. Both return the number of receivers, or -1 if the index does not exist.
     INT32 Advertise(DeviceRecord& device, INT32 packet, INT32 watcher) REQUIRES(worldMutex);
     INT32 Notify(DeviceRecord& device, const std::vector<BYTE>& value, INT32 registration)
         REQUIRES(worldMutex);
@@ -93,7 +92,7 @@ class World {
 // How long the system tries to reach a device that is out of range.
 constexpr Duration AbsenceLimit = std::chrono::seconds(7);
 
-// UUIDs of the service and the characteristic of the device family.
+// UUIDs of the device family's service and characteristic.
 constexpr GUID LinkServiceUuid = Guid("4880c12c-fdcb-4077-8920-a450d7f9b907");
 constexpr GUID LinkCharacteristicUuid = Guid("fec26ec4-6d71-4442-9f81-55bc21d658d6");
 
