@@ -94,7 +94,8 @@ void Name(DiscoveredDevice& device, const Narrowed& name) {
     }
 }
 
-// Prepares the device lists. Returns the length of the hand-written host's or the library's list.
+// Prepares both device lists. Returns the length of the hand-written host's list if `floor` is set,
+// otherwise of the library's.
 std::size_t Arrange(std::size_t listed, bool floor) {
     ArrangeListed(listed);
     return floor ? floorSessions.front().devices.records.size()

@@ -1,4 +1,3 @@
-// Measures the cost of connect and disconnect over a minimal runtime.
 #include "bench/support/arrangement.h"
 #include "bench/support/await.h"
 #include "bench/support/measure.h"

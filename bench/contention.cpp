@@ -1,8 +1,8 @@
-// Measures how long notification and receive calls wait for each other if threads make them without
-// a pause. In further rounds, another thread sends to a device that answers after 15 ms (two
-// connection intervals of 7.5 ms), and holds the lock during each send.
+// Measures how long notification and receive calls wait for the lock of the links if threads make
+// them without a pause. In further rounds, another thread sends, and holds the lock until the
+// device answers after 15 ms (two connection intervals of 7.5 ms).
 //
-// Prints JSON: a list of rows with latencies in nanoseconds of real time.
+// Prints rows of latencies as JSON, in nanoseconds of real time.
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -49,8 +49,8 @@ Latencies Repeat(const std::atomic<bool>& over, Body body) {
     return latencies;
 }
 
-// Measures the delivery of notifications. Empties the receive queue regularly, because there may be
-// no thread that reads it.
+// Measures notifications. Empties the receive queue regularly, because there may be no thread that
+// reads it.
 void Notify(const std::atomic<bool>& over, BluetoothAddress address, Latencies& latencies) {
     const auto sender = SenderOf(address);
     const auto event = Reference<IGattValueChangedEventArgs>::Adopt(new Notification(244));

@@ -4,8 +4,8 @@
 //
 // Prints as "worst" the real time of the longest call, including waits for the lock, and as "late"
 // the number of calls above 1 ms. Both grow when a busy machine preempts a thread. "own" is the
-// maximum processor time of a call. Interrupts add to it at random, so each call is repeated in
-// several rounds and its fastest round counts.
+// maximum processor time of a call. Because interrupts increase it at random, each call is repeated
+// in several rounds, and the fastest counts.
 #include <unistd.h>
 
 #include <algorithm>
@@ -29,7 +29,7 @@ constexpr std::size_t PerHour = PerSecond * 3600;
 constexpr std::size_t PerPoll = PerSecond / 10;
 constexpr int Rounds = 3;
 
-// Finds the longest of many calls. `place` identifies a call, which is measured in every round.
+// Finds the longest of many calls. `place` identifies the same call in every round.
 class Worst {
   public:
     explicit Worst(std::size_t places) : fastest(places, Never), round(places, 0) {}
@@ -84,7 +84,7 @@ struct Findings {
     Worst records{PerHour};
     Worst restarts{1};
     Worst countsDuringRestart{1};
-    std::vector<std::size_t> grown;  // indexes of advertisements that made the list grow
+    std::vector<std::size_t> grown;  // indexes of advertisements that made the list allocate
     std::size_t heapBytes = 0;
     std::size_t residentBytes = 0;
 };
@@ -100,11 +100,10 @@ std::size_t ResidentBytes() {
     return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
-// Synchronizes the sender with the polls, so that each poll meets the same advertisements in every
-// round.
+// Synchronizes the sender with the polls, so that a poll reads the same devices in every round.
 struct Progress {
-    std::atomic<std::size_t> heard{0};   // advertisements that have been handled
-    std::atomic<std::size_t> polled{0};  // polls that have ended
+    std::atomic<std::size_t> heard{0};   // number of handled advertisements
+    std::atomic<std::size_t> polled{0};  // number of finished polls
 };
 
 void Flood(Progress& progress, Findings& findings) {

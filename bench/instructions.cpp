@@ -1,8 +1,8 @@
-// Runs the main paths of the library under callgrind, which counts their instructions. Unlike
+// Runs the main code paths of the library under callgrind, which counts their instructions. Unlike
 // times, the counts are the same in every run. tools/instructions starts this program and compares
-// the counts with the recorded ones.
+// the counts with recorded ones.
 //
-// Writes one dump per path, with the name of the path and the instructions of `Calls` calls.
+// Writes one dump per code path, with its name and the instructions of `Calls` calls.
 #include <valgrind/callgrind.h>
 
 #include <cstdio>

@@ -24,7 +24,7 @@ const char* FloorPath() {
     return path;
 }
 
-// Appends a finished line to a log file by hand. Composes neither its text nor its time.
+// The minimal hand-written log: appends a line that already contains its text and time.
 void WriteByHand(std::string_view line) {
     const std::lock_guard<std::mutex> lock(floorMutex);
     const int file = open(FloorPath(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
@@ -32,7 +32,7 @@ void WriteByHand(std::string_view line) {
     close(file);
 }
 
-// Switches the log on and empties both log files before each batch, so that they do not grow.
+// Switches the library's log on, and empties it and the hand-written one, before each batch.
 void LogOn() {
     ArrangeLinks(1);
     ArrangeListed(10);
@@ -41,7 +41,7 @@ void LogOn() {
     close(open(FloorPath(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
 }
 
-// Compares a call that logs `line` with WriteByHand(line). The time in `line` is constant.
+// Compares a call that logs `line` with WriteByHand(line).
 template <typename Call>
 void Logged(const std::string& row, std::string_view line, Call call) {
     Measure(row, Ours, 50, LogOn, call);

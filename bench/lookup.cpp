@@ -1,4 +1,5 @@
-// Measures empty polls and device counts, for several numbers of links and scanner sessions.
+// Measures receive calls without data, and device counts, for several numbers of links or scanner
+// sessions.
 #include "bench/support/arrangement.h"
 #include "bench/support/measure.h"
 

@@ -1,5 +1,5 @@
-// Measures a random memory access in an area as large as a device list. Each access reads the index
-// of the next, as a hash bucket holds a device's index, so the processor cannot overlap them.
+// Measures random memory accesses in an area as large as a device list. Each access reads the index
+// of the next, so the processor cannot overlap them.
 #include <numeric>
 #include <random>
 

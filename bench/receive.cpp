@@ -1,4 +1,3 @@
-// Measures how fast the host receives queued bytes.
 #include <algorithm>
 #include <cstring>
 

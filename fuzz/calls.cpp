@@ -1,4 +1,4 @@
-// Fuzzes sequences of calls, events, answers and faults.
+// Fuzzes sequences of library calls and simulated events, answers and faults.
 #include "fuzz/decode.h"
 
 using namespace orv::model;

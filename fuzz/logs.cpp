@@ -18,7 +18,7 @@
 
 using namespace orv::log;
 
-// The bytes that the log reader has allocated now, and their maximum.
+// Number of bytes that are allocated now, and its maximum so far.
 static std::size_t held = 0;
 static std::size_t mostHeld = 0;
 
@@ -48,9 +48,9 @@ void operator delete(void* memory, std::size_t) noexcept {
 
 namespace {
 
-// Limits of output and memory per byte of the log. A failed call takes at least 33 bytes there, and
-// the reader prints at most a dozen possible causes of 110 bytes (more in JSON). `Constant` covers
-// texts that occur once.
+// Limits of output and memory per byte of the log. A failed call takes at least 33 bytes in the
+// log, and the reader prints at most a dozen possible causes of 110 bytes each (more in JSON).
+// `Constant` covers texts that occur once.
 constexpr std::size_t MostTextPerByte = 60;
 constexpr std::size_t MostJsonPerByte = 150;
 constexpr std::size_t MostHeldPerByte = 40;

@@ -8,7 +8,7 @@ void orv::fuzz::RunInput(Model& model, Input& input) {
     model.Run({Start, 1, 0, {}});
     while (!input.IsEmpty()) {
         const std::uint8_t how =
-            input.Byte();  // its bits select the device, the packet, a prefix "ORV"
+            input.Byte();  // its bits select the device, the packet type, a prefix "ORV"
         model.Run({SetName, how, static_cast<std::uint8_t>(how >> 1), input.Piece()});
         model.Run({Advertise, how, static_cast<std::uint8_t>(how >> 1 & 1), {}});
         model.Run({ReadDevice, 1, 1, {}});

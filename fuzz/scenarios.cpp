@@ -18,7 +18,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
             std::abort();
         }
     }
-    // Passes only 5 ms, because a short interval would cause too many events. Makes no calls,
+    // Simulates only 5 ms, because a scenario may cause very many events. Makes no library calls,
     // because they could hang.
     OrvWorld_PassTime(5);
     return 0;

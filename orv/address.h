@@ -1,4 +1,3 @@
-// Converts device addresses from and to text.
 #pragma once
 
 #include <optional>
@@ -12,8 +11,8 @@ namespace orv {
 // Returns nothing if the text is not an address.
 std::optional<BluetoothAddress> FindAddress(std::string_view text);
 
-// Returns a text such as A0:B1:C2:D3:E4:F5, or a decimal number if `address` has more than 48 bits,
-// as in some logs.
+// Returns a text such as A0:B1:C2:D3:E4:F5, or a decimal number for an invalid address of more than
+// 48 bits, which a log may contain.
 std::string AddressText(BluetoothAddress address);
 
 }  // namespace orv

@@ -1,4 +1,3 @@
-// Threads that run until the process ends.
 #pragma once
 
 #include <thread>

@@ -8,7 +8,7 @@ namespace orv {
 
 namespace {
 
-// Returns how many letters must be inserted, removed, replaced or swapped with a neighbour.
+// Returns how many letters to insert, remove, replace or swap with a neighbour to get `other`.
 std::size_t Distance(std::string_view one, std::string_view other) {
     std::vector<std::size_t> beforeLast;
     std::vector<std::size_t> last(other.size() + 1);

@@ -1,4 +1,3 @@
-// Formats the text of --help.
 #pragma once
 
 #include <CLI/CLI.hpp>

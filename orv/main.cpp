@@ -11,7 +11,8 @@
 
 namespace {
 
-// Moves --simulated behind a device that follows it, which the parser would read as a scenario.
+// Moves --simulated behind a device that follows it, because the parser would read the device as a
+// scenario.
 void SeparateScenario(std::vector<std::string>& arguments) {
     for (auto at = arguments.begin(); at != arguments.end(); ++at) {
         const bool isLast = arguments.end() - at == 1;

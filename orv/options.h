@@ -37,7 +37,7 @@ class Option {
 };
 
 // A command with its options and positional arguments. A name that begins with -- adds an option.
-// The parser writes to `value`, which must outlive the command line.
+// The parser writes to `value`, which must outlive the CommandLine.
 class Command {
   public:
     explicit Command(CLI::App* parsed) : app(parsed) {}

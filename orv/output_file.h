@@ -8,8 +8,7 @@
 
 namespace orv {
 
-// Writes to a new file beside the path. Commit renames it, so an error leaves the previous file
-// unchanged.
+// Writes to a new file beside the path. Commit renames it; until then, the previous file remains.
 class OutputFile {
   public:
     // `path` is UTF-8. Throws a Problem if it names a link, a directory or a device, or if the new

@@ -26,7 +26,8 @@ struct Problem : std::runtime_error {
     bool isReported = false;
 };
 
-// Prints the text once, with control characters escaped, on the standard error. Returns the status.
+// Prints the text on the standard error, with control characters escaped, but not again in later
+// calls. Returns the status.
 ExitStatus Report(Problem& problem);
 
 }  // namespace orv

@@ -1,4 +1,3 @@
-// Explains what is wrong with a command line.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -8,7 +7,7 @@ namespace orv {
 
 bool HasUnknownCommand(CLI::App* program);
 
-// Returns a message that states the mistake and how to get help.
+// Returns a message that states the mistake in a command line and how to get help.
 std::string WhyWrong(CLI::App* program, const CLI::ParseError& error);
 
 }  // namespace orv

@@ -24,8 +24,8 @@ static int property_is_set(const char* name) {
     return set;
 }
 
-/* Finds the D-Bus path of the device's characteristic by its UUID, because the path contains the
-   handle. Returns 0, or -1 if the device lacks the characteristic. */
+/* Finds the D-Bus path of the device's characteristic by UUID, because the path contains an unknown
+   attribute handle. Returns 0, or -1 if the device lacks the characteristic. */
 static int find_stream(void) {
     sd_bus_message* reply = NULL;
     const char *path = NULL, *interface = NULL, *key = NULL, *text = NULL;

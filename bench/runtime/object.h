@@ -10,8 +10,7 @@
 
 namespace orv::bench {
 
-// Allocates with malloc, as a runtime does, so that the counting operator new counts only the
-// library's allocations.
+// Allocates with malloc, so that the counting operator new counts only the library's allocations.
 void* AllocateObject(std::size_t size);
 void FreeObject(void* memory);
 
@@ -73,7 +72,7 @@ HRESULT Hand(Interface** receiver, T* object) {
     return S_OK;
 }
 
-// A list with one item, which exists until the program ends.
+// A list with one item, which must outlive it.
 template <typename T>
 class OneItem final : public Bare<IVectorView<T>> {
   public:
@@ -91,11 +90,11 @@ class OneItem final : public Bare<IVectorView<T>> {
     const Abi<T> item;
 };
 
-// The time that a device needs to answer an operation of this thread; 0 if there is no delay.
+// The time that a device needs to answer an operation of this thread; may be 0.
 extern thread_local UINT32 answerDelayMs;
 
-// An operation that is complete when it starts: registering the handler invokes it. Waiting for the
-// operation sleeps for answerDelayMs (see runtime.cpp), so no other thread is needed.
+// An operation that is complete when it starts: put_Completed invokes the handler at once. The
+// library's wait for an operation sleeps for answerDelayMs instead (see runtime.cpp).
 template <typename T>
 class EndedOperation final : public Bare<IAsyncOperation<T>> {
   public:

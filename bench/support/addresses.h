@@ -21,20 +21,20 @@ inline const char16_t* LocalNameOf(AddressKind kind) {
                                        : u"Lamp";
 }
 
-// Generates the addresses of advertisements. Listed addresses repeat in an order that jumps across
-// the list, so that no cache contains the next device of a long list. Addresses of another family
-// never repeat.
+// Generates the addresses of advertisements. Addresses of listed devices repeat in an order that
+// jumps across the list, so that no cache contains the next device of a long list. Addresses of
+// devices of another family, which the scanner does not list, never repeat.
 class Addresses {
   public:
     Addresses(AddressKind ownKind, std::size_t ownCount) : kind(ownKind), count(ownCount) {}
 
-    // Makes the first new address follow a list of `listed` devices.
+    // Makes the next new address follow a list of `listed` devices.
     void Restart(std::size_t listed) { firstNew = ListedAddress + listed; }
 
     BluetoothAddress Next() {
         switch (kind) {
             case AddressKind::Listed:
-                place += count / 10 * 6 + 1;  // coprime to any power of ten
+                place += count / 10 * 6 + 1;  // visits all if `count` is a power of ten
                 place -= place >= count ? count : 0;
                 return ListedAddress + place;
             case AddressKind::New:

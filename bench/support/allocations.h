@@ -9,7 +9,7 @@ struct Allocations {
     std::size_t bytes = 0;  // including the heap's overhead
 };
 
-// Returns the allocations through operator new that the calling thread has made since it started.
+// Returns the calling thread's allocations through operator new since its start.
 Allocations AllocationsSoFar();
 
 }  // namespace orv::bench

@@ -18,7 +18,7 @@ namespace orv::bench {
 void ArrangeLinks(std::size_t count);
 // Makes link 1 hold exactly `bytes` received bytes, in the library and in the hand-written host.
 void ArrangeQueue(std::size_t bytes);
-// Returns the characteristic that the library passes to its callback for a device.
+// Returns the characteristic that the runtime passes to the library's notification callback.
 Reference<IGattCharacteristic> SenderOf(BluetoothAddress address);
 
 // Creates sessions with ids 0 to count - 1.
@@ -35,7 +35,7 @@ struct FloorLink {
     BluetoothAddress address = 0;
     IGattCharacteristic* characteristic = nullptr;
     std::vector<BYTE> bytes;  // storage of the queue; never shrinks
-    std::size_t begin = 0;    // start of the queued bytes
+    std::size_t begin = 0;    // index of the first queued byte
     std::size_t end = 0;
 };
 struct FloorList {

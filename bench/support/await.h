@@ -1,4 +1,4 @@
-// Waits for operations with hand-written code: a handler, an event and a status.
+// Minimal hand-written code that waits for asynchronous operations.
 #pragma once
 
 #include <atomic>

@@ -1,4 +1,4 @@
-// Measures benchmarks in batches. The preparation of each batch is not measured.
+// Registers benchmarks, which measure calls in batches.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -19,7 +19,7 @@ constexpr const char* Ours = "/ours";
 constexpr const char* Floor = "/floor";
 constexpr const char* RuntimeAlone = "/runtime";
 
-// Returns the processor time of the calling thread, which excludes other threads and processes.
+// Returns the processor time of the calling thread.
 inline double ThreadNs() {
     timespec now;
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
@@ -60,11 +60,11 @@ double BatchNs(int batch, Body& body) {
 }
 
 // Registers the benchmark `row` + `side`. `prepare` is not measured and must create the initial
-// state of a batch from any state. `body` makes one call.
+// state of a batch from any earlier state. `body` makes one call.
 template <typename Prepare, typename Body>
 void Measure(const std::string& row, const char* side, int batch, Prepare prepare, Body body) {
     auto run = [=](benchmark::State& state) mutable {
-        Logging_Disable();  // `prepare` may switch the log on
+        Logging_Disable();  // the log is off unless `prepare` switches it on
         // Warms up with unmeasured calls, because other benchmarks have filled the caches.
         constexpr double WarmUpNs = 20e6;
         for (double warmed = 0; warmed < WarmUpNs; warmed += BatchNs(batch, body)) {

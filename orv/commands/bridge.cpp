@@ -1,4 +1,3 @@
-// orv bridge: connects devices to programs through a socket, a serial port or a message broker.
 #include "orv/commands/bridge.h"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-// Declarations that the orv bridge commands share.
 #pragma once
 
 #include <vector>

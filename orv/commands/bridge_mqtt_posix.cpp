@@ -1,4 +1,3 @@
-// orv bridge mqtt: connects the devices near this machine to a message broker.
 #include <algorithm>
 #include <asio/ip/address.hpp>
 #include <asio/ip/host_name.hpp>

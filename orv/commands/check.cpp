@@ -1,4 +1,3 @@
-// orv check: reports whether a radio is on, and which library is in use.
 #include <cstdio>
 
 #include "orv/commands/commands.h"

@@ -1,4 +1,3 @@
-// orv doctor: checks which documented assumptions hold on this machine.
 #include <cstdio>
 
 #include "orv/address.h"

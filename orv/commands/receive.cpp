@@ -1,4 +1,3 @@
-// orv receive: stores the bytes from a device in a file.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -38,7 +37,7 @@ std::uint64_t ReceiveInto(OutputFile& file, Link& link, const ReceiveOptions& op
     std::uint64_t received = 0;
     const std::uint64_t wanted = options.bytes.value_or(UINT64_MAX);
     while (received < wanted) {
-        const bool last = isOver() || terminal::IsInterrupted();  // receive queued bytes, then end
+        const bool last = isOver() || terminal::IsInterrupted();  // receives once more, then ends
         const std::string piece = link.Receive(std::min(wanted - received, MostAtOnce));
         if (!piece.empty()) {
             file.Write(piece);

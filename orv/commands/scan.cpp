@@ -1,4 +1,3 @@
-// orv scan: lists the advertising devices as a table, a live table, JSON or CSV.
 #include <chrono>
 #include <optional>
 

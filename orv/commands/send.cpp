@@ -1,4 +1,3 @@
-// orv send: sends a file to a device, block by block.
 #include <cstdio>
 #include <optional>
 

@@ -1,4 +1,3 @@
-// orv talk: connects the terminal to a device.
 #include <cstdio>
 #include <optional>
 

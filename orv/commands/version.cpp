@@ -1,4 +1,3 @@
-// orv version: prints the versions of orv and the library on one line.
 #include <cstdio>
 
 #include "orv/commands/commands.h"

@@ -46,7 +46,7 @@ class Calls {
     // time.
     std::optional<log::Function> Hanging(std::chrono::seconds limit,
                                          std::span<const log::Function> ignored) const;
-    // Makes all calls block forever, so that the findings stay unchanged.
+    // Makes all pending and later calls block forever, so that no step can change the findings.
     void Abandon();
 
   private:

@@ -44,14 +44,13 @@ enum class Check : std::uint8_t {
 
 constexpr std::size_t CheckCount = 32;
 
-// What a check needs.
 enum class Need : std::uint8_t {
     Nothing,
     Address,  // a device address from the user
-    Heard,    // a device that the scan received
+    Heard,    // a device whose advertisement the scan received
     Link,     // a connection to the device
     Echo,     // a device that echoes what it receives
-    Switch,   // a way to switch the radio
+    Switch,   // a user or a simulated world that switches the radio off and on
     Log,      // the library's log
 };
 

@@ -1,4 +1,3 @@
-// Checks that send blocks and compare their echoes.
 #include <algorithm>
 #include <thread>
 
@@ -17,7 +16,7 @@ constexpr std::size_t StreamBlock = 244;
 constexpr std::size_t StreamBytes = 4096;
 constexpr int LeastBytesPerSecond = 100;
 constexpr double LeastWriteMs = 3.75;
-constexpr int UnderWayMs = 20;  // time for callbacks that began before the disconnect
+constexpr int UnderWayMs = 20;  // by then, callbacks that began before the disconnect have ended
 constexpr int LateMs = 1000;
 
 std::string Pattern(std::size_t size) {
@@ -32,7 +31,8 @@ bool CanEcho(const Examination& run) {
     return run.WhyNoLink().empty() && run.whyNoEcho.empty();
 }
 
-// Reconnects after a send timed out. Success refutes WriteAnswered: the device was reachable.
+// Call this after a send timed out. Connects again; success refutes the check WriteAnswered,
+// because the device was reachable and did not answer.
 void JudgeTimeout(Examination& run, ScopedLink& link, std::size_t size) {
     run.whyNoEcho = "a send timed out";
     link.Close();
@@ -108,7 +108,7 @@ void ReportSeries(Examination& run, const Series& series) {
                          "blocks of up to " + std::to_string(series.largest) + " bytes came back");
 }
 
-// Measures the throughput of blocks without waiting for each echo.
+// Measures the throughput of sends that do not wait for echoes.
 void CheckThroughput(Examination& run, ScopedLink& link, std::size_t block) {
     const std::string stream = Pattern(StreamBytes);
     std::string echo;

@@ -40,7 +40,7 @@ struct Examination : std::enable_shared_from_this<Examination> {
     bool isHeard = false;            // the scan has listed the device
     bool isRejectedUnheard = false;  // a connect before the scan was rejected
     bool isLost = false;             // the device is no longer reachable
-    // A disconnect hangs, and other calls for links would, too. Several threads read this.
+    // Set if a disconnect hangs; other calls for links would hang, too. Several threads read this.
     std::atomic<bool> closeHangs = false;
     std::vector<std::int64_t> connectMs;  // durations of the successful connects
 };

@@ -1,4 +1,3 @@
-// The results of the checks.
 #pragma once
 
 #include <array>

@@ -6,7 +6,7 @@ namespace orv::doctor {
 
 namespace {
 
-// Short, so that the following scan receives advertisements 100 ms after a device's start.
+// Short, so that the scan that follows receives what a device advertises 100 ms after its start.
 constexpr int QuietMs = 60;
 constexpr int LongQuietMs = 500;
 constexpr int QuietBytesPerMs = 10;

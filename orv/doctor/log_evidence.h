@@ -1,4 +1,3 @@
-// Counts lines of the library's log.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +7,8 @@
 
 namespace orv::doctor {
 
-// Counts the lines of `kind` after the first `size` bytes of the log. Ignores notifications of
-// other devices.
+// Counts the lines of `kind` after the first `size` bytes of the library's log. Ignores
+// notifications of other devices.
 std::size_t CountSince(const Examination& run, std::uintmax_t size, log::Kind kind);
 
 }  // namespace orv::doctor

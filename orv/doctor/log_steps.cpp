@@ -75,7 +75,7 @@ class Comparison {
 };
 
 // Counts notifications between the log lines of a connect's call and result. Stops at the first
-// send, because later notifications may be answers.
+// send, because a device may answer it.
 class EarlyNotifications {
   public:
     void Take(const log::Entry& entry) {

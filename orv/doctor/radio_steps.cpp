@@ -8,7 +8,7 @@ namespace orv::doctor {
 namespace {
 
 constexpr int PollMs = 100;
-constexpr int SwitchMs = 5000;  // the system must have switched the radio by then
+constexpr int SwitchMs = 5000;  // time limit for the system to switch the radio
 constexpr int ListenMs = 2000;
 constexpr int HearMs = 10000;
 

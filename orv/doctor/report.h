@@ -1,4 +1,3 @@
-// Writes the report of orv doctor as text or JSON.
 #pragma once
 
 #include <string>

@@ -1,4 +1,3 @@
-// Runs all steps of orv doctor.
 #pragma once
 
 #include <memory>
@@ -7,7 +6,7 @@
 
 namespace orv::doctor {
 
-// Returns after the last step or Ctrl-C, or if a call hangs. Stores why checks were not tested.
+// Runs all steps. Ends early after Ctrl-C or if a call hangs. Stores why checks were not tested.
 void Perform(const std::shared_ptr<Examination>& run);
 
 }  // namespace orv::doctor

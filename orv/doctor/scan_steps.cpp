@@ -1,4 +1,3 @@
-// Checks a scan and the devices that it lists.
 #include <map>
 
 #include "orv/doctor/examination.h"

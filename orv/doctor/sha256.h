@@ -1,4 +1,3 @@
-// The SHA-256 hash that identifies a library file.
 #pragma once
 
 #include <string>

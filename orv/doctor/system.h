@@ -1,4 +1,3 @@
-// Functions of the operating system.
 #pragma once
 
 #include <functional>

@@ -1,12 +1,11 @@
-// Explains why Bluetooth is not available.
 #pragma once
 
 #include <string>
 
 namespace orv {
 
-// Returns what is missing and which command helps, as the end of a message. Call it only with the
-// library for a real radio, if Bluetooth is not available.
+// Returns why Bluetooth is not available and which command helps, as the end of a message. Call it
+// only in that case, with the library for a real radio.
 std::string WhyNotAvailable();
 
 }  // namespace orv

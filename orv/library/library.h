@@ -1,4 +1,3 @@
-// The library that orv has loaded.
 #pragma once
 
 #include <cstdint>
@@ -16,8 +15,7 @@ namespace orv {
 std::filesystem::path PathOf(std::string_view text);
 std::string TextOf(const std::filesystem::path& path);
 
-// Calls the library's functions. While the log is on, each call adds a log line with its result and
-// duration.
+// The loaded library. While its log is on, each call adds a log line with its result and duration.
 class Library {
   public:
     // Throws a Problem if the file cannot be loaded or lacks a function.
@@ -79,7 +77,7 @@ class Library {
     decltype(&OrvDevice_Flush) flush = nullptr;
     decltype(&Logging_Enable) loggingEnable = nullptr;
     decltype(&Logging_AppendLine) appendLine = nullptr;
-    // Null if the library lacks them.
+    // Null if the library lacks these functions.
     std::int32_t (*playScenario)(const char*, std::int32_t, char*, std::int32_t) = nullptr;
     const char* (*worldVersion)() = nullptr;
 };

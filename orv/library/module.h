@@ -1,4 +1,3 @@
-// Loads a library and finds its functions, version and file.
 #pragma once
 
 #include <filesystem>

@@ -173,7 +173,7 @@ void ScanRecording::AddPacket(Content content, const DiscoveredDevice& device) {
 void ScanRecording::AddChange(const DiscoveredDevice* before, const DiscoveredDevice& now) {
     const std::string_view name = NameOf(now);
     if (!before && name.substr(0, FamilyPrefix.size()) != FamilyPrefix) {
-        // The library lists only devices that advertised a name of the family, so this name is new.
+        // The library lists only devices that advertised a family name, so one preceded this name.
         AddPacket(Content::FamilyName, now);
     }
     const bool hasValues = before ? !HaveSameValues(*before, now)

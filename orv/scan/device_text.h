@@ -11,9 +11,10 @@ namespace orv {
 
 std::string_view NameOf(const DiscoveredDevice& device);
 
-// Returns two hexadecimal digits, or an empty text if no scan response has set the value.
+// Returns `value0500` or `value1130` of a device as two hexadecimal digits, or an empty text for
+// 0xFF, which means that no scan response has set it.
 std::string ValueText(std::uint8_t value);
-// Returns the 16 bytes of value 1118 as hexadecimal digits, without zeros at the end.
+// Returns the device's `data1118` as hexadecimal digits, without zero bytes at the end.
 std::string DataText(const DiscoveredDevice& device);
 
 std::string HexText(std::string_view bytes);

@@ -1,4 +1,4 @@
-// Stores the latest name, signals and change of each device in a scan.
+// Stores the latest name, signal strengths and time of change of each device in a scan.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +18,6 @@ class ScanHistory {
     // Call this at each poll. A changed record counts as a new packet, because nearly every packet
     // changes the signal strength.
     void Add(const std::vector<DiscoveredDevice>& devices, double second);
-    // Adds the current signal strength of each device.
     void AddSignals(const std::vector<DiscoveredDevice>& devices);
 
     // Returns bars for the latest signal strengths, oldest first.

@@ -1,4 +1,3 @@
-// A scan, from its start to its end.
 #pragma once
 
 #include <vector>

@@ -22,7 +22,7 @@ const char* const DeviceForms =
 namespace {
 
 constexpr auto PollEvery = std::chrono::milliseconds(50);
-// Minimum duration, because a second device of the same name may advertise later.
+// Minimum duration of a search, because a second device of the same name may advertise later.
 constexpr double LeastSeconds = 1;
 constexpr std::string_view FamilyPrefix = "ORV";
 

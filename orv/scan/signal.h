@@ -1,4 +1,3 @@
-// Converts a signal strength to the length of a bar.
 #pragma once
 
 #include <algorithm>
@@ -6,7 +5,7 @@
 
 namespace orv {
 
-// Returns a length from 0 to `full` for a signal strength in dBm.
+// Returns the length of a bar, from 0 to `full`, for a signal strength in dBm.
 inline std::size_t SignalShare(int signal, std::size_t full) {
     // In dBm: about the weakest signal that a radio receives, and the signal of a near device.
     constexpr int Weakest = -100;

@@ -1,4 +1,3 @@
-// Writes the list of devices as a table that fits the terminal.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,3 @@
-// Shows the results of a scan.
 #pragma once
 
 #include <cstdint>

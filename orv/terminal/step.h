@@ -1,4 +1,3 @@
-// Shows a step that takes seconds, with its duration and its time limit.
 #pragma once
 
 #include <chrono>
@@ -10,7 +9,8 @@
 
 namespace orv::terminal {
 
-// Shows the line of a step until this object is destroyed. Shows nothing without a terminal.
+// A line that shows a step, its duration and its time limit until this object is destroyed. Shows
+// nothing without a terminal.
 class StepLine {
   public:
     // `step` is printable, such as "connecting to A0:B1:C2:D3:E4:F5".

@@ -1,4 +1,3 @@
-// Input, output and interrupts of the terminal.
 #pragma once
 
 #include <cstddef>

@@ -27,7 +27,7 @@ void OnSignal(int number) {
             tcsetattr(STDIN_FILENO, TCSANOW, &before);
         }
         if (isatty(STDOUT_FILENO) && write(STDOUT_FILENO, Usual, sizeof Usual - 1) < 0) {
-            // The failure is ignored, because the program ends.
+            // A failed write is ignored, because the program ends.
         }
         signal(number, SIG_DFL);
         raise(number);

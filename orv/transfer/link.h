@@ -1,4 +1,3 @@
-// A link to a device, from connect to disconnect.
 #pragma once
 
 #include <cstdio>
@@ -12,11 +11,11 @@ namespace orv {
 
 class Link {
   public:
-    // Connects. If the system rejects a device that it has never received, scans for it and
-    // connects again. Throws a Problem if no radio is on, if connecting fails, or after an
-    // interrupt.
+    // Connects. If the device is rejected at once, which is usual before the system has received
+    // its advertisements, scans for it and connects again. Throws a Problem if no radio is on, if
+    // connecting fails, or after an interrupt.
     Link(Library& library, BluetoothAddress address);
-    // Disconnects, which may never return.
+    // Disconnects. May never return.
     ~Link();
     Link(const Link&) = delete;
     Link& operator=(const Link&) = delete;
