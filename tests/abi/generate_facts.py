@@ -4,7 +4,7 @@ Each row compares a fact with src/platform/abi.
 
 Usage: generate_facts.py TABLE OUTPUT HEADER...
 
-Fails if a header declares an interface, enumeration or instance that the table lacks.
+Fails if a header declares an interface, enumeration or generic instance that the table lacks.
 """
 import csv
 import re
@@ -30,8 +30,8 @@ def instantiated(name):
 
 def parameter_type(parameter):
     declared = parameter.rpartition(" ")[0]
-    # The table names senders and arguments as class pointers (S*, A*), but list elements as plain
-    # T. Abi<> converts both to the type that the function receives.
+    # The table has class pointers (S*, A*) for an event's sender and arguments, but plain T for
+    # list elements. Abi<> converts both to the type that the function receives.
     if re.fullmatch(r"[SA]\*", declared):
         declared = "Abi<%s>" % declared[0]
     return instantiated(re.sub(r"^T\b", "Abi<T>", declared))

@@ -17,7 +17,7 @@ int SlotOf(Member member) {
     return static_cast<int>((words[0] - 1) / static_cast<std::ptrdiff_t>(sizeof(void*)));
 }
 
-// Appends a virtual function, whose slot index is the number of slots of `Interface`.
+// Adds a virtual function, whose slot index is the number of slots of `Interface`.
 template <typename Interface>
 struct Extended : Interface {
     virtual std::int32_t BehindTheLastSlot() = 0;

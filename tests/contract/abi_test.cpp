@@ -1,5 +1,5 @@
 // Compares the declarations in src/platform/abi with the facts in tests/abi: identifiers, vtable
-// slots, parameters, enumerators and class names. A wrong slot would call a wrong function.
+// slots, parameters, enumerators and class names.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -46,7 +46,7 @@ Enumerator EnumeratorRow(const char* enumeration, const char* name, INT64 value,
             std::is_same_v<std::underlying_type_t<Enumeration>, INT32>};
 }
 
-// The name of a runtime class, or null. Only classes whose factory the library requests have one.
+// The name of a runtime class, or null if the library does not request its factory.
 template <typename Class, typename = void>
 constexpr const char16_t* NameOf = nullptr;
 template <typename Class>

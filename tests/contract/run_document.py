@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Builds and runs a document's programs with the document's commands.
+"""Builds and runs a document's programs with its commands.
 
 Usage: run_document.py SOURCE DOCUMENT LIBRARY FOLDER ATTEMPTS EXPECTED...
 

@@ -39,7 +39,7 @@ TEST_F(DisconnectTest, SwitchesOffThenClosesServiceAndDevice) {
     ExpectGone();
 }
 
-// OrvDevice_Disconnect holds the links' lock while it closes objects, which has no timeout.
+// OrvDevice_Disconnect closes objects under the links' lock. Closing has no timeout.
 TEST_F(DisconnectTest, HangingCloseLeavesLogAndScannerUsable) {
     OrvWorld_Hang(CloseService);
     std::thread disconnecting([] { EXPECT_EQ(Disconnect(), 0); });

@@ -31,7 +31,7 @@ class Bridge(Running):
         return self.shows(device + r" at (?:127.0.0.1:)?(\S+): ").group(1)
 
     def end(self):
-        """Ends the bridge, and returns its final table: sent, received and lost bytes and lost links of each device."""
+        """Ends the bridge. Returns sent, received and lost bytes and lost links of each device."""
         self.process.send_signal(signal.SIGTERM)
         self.ends()
         rows = re.findall(r"^(\S+:\S+) +\S+ +(?:a program|\S+) +\w+ +(\d+) +(\d+) +(\d+) +(\d+)", self.shown, re.M)
@@ -94,7 +94,7 @@ class BridgeTest(WorldCase):
 
 
 class Clients:
-    """The tests that run for TCP clients and for clients of pseudo-terminals."""
+    """Tests that run with TCP clients and with clients of pseudo-terminals."""
 
     def test_bytes_are_exact_for_clients_that_are_fast_slow_or_gone(self):
         bridge = self.bridge("echo", self.KIND + " --block 244")

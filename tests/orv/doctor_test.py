@@ -20,8 +20,8 @@ LIBRARY = pathlib.Path(os.environ["ORV_LIBRARY"])
 ADDRESS, NAME = "A0:B1:C2:D3:E4:F5", "ORV-0042"
 SECONDS = 100  # timeout of a run
 
-# The checks that orv doctor must refute in each scenario. Two scenarios describe behaviour that the
-# library always has, so they refute none.
+# The checks that orv doctor must refute in each scenario: none if the scenario shows behaviour that
+# the library always has.
 REFUTED = {
     "default": [],
     "close_hangs": ["close_returns"],
@@ -125,8 +125,8 @@ class DoctorTest(unittest.TestCase):
                                     "radio_scan"})
 
     def test_a_person_switches_the_radio(self):
-        # In this copy of the library, the export that switches the radio has another name, so orv
-        # asks a person to do it. Scheduled events switch the radio instead.
+        # This copy of the library lacks the export that switches the radio off and on, so orv asks
+        # the user to do it. Scheduled events do it instead.
         library = self.folder / "person.so"
         library.write_bytes(LIBRARY.read_bytes().replace(b"OrvWorld_SwitchRadio", b"OrvWorld_SwitchOther"))
         world = {"title": "switched", "devices": [DEVICE],

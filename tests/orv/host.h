@@ -12,7 +12,7 @@
 
 namespace orv {
 
-// Makes a call. If `results` is true, logs its result line.
+// Makes a call and, if `results` is true, logs its result line.
 template <typename Export>
 ResultCode CallLogged(bool results, Export&& call) {
     const std::int64_t start = OrvWorld_Now();
@@ -31,8 +31,8 @@ inline log::Findings ReadLog(log::Threads threads = log::Threads::One) {
     return log::FindAll(LogBytes(), threads);
 }
 
-// Fails the test if the log reader does not report `cause` for `call`, or reports it only for waits
-// other than number `step` of the call. A negative `step` means any wait.
+// Fails the test unless the log reader reports `cause` for `call` and, if `step` is not negative,
+// for the call's wait number `step`.
 inline void ExpectNamed(const log::Call& call, log::Cause cause, int step = -1) {
     std::string named;
     for (const log::Suspect& suspect : log::Explain(call)) {

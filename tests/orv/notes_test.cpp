@@ -109,8 +109,8 @@ TEST_F(LogNotes, QuietUseHasNone) {
     EXPECT_TRUE(ReadLog().notes.empty());
 }
 
-// Two threads send at the same time. The second send fails after 2010 ms, but it may have waited
-// 1500 ms for the first one. So the log does not prove that its write timed out.
+// Two threads send. The second send fails after 2010 ms, of which it may have waited 1500 ms for
+// the first one. So the log does not prove that its write timed out.
 TEST_F(LogNotes, SendThatWaitedForAnotherNeedNotHaveMissedItsLimit) {
     OrvDevice_Connect(Address);
     OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvAnswer_After, 1500);

@@ -15,7 +15,7 @@ struct Text {
     const char* text;
     Kind kind;
     std::uint64_t handle = 0;
-    std::int64_t number = 0;  // a call's second argument, or the entry's last number
+    std::int64_t number = 0;  // a call's second argument, or another line's last number
 };
 
 const Text Texts[] = {
@@ -124,8 +124,8 @@ TEST(LogTimeline, GoesOnOverMidnightAndOtherJumps) {
     }
 }
 
-// The log reader must report the true cause of the last call's failure, although overlapping calls
-// change a state before the result line is written, or the machine has slept.
+// The log reader must report the true cause of the last failure, even if an overlapping call
+// changed the state before the result line was written, or the machine slept.
 TEST(LogProof, NeverRulesOutTheCause) {
     struct Row {
         Cause cause;
@@ -156,7 +156,8 @@ TEST(LogProof, NeverRulesOutTheCause) {
           "Returned 0 after 0 ms: OrvScanner_Initialize",
           "Returned 0 after 0 ms: OrvScanner_Deinitialize 0", "OrvScanner_GetDeviceInfo 0 3",
           "Returned -1 after 0 ms: OrvScanner_GetDeviceInfo 0 3"}},
-        // The exception comes from the callback of a link that was opened before the log began.
+        // The exception comes from another link's callback. That link was opened before the log
+        // began.
         {Cause::NoLink,
          {"OrvDevice_Receive 5", "Exception: unknown type",
           "Returned -1 after 0 ms: OrvDevice_Receive 5"}},
@@ -214,7 +215,7 @@ TEST(LogEvidence, ShowsWhatKeepsCallsFromReturning) {
     EXPECT_EQ(Explain(findings.calls.at(1)).front().cause, Cause::ClosingHangs);
     EXPECT_EQ(Explain(findings.calls.at(2)).front().cause, Cause::WaitedForOthers);
     EXPECT_TRUE(HasSign(findings.calls.at(2)));
-    // The log ends with OrvDevice_Disconnect, and shows that the link exists.
+    // This log ends during OrvDevice_Disconnect, and shows that the link existed.
     const Findings killed = FindAll(
         "12:00:00.000\tOrvDevice_Connect 5\n12:00:00.000\tReturned 0 after 0 ms: "
         "OrvDevice_Connect 5\n12:00:00.000\tOrvDevice_Disconnect 5\n",
@@ -239,8 +240,8 @@ TEST(LogMemory, HoldsAForgedFailureLineOncePerCallInPart) {
     EXPECT_LT(kept, bytes.size() / 10);
 }
 
-// The log was emptied while a call ran. That call wrote the first result line. The second one
-// belongs to the logged call, which another thread made.
+// The log was emptied during a call, which wrote the first result line. The second one belongs to
+// the logged call of another thread.
 TEST(LogBegin, LeavesOutTheResultOfACallBeforeIt) {
     const Findings findings = FindAll(
         "12:00:00.000\tOrvDevice_Receive 5\n"

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs the recipes of a document in a shell. Each must print the text that the device echoes.
 
-Replaces only the ports and the path of the pseudo-terminal, because other programs may use those of the document.
+Replaces only the ports and the pseudo-terminal's path, because other programs may use them.
 
 Usage: recipes_test.py DOCUMENT ORV
 """

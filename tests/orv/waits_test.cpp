@@ -19,7 +19,7 @@ struct WaitEnding {
     std::int32_t value;
     Ends ends;
     std::int64_t ms = 0;                  // duration of the wait
-    const char* operations = "01234567";  // numbers of the operations that can end so
+    const char* operations = "01234567";  // one digit per operation that can end so
 };
 
 const WaitEnding WaitEndings[] = {
@@ -37,7 +37,7 @@ const WaitEnding WaitEndings[] = {
     {"ResultLacksMemory", OrvAnswer_ResultFails, NoMemory, Ends::ResultRaised},
     {"NullResult", OrvAnswer_NullResult, 1, Ends::ResultRefused, 0, "01235"},
     {"EmptyList", OrvAnswer_EmptyList, 1, Ends::ResultRaised, 0, "35"},
-    // Status 0 means success, except for RequestAccess (operation 4), where status 1 does.
+    // Status 0 means success, but for RequestAccess (operation 4), status 1 does.
     {"Status0", OrvAnswer_Status, 0, Ends::ResultRefused, 0, "4"},
     {"Status1", OrvAnswer_Status, 1, Ends::ResultRefused, 0, "3567"},
     {"Status2", OrvAnswer_Status, 2, Ends::ResultRefused, 0, "34567"},
@@ -230,7 +230,7 @@ class RandomWorld {
     std::optional<Cause> NoLink() const {
         return links == 0 ? std::optional(Cause::NoLink) : std::nullopt;
     }
-    // Returns the cause of the first operation that fails. Disconnect and Send ignore results.
+    // Returns why the first failing operation fails. Disconnect and Send do not read its result.
     std::optional<Cause> CauseOfWaits(const std::vector<std::int32_t>& operations) const {
         const Ends last = operations.size() > 1 ? Ends::ResultRaised : Ends::Raised;
         for (const std::int32_t operation : operations) {
@@ -277,7 +277,6 @@ INSTANTIATE_TEST_SUITE_P(Logging, EveryEnding,
                                          Logging{"ManyThreads", false, log::Threads::Many}),
                          RowName);
 
-// In round n, the n-th platform call of OrvDevice_Connect fails.
 TEST_P(EveryEnding, HasItsFailingCallNamed) {
     for (std::int32_t n = 1, result = -1; result != 0; ++n) {
         SCOPED_TRACE(n);

@@ -1,4 +1,4 @@
-"""Compiles and runs the examples of docs/other_languages.md with the commands of that document."""
+"""Compiles and runs the examples of docs/other_languages.md with its commands."""
 import os
 import pathlib
 import re

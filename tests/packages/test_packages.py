@@ -1,8 +1,8 @@
 """Installs each release artifact in the directory ORV_DIST in an empty prefix, environment or project,
 and runs the first example host of its document.
 
-Hosts use the default simulated world in real time. Wine runs programs for Windows. ORV_WORLD is the
-path of the Windows.dll that replaces the system's Bluetooth classes.
+Hosts use the default simulated world in real time. ORV_WORLD is the path of the Windows.dll that
+replaces the system's Bluetooth classes.
 """
 import glob
 import json
@@ -49,7 +49,7 @@ def answers(*command, folder, **environment):
 
 
 def programs(document, folder):
-    """Writes the programs in a document to files. Each may have at most 25 lines."""
+    """Writes the programs in a document to files."""
     text = (SOURCE / document).read_text(encoding="utf-8")
     for name, code in re.findall(r"`([\w.]+)`:\n\n```\w+\n(.*?)```", text, re.DOTALL):
         assert len(code.splitlines()) <= 25, "%s: %s is longer than 25 lines" % (document, name)

@@ -42,7 +42,6 @@ const CallRow CallRows[] = {
     {"LogLine", [] { return Logging_AppendLine("text", 4); }, -1, 0},
     {"SendOfNegativeLength", [] { return OrvDevice_Send(1, -1, buffer); }, -1, 0},
     {"DisconnectOfNoLink", [] { return OrvDevice_Disconnect(9); }, -1, 0},
-    // These calls allocate one handler for each wait.
     {"Available", BluetoothAvailable, 0, 2},
     {"Send", [] { return OrvDevice_Send(1, 244, buffer); }, 244, 1},
     // Connect allocates six handlers (for five waits and for notifications) and the link.

@@ -1,5 +1,5 @@
-// Tests internal functions: the fallbacks when a factory is requested, and the wait with a timeout.
-// Exports request each factory only once in a process.
+// Tests how the library requests a factory and waits with a timeout. Uses internal functions,
+// because exports request each factory only once in a process.
 #include "platform/activation.h"
 
 #include <gtest/gtest.h>

@@ -43,7 +43,7 @@ TEST(ReceiveQueue, IsOneStreamWhateverTheSizes) {
     }
 }
 
-// Returns address `i` of a pattern. The addresses of a pattern collide if a hash is weak.
+// Returns address `i` of a pattern, whose addresses collide if a hash is weak.
 BluetoothAddress Pattern(std::size_t pattern, BluetoothAddress i) {
     switch (pattern) {
         case 0:

@@ -88,7 +88,7 @@ int CountMatchRules() {
     return rules;
 }
 
-// ------------------------------------------------------------------------------------- connecting
+// ---- connecting
 
 struct Oddity {
     const char* name;
@@ -243,7 +243,7 @@ TEST_F(DaemonTest, LeavesNothingAfterManyConnects) {
     EXPECT_EQ(daemon.Calls("Connect"), daemon.Calls("Disconnect"));
 }
 
-// ---------------------------------------------------------------------------------------- scanning
+// ---- scanning
 
 TEST_F(DaemonTest, SignalAloneKeepsNameAndValues) {
     const Scan scan;
@@ -305,7 +305,7 @@ TEST_F(DaemonTest, ScanStartsWhenTheKernelAcceptsIt) {
     EXPECT_TRUE(scan.Hears(Address));
 }
 
-// --------------------------------------------------------------------------------- end of a link
+// ---- end of a link
 
 TEST_F(DaemonTest, DroppedLinkIsOpenedAgainByTheNextConnect) {
     ASSERT_EQ(OrvDevice_Connect(Address), 0);
@@ -318,7 +318,7 @@ TEST_F(DaemonTest, DroppedLinkIsOpenedAgainByTheNextConnect) {
     ExpectEcho();
 }
 
-// After two links that end together with their socket, the library requests bus signals instead.
+// If two links end together with their socket, the library then requests bus signals instead.
 TEST_F(DaemonTest, DeviceThatDropsTheLinkWithTheSocketGetsSignals) {
     daemon.Arrange([](Behaviour& b) { b.acquireDropsLink = true; });
     EXPECT_TRUE(Await([&] {
@@ -354,7 +354,7 @@ TEST_F(DaemonTest, WriteEndsByWhoRefusesIt) {
 
 class Values : public DaemonTest, public testing::WithParamInterface<bool> {};
 
-// While the library waits for the write, a lock stops it from delivering values. It must still read
+// While the library waits for the write, a lock stops it from storing values. It must still read
 // them: the daemon loses values if its socket (about 200 values) or the bus's queue is full.
 TEST_P(Values, AreNotLostWhileAWriteHangs) {
     const bool bySocket = GetParam();
@@ -384,7 +384,7 @@ TEST_P(Values, AreNotLostWhileAWriteHangs) {
 INSTANTIATE_TEST_SUITE_P(Ways, Values, testing::Bool(),
                          [](const auto& row) { return row.param ? "BySocket" : "BySignals"; });
 
-// ------------------------------------------------------------------------------ ends during a wait
+// ---- faults during a wait
 
 const Trouble Ends[] = {
     {"LinkDropped", [](StandIn& d, bool isThere) { isThere ? d.DropLink() : void(); }},
@@ -396,8 +396,8 @@ const Trouble Ends[] = {
 
 class DuringAWait : public DaemonTest, public testing::WithParamInterface<Trouble> {};
 
-// The daemon does not answer a connect or a write, then a fault occurs. Once the fault is repaired,
-// everything must work.
+// While the daemon does not answer a connect or a write, a fault occurs. Everything must work once
+// the fault is repaired.
 TEST_P(DuringAWait, ConnectAndSendFail) {
     const auto isCalled = [&](const char* member) {
         return Await([&] { return daemon.Calls(member) > 0; });
@@ -430,7 +430,7 @@ TEST_P(DuringAWait, ConnectAndSendFail) {
 INSTANTIATE_TEST_SUITE_P(Ends, DuringAWait, testing::ValuesIn(Ends),
                          [](const auto& row) { return std::string(row.param.name); });
 
-// ------------------------------------------------------------------------------- faults of the bus
+// ---- faults of the bus
 
 struct Step {
     const char* name;
@@ -494,7 +494,6 @@ TEST_P(BusFaults, EachReplyCanFailOrNeverCome) {
 INSTANTIATE_TEST_SUITE_P(Exports, BusFaults, testing::ValuesIn(Steps),
                          [](const auto& row) { return std::string(row.param.name); });
 
-// A host makes calls without a pause, while the daemon ends at random moments and restarts.
 TEST_F(DaemonTest, HostOutlivesTheDaemonAtAnyMoment) {
     std::atomic<bool> ends{false};
     std::atomic<int> rounds{0};

@@ -1,4 +1,4 @@
-// Functions of a host for the radio tests.
+// Scans and receives like a host, for the radio tests.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -17,8 +17,7 @@ namespace orv::radio {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Waits until a condition is true. Returns false after `seconds`. The default is long enough for
-// any machine.
+// Waits until a condition is true. Returns false after `seconds`; the default suits any machine.
 inline bool Await(const std::function<bool()>& condition, int seconds = 60) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
     while (!condition()) {
@@ -58,8 +57,8 @@ class Scan {
     const std::int32_t id;
 };
 
-// Returns a random generator, whose seed is ORV_SEED or a new one. Flushes the printed seed,
-// because a crash would lose buffered output.
+// Returns a generator with the seed ORV_SEED or a new one. Flushes the printed seed, because a
+// crash would lose buffered output.
 inline std::mt19937 Random() {
     const char* const given = std::getenv("ORV_SEED");
     const auto seed =

@@ -51,8 +51,8 @@ class Machine {
     void StartDaemon();
     void KillControllers();
     void StartControllers();
-    // Switches controllers on and makes the peripheral 0 advertise and accept connections. Call
-    // this after the daemon or a controller was off.
+    // Switches controllers on and makes peripheral 0 advertise and accept connections. Call this
+    // after the daemon or a controller was off.
     void Appear();
 
   private:

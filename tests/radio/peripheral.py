@@ -166,7 +166,7 @@ class Peripheral:
             error.get_dbus_name() else done("error %s" % error))
 
     def advertise(self, done):
-        """Uses a new path each time, because the daemon reads an advertisement only when it is registered."""
+        """Uses a new object path: the daemon reads an advertisement only when it is registered."""
         if self.advertisement:
             try:
                 self.controller("LEAdvertisingManager1").UnregisterAdvertisement(
@@ -176,7 +176,6 @@ class Peripheral:
             self.advertisement.remove_from_connection()
         self.serial += 1
         payloads = [dbus.Array(bytes.fromhex(v), signature="y") for v in self.values]
-        # The manufacturer data contain two keys, the service data one.
         self.advertisement = Exported(
             self.bus, "/orv/%s/advertisement%d" % (self.adapter, self.serial),
             BLUEZ + ".LEAdvertisement1", {
@@ -259,8 +258,8 @@ def main():
             reply(answer)
         return True
 
-    # The loop does not notice a line that is already in Python's buffer. There is none, because the
-    # tests wait for each reply.
+    # GLib does not notice a line in Python's buffer. There is none, because the tests wait for each
+    # reply.
     sys.stdin = os.fdopen(0, "r", 1)
     GLib.io_add_watch(0, GLib.IO_IN | GLib.IO_HUP, read)
     loop.run()

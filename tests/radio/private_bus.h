@@ -1,5 +1,4 @@
-// A message bus that the library uses instead of the system bus. Its files are in a temporary
-// folder.
+// A message bus that the library uses instead of the system bus.
 #pragma once
 
 #include <string>

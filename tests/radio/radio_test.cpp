@@ -49,7 +49,7 @@ TEST_F(RadioTest, EchoesByteForByte) {
     EXPECT_EQ(OrvDevice_Disconnect(First), 0);
 }
 
-// Runs orv as a separate process, which loads the library from the directory of orv.
+// Runs orv as a separate process, which loads the library from orv's directory.
 TEST_F(RadioTest, EchoesThroughATerminalAndASocket) {
     {
         const Scan scan;
@@ -152,7 +152,6 @@ TEST_F(RadioTest, RadioGoesOffDuringALink) {
     ExpectEcho(First);
 }
 
-// Runs orv in separate processes. They load the library from the directory of orv.
 TEST_F(RadioTest, OrvScansTalksSendsAndReceives) {
     const auto run = [](const std::string& command) {
         EXPECT_EQ(system(command.c_str()), 0) << command;
@@ -187,7 +186,7 @@ TEST_F(RadioTest, OrvScansTalksSendsAndReceives) {
     machine.Appear();
 }
 
-// In half of the rounds, the daemon ends within the first millisecond of a host's phase.
+// In half of the rounds, the daemon ends within 1 ms after the host enters a phase.
 TEST_F(RadioTest, HostOutlivesTheDaemonAtRandomMoments) {
     enum Phase { Scanning, Connecting, Sending, Receiving, Phases };
     std::atomic<Phase> phase{Scanning};

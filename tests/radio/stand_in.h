@@ -25,7 +25,7 @@ struct Behaviour {
     bool advertises = true;         // a scan finds the device
     bool forgets = false;           // the daemon removes the device when a scan ends
     bool forgetsAtConnect = false;  // the daemon removes the device when the next connect begins
-    int rejectedScans = 0;          // number of starts of a scan that the kernel rejects
+    int rejectedScans = 0;          // number of scan starts that the kernel rejects
     bool hasService = true;
     bool objectsLate = false;    // reports services as resolved before their objects exist
     int abortsConnects = 0;      // number of connects that fail with "abort-by-local"
@@ -54,8 +54,8 @@ class StandIn {
     void Start();
     void Kill();
 
-    // Makes the n-th reply from now (1 is the next) an error, or omits it if `silently`. 0: none
-    // fails.
+    // Makes the n-th reply from now (1 is the next) an error, or omits it if `silently`. Fails
+    // none if n is 0.
     void FailReply(int n, bool silently);
     // Returns how many replies are left up to the one that fails, or 0 after it.
     int RepliesLeft() { return Read(failAt); }

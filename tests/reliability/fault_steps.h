@@ -16,8 +16,8 @@ struct Step {
     std::function<ResultCode()> run;
     ResultCode success;
     std::function<void()> undo;  // called after a success
-    // For callbacks: `leaves` has the result of `run` for each platform call that can fail. The
-    // first `untraced` platform calls precede the trace line.
+    // For callbacks: `leaves` has the result of `run` if the first, second... platform call fails.
+    // The first `untraced` platform calls precede the trace line.
     int untraced = 0;
     std::vector<ResultCode> leaves = {};
 };

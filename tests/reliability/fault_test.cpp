@@ -1,6 +1,6 @@
 // In each run of an export or callback, one platform call or memory allocation fails. Platform
-// calls fail once with a general error and once with a lack of memory. A failure must leave no
-// traces.
+// calls fail once with a general error and once with a lack of memory. A failure must neither
+// leak nor change links or sessions.
 #include <gtest/gtest.h>
 
 #include <atomic>

@@ -1,6 +1,5 @@
-// Checks how every test of a program that links this file uses the library's three locks. A thread
-// may hold only one lock at a time, and only the links' lock during a wait. A violation ends the
-// program.
+// Watches the library's three locks in all tests of the program. A thread may hold only one of them
+// at a time, and only the links' lock during a wait. A violation ends the program.
 #include <gtest/gtest.h>
 #include <pthread.h>
 

@@ -15,7 +15,7 @@ void showValue(const Command& command, std::ostream& out) {
 
 namespace {
 
-// Returns the number of random steps. `scripts/test long` sets a larger number.
+// `scripts/test long` sets a larger number of steps.
 int Steps() {
     const char* steps = std::getenv("ORV_MODEL_STEPS");
     return steps ? std::atoi(steps) : 20000;
@@ -66,10 +66,10 @@ TEST(Model, LibraryMatchesTheReferenceForPackets) {
                    {{Initialize, 0, 0, {}}, {Start, 1, 0, {}}});
 }
 
-// While a link with bytes exists, each operation ends in each way, and then in the usual way again.
+// While a link with bytes exists, each operation ends in each way, and then normally again.
 TEST(Model, LibraryMatchesTheReferenceForEachAnswer) {
     for (std::uint8_t operation = 0; operation <= OrvOperation_WriteValue; ++operation) {
-        for (std::uint8_t answer = 0; answer < 56; ++answer) {  // 14 answers, 4 statuses
+        for (std::uint8_t answer = 0; answer < 56; ++answer) {  // 14 answers with 4 statuses each
             const auto target = static_cast<std::uint8_t>(4 * operation);
             SCOPED_TRACE(Text({Arrange, target, answer, {}}));
             Model model;

@@ -1,5 +1,5 @@
-// Runs every export and both callbacks, while another operating system call of the library fails in
-// each run. The linker redirects these calls to this file.
+// Runs every export and both callbacks. In each run, a different operating system call of the
+// library fails. The linker redirects these calls to this file.
 #include <atomic>
 #include <cstdlib>
 #include <string_view>
@@ -160,7 +160,7 @@ TEST(KeepingLoadedDeathTest, FailureFailsTheCallThatNeedsIt) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
-            // Joins the apartment, which has its own call of KeepModuleLoaded.
+            // Joins the apartment first, because joining calls KeepModuleLoaded, too.
             OrvDevice_Send(1, 0, nullptr);
             ResultCode first = 0;
             const Call call = FailDuring(1, [&] { first = OrvScanner_Initialize(); });

@@ -1,4 +1,4 @@
-// Tests the scanner's platform calls, and which exports wait for it. The tests with the reference
+// Tests the scanner's platform calls, and which exports wait for them. The tests with the reference
 // model check its results, lists and states.
 #include <thread>
 

@@ -177,7 +177,7 @@ const Truth Truths[] = {
                  "= <ORV-Messgerät-Süd-Tür-Ger\xC3> -60\n"},
 };
 
-// Returns the log with result lines instead of the results that Answer wrote.
+// Returns the log with result lines instead of the results that Answer() wrote.
 std::string LogWithResults() {
     const std::string bytes = LogBytes();
     std::string log, call;

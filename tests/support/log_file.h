@@ -1,4 +1,3 @@
-// Reads the diagnostics log from disk.
 #pragma once
 
 #include <string>
@@ -10,7 +9,7 @@ namespace orv {
 
 using Lines = std::vector<std::string>;
 
-// The log lines of a failure of the platform and of a failed memory allocation.
+// The log lines of a platform failure and of a failed memory allocation.
 constexpr const char* PlatformFailure = "Exception: unknown type";
 constexpr const char* OutOfMemory = "Exception: bad allocation";
 

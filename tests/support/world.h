@@ -1,4 +1,4 @@
-// Functions for the simulated world, and the fixture of all tests that use it and the exports.
+// Functions for the simulated world, and the fixture of tests that use it.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -93,7 +93,7 @@ void ExpectLines(const Step& step, bool refused) {
     EXPECT_EQ(lines, Lines{});
 }
 
-// Returns true if an allocation or a platform call failed.
+// Runs and checks the step with `plan`. Returns true if an allocation or platform call failed.
 bool Attempt(const Step& step, int plan) {
     step.arrange();
     const std::string before = State();
@@ -154,8 +154,8 @@ void AttemptFirstUse(const Step& step, int plan) {
         if (plan <= Every) {
             AttemptFirstUse(step, plan);
         }
-        // The simulated world has four event threads, so the fifth attempt runs on one that has met
-        // a failure.
+        // The simulated world has four event threads, so the fifth attempt reuses one
+        // that met a failure.
         for (int i = 0; i < 5; ++i) {
             failed = Attempt(step, plan) || failed;
         }

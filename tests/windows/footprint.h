@@ -47,7 +47,7 @@ inline std::ostream& operator<<(std::ostream& stream, const Footprint& footprint
                   << " handles, first free index " << footprint.firstFreeIndex;
 }
 
-// Returns how often to repeat an action that must leak nothing: ORV_CYCLES, or 1000 times.
+// Returns how many times to repeat an action that must leak nothing: ORV_CYCLES, or 1000.
 inline int Cycles() {
     const char* wanted = std::getenv("ORV_CYCLES");
     return wanted ? std::atoi(wanted) : 1000;

@@ -1,5 +1,5 @@
-// Tests that the library unloads if no handler can call it, stays loaded after the first handler,
-// and does nothing at the end of the process.
+// Tests that the library can be unloaded until it caches a factory or registers a handler, and that
+// it does nothing at the end of the process.
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -116,8 +116,8 @@ bool Connect(const Library& library) {
     return EXPORT(library, OrvDevice_Connect)(Address) == 0;
 }
 
-// Calls that register a handler, a later event, and the platform function that the library calls
-// for the event.
+// After the calls in `run`, the library must stay loaded. `event` then sends an event, for which
+// the library calls the platform function `called`.
 struct LateUse {
     const char* name;
     bool (*run)(const Library&);
@@ -200,7 +200,7 @@ TEST_P(Unloaded, StaysForLateEvents) {
 INSTANTIATE_TEST_SUITE_P(Uses, Unloaded, testing::ValuesIn(LateUses),
                          [](const auto& row) { return std::string(row.param.name); });
 
-// Starts a host thread that waits for an answer that never comes.
+// Starts a host thread whose call never gets an answer.
 void BlockIn(ResultCode (*call)(const Library&), const Library& library) {
     const std::int32_t before = OrvWorld_CallCount("IAsyncOperation.put_Completed");
     std::thread(call, library).detach();

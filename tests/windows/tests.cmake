@@ -1,5 +1,5 @@
-# Tests that need Windows (unloading modules, file sharing, apartments), tests of the ZIP's files, and
-# tests of hosts that are built with these files.
+# Tests that need Windows (unloading modules, file sharing, apartments), and tests of the ZIP's
+# files and of hosts that are built with them.
 
 # orv_windows_test(<name> [FILES <files beside it>] [SOURCES <more sources or objects>])
 function(orv_windows_test name)
@@ -47,8 +47,8 @@ file(MAKE_DIRECTORY ${hosts})
 orv_host(gcc COMMAND ${CMAKE_C_COMPILER} -O2 ${unpacked}/examples/demo.c
     -I${unpacked}/include -L${unpacked}/lib -lquelvixwinlib -o ${hosts}/gcc.exe)
 
-# Builds the host with the object format and the import library of Microsoft's compiler and linker, but
-# with MinGW's headers and C runtime.
+# Builds the host with Microsoft's object format and import library, but MinGW's headers and C
+# runtime.
 find_program(ORV_CLANG NAMES clang-14 clang REQUIRED)
 find_program(ORV_LLD NAMES lld-link-14 lld-link REQUIRED)
 set(cl ${ORV_CLANG} --target=x86_64-pc-windows-msvc -O2 -nostdlibinc
@@ -78,7 +78,7 @@ set_tests_properties(lookup.orv PROPERTIES
     ENVIRONMENT "WINEPREFIX=${prefix};ORV=${unpacked}/orv.exe;ORV_LIBRARY=${simulatedDll};ORV_WINE=1")
 set_property(TEST wine.register APPEND PROPERTY DEPENDS lookup.orv)
 
-# Tests Windows sockets. Runs only tests that do not send a signal to orv, because under Wine a signal
+# Tests Windows sockets, only with tests that send no signal to orv, because under Wine a signal
 # does not end orv in the regular way.
 add_test(NAME lookup.orv_bridge COMMAND Python3::Interpreter
     ${CMAKE_CURRENT_SOURCE_DIR}/orv/bridge_test.py -k one_client -k no_more -k wrong -k open_to)

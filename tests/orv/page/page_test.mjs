@@ -102,7 +102,7 @@ test("a million lines give a page that stays small", async () => {
         assert.ok(facts.includes(fact), fact + " is not in " + facts);
     }
     assert.match(await text(page, "merged"), /Device links: 250,000 calls, 1,500 of them drawn one by one/);
-    // Every third call fails, so the lane of the links must be red along its whole width.
+    // Every third call fails, so the chart's lane of links must be red along its whole width.
     const redParts = await page.evaluate(() => {
         const canvas = document.querySelector("#lanes canvas"), plot = document.querySelector("#lanes .u-over");
         const scale = canvas.width / canvas.clientWidth, width = Math.floor(plot.clientWidth * scale);

@@ -9,7 +9,7 @@
 namespace orv::model {
 namespace {
 
-// A running command. Converts the command's numbers to arguments for the handlers.
+// A running command. Derives the call's device, session and link from its field `a`.
 struct Step {
     const Command& command;
     Reference& reference;
@@ -35,7 +35,7 @@ struct Step {
     }
 };
 
-// Evaluates `expected`, then `call`, and compares the results and the passed time.
+// Evaluates `expected`, then `call`, and compares the results and the elapsed time.
 #define COMPARE(step, call, expected)                                    \
     do {                                                                 \
         const std::int64_t wanted = (expected);                          \
