@@ -16,8 +16,7 @@
 
 #include "quelvixwinlib.h"
 
-/* -------------------------------------------------------------------- operating system functions
- */
+/* ---------------------------------------------------------------- operating system functions */
 
 #ifdef _WIN32
 
@@ -35,7 +34,7 @@ static double Seconds(void) {
     return (double)count.QuadPart / (double)frequency.QuadPart;
 }
 
-/* Returns whether the terminal supports colours. Sets UTF-8, as in device names. */
+/* Returns whether the terminal supports colours. Sets UTF-8, the encoding of device names. */
 static int PrepareTerminal(void) {
     const HANDLE console = GetStdHandle(STD_OUTPUT_HANDLE);
     DWORD mode = 0;
@@ -114,8 +113,7 @@ static const char* AddressText(BluetoothAddress address) {
     return text;
 }
 
-/* Returns the value in hexadecimal, or "-" for 0xFF, which means that no scan response has set
- * it. */
+/* Returns the value in hexadecimal, or "-" for 0xFF: no scan response has set it. */
 static const char* ValueText(uint8_t value, char* text) {
     if (value == 0xFF) {
         return "-";
@@ -124,8 +122,8 @@ static const char* ValueText(uint8_t value, char* text) {
     return text;
 }
 
-/* Returns the data in hexadecimal without trailing zeros, or "-" if all bytes are 0, which means
- * that no scan response has set them. */
+/* Returns the data in hexadecimal without trailing zeros, or "-" if all bytes are 0: no scan
+ * response has set them. */
 static const char* DataText(const uint8_t* data, char* text) {
     int length = 16, i;
     while (length > 0 && data[length - 1] == 0) {
@@ -211,7 +209,7 @@ static const DiscoveredDevice* ConnectFirst(const DiscoveredDevice* devices, int
     return NULL;
 }
 
-/* Sends all blocks, receives the echo in between, and waits for the rest of the echo. */
+/* Sends all blocks, receives the echo between them, and waits for the rest of the echo. */
 static int Exchange(BluetoothAddress address) {
     static uint8_t data[TotalBytes], echo[TotalBytes + 1];
     uint32_t random = 0x2545F491;
@@ -230,7 +228,7 @@ static int Exchange(BluetoothAddress address) {
             return Fail("cannot send a block after %d bytes", sent);
         }
         sent += block;
-        /* The buffer has space for one byte more than expected, to detect surplus bytes. */
+        /* The buffer has one byte more than expected, to detect surplus bytes. */
         taken = OrvDevice_Receive(address, TotalBytes + 1 - received, echo + received);
         if (taken == ORV_FAILED) {
             return Fail("the link was lost after %d bytes", received);

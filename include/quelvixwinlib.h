@@ -53,8 +53,7 @@
  *
  * The library waits at most 2000 ms for each asynchronous operation of the system. "Blocks" below
  * states the maximum sum of these waits for each function. The following calls into the system have
- * no timeout and add to this sum. They normally return at once, but the library cannot limit their
- * time:
+ * no timeout and add to this sum. They normally return at once:
  *
  *   - the first use of a system class in the process, which loads the system's libraries. It is
  *     most of the work of OrvScanner_Initialize, and part of BluetoothAvailable, OrvDevice_Connect,
@@ -123,8 +122,8 @@ typedef uint64_t BluetoothAddress;
  * One device that a scanner session has found. The record has 64 bytes and is little-endian; the
  * offsets below are the same for every compiler and language.
  *
- * The last three values come from the device's scan responses. Until a scan response has set them
- * they are 0xFF, 0xFF and zeros.
+ * The last three values come from data sections of the device's scan responses; each section begins
+ * with a 16-bit key. Until a scan response has set the values, they are 0xFF, 0xFF and zeros.
  */
 typedef struct DiscoveredDevice {
     uint64_t address;     /*  0: the device's BluetoothAddress                                */
@@ -132,13 +131,13 @@ typedef struct DiscoveredDevice {
                           /*     character may be cut; empty when the latest advertisement had */
                           /*     no name                                                       */
     int16_t rssi;         /* 38: signal strength of the latest packet, in dBm                  */
-    uint8_t value0500;    /* 40: value of key 0x0500                                           */
-    uint8_t value1130;    /* 41: value of key 0x1130                                           */
-    uint8_t data1118[16]; /* 42: value of key 0x1118, zeros after its end                      */
+    uint8_t value0500;    /* 40: value of the section with key 0x0500                          */
+    uint8_t value1130;    /* 41: value of the section with key 0x1130                          */
+    uint8_t data1118[16]; /* 42: value of the section with key 0x1118, zeros after its end     */
     uint8_t padding[6];   /* 58: unused                                                        */
 } DiscoveredDevice;
 
-/* Each line fails to compile if the compiler's offset differs. */
+/* Each line fails to compile if the compiler uses another offset. */
 typedef char orv_check_address[offsetof(DiscoveredDevice, address) == 0 ? 1 : -1];
 typedef char orv_check_name[offsetof(DiscoveredDevice, name) == 8 ? 1 : -1];
 typedef char orv_check_rssi[offsetof(DiscoveredDevice, rssi) == 38 ? 1 : -1];
@@ -205,8 +204,7 @@ QUELVIXWINLIB_API ResultCode OrvScanner_Start(int32_t scannerId);
 QUELVIXWINLIB_API ResultCode OrvScanner_Stop(int32_t scannerId);
 
 /*
- * Returns the number of devices in the session's list. It can be called at any time, also after the
- * scan was stopped.
+ * Returns the number of devices in the session's list, also after the scan was stopped.
  *
  * Returns  the number of devices, 0 or greater. -1: no session has this id.
  * Blocks   only for the scanner lock.
@@ -255,8 +253,8 @@ QUELVIXWINLIB_API ResultCode OrvDevice_Connect(BluetoothAddress address);
  *
  * Returns  0: the oldest link of the address is removed. -1: the address has no link (the system is
  *          not called), or the system reported an error.
- * Blocks   2000 ms at most (one wait), plus closing. Holds the lock of the device links, and first
- *          waits for a send or disconnect that holds it.
+ * Blocks   2000 ms at most (one wait), plus closing the device. Holds the lock of the device links,
+ *          and first waits for a send or disconnect that holds it.
  *
  * After an error the link still exists with its bytes, and the call can be repeated. If the error
  * came after the service was closed, the link can only be read, flushed and disconnected:

@@ -5,14 +5,14 @@
  *
  * THE DEFAULT WORLD
  *
- * Until an OrvWorld_ function configures it, the world suits a first try of a host: it runs on real
- * time and has one Bluetooth radio, which is on, and three devices:
+ * Until an OrvWorld_ function configures it, the world suits a first test of a host: it runs on
+ * real time and has one Bluetooth radio, which is on, and three devices:
  *
  *   A0:B1:C2:D3:E4:F5  "ORV-0042"   advertises, sends scan responses, accepts links and echoes
  *                                   every block that it receives, with the timing of a real link
  *   A0:B1:C2:D3:E4:F6  "ORV-0043"   advertises and sends scan responses with all three values;
  *                                   rejects links
- *   11:22:33:44:55:66  "Lamp"       a device of another family
+ *   11:22:33:44:55:66  "Lamp"       a device that the library must not list
  *
  * OrvWorld_Reset replaces it with an empty world, which the caller then configures step by step.
  *
@@ -184,8 +184,7 @@ ORV_WORLD_API int32_t OrvWorld_SetSignalSpread(uint64_t address, int32_t dB);
 ORV_WORLD_API int32_t OrvWorld_AddSection(uint64_t address, int32_t packet, int32_t type,
                                           const uint8_t* data, int32_t length);
 ORV_WORLD_API int32_t OrvWorld_ClearSections(uint64_t address, int32_t packet);
-/* Sends both packets of the device every `milliseconds` while a watcher is started. 0 stops this.
- */
+/* Sends both packets every `milliseconds` while a watcher is started. 0 stops this. */
 ORV_WORLD_API int32_t OrvWorld_SetAdvertisingInterval(uint64_t address, int32_t milliseconds);
 
 /* RemoveServices removes all services. AddService appends a service without characteristics and
@@ -239,17 +238,17 @@ ORV_WORLD_API int32_t OrvWorld_Answer(uint64_t address, int32_t operation, int32
 
 /*
  * Sends one packet of a device as it is configured now. If `watcher` is -1, every started watcher
- * that accepts the packet receives it. Otherwise, the watcher created as number `watcher` since
- * OrvWorld_Reset receives it, even if that watcher is stopped or released. Returns the number of
- * watchers that will receive the packet, without waiting for them.
+ * that accepts the packet receives it. Otherwise, the watcher of this number receives it, even if
+ * it is stopped or released; 0 is the first since OrvWorld_Reset. Returns the number of watchers
+ * that will receive the packet, without waiting for them.
  */
 ORV_WORLD_API int32_t OrvWorld_Advertise(uint64_t address, int32_t packet, int32_t watcher);
 
 /*
  * Sends one notification. If `registration` is -1, every handler ever registered on the device's
- * characteristics receives it, including handlers of closed links. Otherwise, the handler
- * registered as number `registration` on this device receives it. Returns the number of handlers
- * that will receive the notification, without waiting for them.
+ * characteristics receives it, including handlers of closed links. Otherwise, the handler of this
+ * number receives it; 0 is the first registered on this device. Returns the number of handlers that
+ * will receive the notification, without waiting for them.
  */
 ORV_WORLD_API int32_t OrvWorld_Notify(uint64_t address, const uint8_t* data, int32_t length,
                                       int32_t registration);
@@ -325,8 +324,9 @@ ORV_WORLD_API int32_t OrvWorld_SetFactoriesAgile(int32_t agile);
 
 /*
  * Simulates a library file of this name, such as "Windows.Devices.dll", that provides the classes
- * which the runtime refuses. Null removes the file. Fails unless the world is linked into the
- * library. Each request is recorded as "DllGetActivationFactory" with the file's name as argument.
+ * that the runtime refuses to create. Null removes the file. Fails unless the world is linked into
+ * the library. Each request is recorded as "DllGetActivationFactory" with the file's name as
+ * argument.
  */
 ORV_WORLD_API int32_t OrvWorld_SetActivationLibrary(const char* name);
 
