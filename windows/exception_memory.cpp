@@ -7,7 +7,7 @@
 // ends. So throwing needs neither the heap nor a lock nor a thread-local index.
 //
 // An exception must stay on its thread. The library does not use std::exception_ptr, which could
-// move it. Such a use would fail to link, because only a replaced object file defines
+// move it. A use would not link, because only a replaced object file defines
 // __cxa_allocate_dependent_exception.
 #include <cxxabi.h>
 
@@ -25,8 +25,8 @@ extern char* _tls_start;          // first byte of the thread-local section
 
 namespace {
 
-// Returns the size of the header before each thrown object: lets the runtime write a header before
-// a test object and computes the distance.
+// Returns the size of the header that the runtime writes before each thrown object, measured with a
+// test object.
 std::size_t MeasureHeader() {
     constexpr std::size_t Room = 512;
     alignas(std::max_align_t) unsigned char scratch[2 * Room] = {};

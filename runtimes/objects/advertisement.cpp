@@ -1,4 +1,3 @@
-// Objects through which a watcher's handler reads a received packet.
 #include "runtimes/objects/advertisement.h"
 
 #include "runtimes/objects/buffer.h"

@@ -28,7 +28,7 @@ using SharedPacket = std::shared_ptr<const Packet>;
 using ReceivedArgs = Object<Stub<IBluetoothLEAdvertisementReceivedEventArgs>,
                             Stub<IBluetoothLEAdvertisementReceivedEventArgs2>>;
 
-// Returns the object that passes `packet` to a handler.
+// Returns the event arguments that pass `packet` to a watcher's handler.
 Ref<ReceivedArgs> MakeReceivedArgs(SharedPacket packet);
 
 }  // namespace orv::objects

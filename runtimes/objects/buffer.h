@@ -1,4 +1,3 @@
-// A buffer that stores its bytes in memory.
 #pragma once
 
 #include <vector>

@@ -25,8 +25,8 @@ class Event {
     Handlers registered;
 };
 
-// Implements a function that registers a handler. `add` stores the handler under the owner's lock
-// and returns its token.
+// Implements functions such as add_Received. `add` stores the handler under the owner's lock and
+// returns its token.
 template <typename Interface, typename Add>
 HRESULT AddHandler(Interface* handler, EventRegistrationToken* token, Add&& add) {
     if (handler == nullptr || token == nullptr) {

@@ -1,4 +1,4 @@
-// The factories of the six runtime classes that are activated by name. All runtimes use them.
+// The objects that create the six Windows Runtime classes by name, shared by all runtimes.
 #pragma once
 
 #include <string_view>
@@ -9,7 +9,8 @@
 
 namespace orv::objects {
 
-// Factory functions that differ between runtimes. They are called without a lock.
+// Functions that each runtime supplies to the class factories, which hold no lock when they call
+// them.
 struct Activations {
     template <typename... Arguments>
     using Function = HRESULT (*)(Arguments...);
@@ -22,13 +23,13 @@ struct Activations {
     bool (*areFactoriesAgile)() = [] { return true; };
 };
 
-// The factories live until the process ends. References to factories are not counted.
+// The class factories live until the process ends. No Ledger counts references to them.
 class Factories {
   public:
     explicit Factories(const Activations& ofRuntime);
 
-    // Returns the factory of the class, or REGDB_E_CLASSNOTREG for an unknown name. The caller
-    // records the call, under the name of the function that the library called.
+    // Returns the factory of the class, or REGDB_E_CLASSNOTREG for an unknown name. Does not record
+    // the call: the caller knows which function the library called.
     HRESULT Find(std::u16string_view className, const GUID& iid, void** factory);
 
   private:

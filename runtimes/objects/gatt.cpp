@@ -24,7 +24,7 @@ Member addValueChangedMember(characteristicClass.name, "add_ValueChanged");
 Class valueChangedClass("GattValueChangedEventArgs");
 Member getCharacteristicValueMember(valueChangedClass.name, "get_CharacteristicValue");
 
-// Rejects closed objects and all cache modes except the one that the library uses.
+// Rejects lookups on closed objects, and cache modes that the library does not use.
 template <typename Find>
 HRESULT Lookup(Member& member, BluetoothCacheMode mode, bool isClosed, Find&& find) {
     return Call(member, Argument::Number(static_cast<UINT64>(mode)), [&] {

@@ -1,5 +1,5 @@
-// The part of devices, services and characteristics that all runtimes share: it records calls and
-// rejects wrong arguments and closed objects. A runtime implements the operations.
+// Base classes of devices, services and characteristics, which record calls and reject wrong
+// arguments and closed objects. Each runtime implements the operations.
 #pragma once
 
 #include "runtimes/objects/buffer.h"
@@ -27,7 +27,7 @@ class DeviceObject : public Object<Stub<IBluetoothLEDevice>, Stub<IBluetoothLEDe
   private:
     virtual HRESULT FindServices(const GUID& uuid,
                                  IAsyncOperation<GattDeviceServicesResult>** operation) = 0;
-    // Called by every call of Close.
+    // Every call of Close calls this function.
     virtual void Shut() = 0;
 };
 
@@ -84,7 +84,7 @@ class CharacteristicObject : public Object<Stub<IGattCharacteristic>, Stub<IGatt
     const Ref<ServiceObject> service;
 };
 
-// Returns the object that passes `value` to a handler.
+// Returns the event arguments that pass `value` to a notification handler.
 Ref<Object<Stub<IGattValueChangedEventArgs>>> MakeValueChangedArgs(const std::vector<BYTE>& value);
 
 }  // namespace orv::objects

@@ -1,4 +1,4 @@
-// Member names under which calls of lookup results are recorded.
+// Names under which calls to the results of lookups are recorded.
 #include "runtimes/objects/gatt_results.h"
 
 namespace orv::objects {

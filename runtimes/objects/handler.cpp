@@ -1,4 +1,3 @@
-// Checks a client's handler when it is registered.
 #include "runtimes/objects/handler.h"
 
 namespace orv::objects {

@@ -1,4 +1,3 @@
-// References to the client's handlers, and a check of their interfaces.
 #pragma once
 
 #include <memory>
@@ -11,7 +10,7 @@ namespace orv::objects {
 // needs the last two to call the handler from any thread.
 bool IsProperHandler(IUnknown* handler, const GUID& ownIid) noexcept;
 
-// Owns one reference to a client's handler and counts the handler in the ledger of references.
+// Owns one reference to a client's handler and counts the handler in a Ledger.
 template <typename Interface>
 class HandlerReference {
   public:

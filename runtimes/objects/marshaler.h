@@ -1,11 +1,11 @@
-// The system's free-threaded marshaler, or a replacement on systems without COM apartments.
 #pragma once
 
 #include "platform/abi/base.h"
 
 namespace orv::objects {
 
-// Creates a marshaler that `outer` aggregates, see runtime::CreateFreeThreadedMarshaler.
+// Implements runtime::CreateFreeThreadedMarshaler: creates the system's marshaler, or a replacement
+// on systems without COM apartments.
 HRESULT CreateFreeThreadedMarshaler(IUnknown* outer, IUnknown** inner);
 
 }  // namespace orv::objects

@@ -1,5 +1,5 @@
-// A marshaler for systems without COM apartments. It cannot marshal, but handlers must provide an
-// IMarshal.
+// A marshaler for systems without COM apartments. It cannot marshal; it exists because handlers
+// must provide an IMarshal.
 #include <new>
 
 #include "runtimes/objects/counted.h"
@@ -9,8 +9,8 @@ namespace orv::objects {
 
 namespace {
 
-// Supports aggregation. The object is the inner IUnknown with its own reference count. Its IMarshal
-// forwards queries and references to the outer object.
+// The inner object of an aggregation, with its own reference count. Its IMarshal forwards queries
+// and reference counting to the outer object.
 class Marshaler final : public Counted<IUnknown> {
   public:
     explicit Marshaler(IUnknown* outer)

@@ -1,4 +1,3 @@
-// Descriptions of the functions of the runtime's classes, all in one list.
 #pragma once
 
 #include <atomic>
@@ -7,9 +6,9 @@
 
 namespace orv::objects {
 
-// A function of a runtime class, with the platform's names. It is never destroyed. The constructor
-// adds it to the list of all members, so a member at namespace scope is listed before the first
-// call.
+// Describes a function of a runtime class, with the platform's names. Never destroyed. The
+// constructor adds it to the list of all members, so a member at namespace scope is listed before
+// the first call.
 struct Member {
     // `declared` is false for a member that was created when an unimplemented function was called.
     Member(const char* ownerName, const char* memberName, bool declared = true) noexcept

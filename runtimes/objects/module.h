@@ -1,4 +1,3 @@
-// Keeps the library file loaded.
 #pragma once
 
 namespace orv::objects {

@@ -23,11 +23,11 @@ struct Ledger {
     std::atomic<INT32> handlers{0};    // handlers that the runtime references
 };
 
-// Any thread may call these functions, but must hold no lock of the runtime.
+// Is notified of calls, on any thread. The thread must hold no lock of the runtime.
 class CallObserver {
   public:
-    // If `hears` is false, Called is never called. That saves time, because reading a value of 244
-    // bytes takes about 490 calls.
+    // If `hears` is false, Called is never called. That saves time: reading 244 bytes takes about
+    // 490 calls.
     explicit CallObserver(bool hears = true) : hearsCalls(hears) {}
 
     const bool hearsCalls;

@@ -1,4 +1,4 @@
-// Member names under which calls of an operation are recorded.
+// Names under which calls to an operation are recorded.
 #include "runtimes/objects/operation.h"
 
 namespace orv::objects {

@@ -18,8 +18,8 @@ extern Member getStatusMember;
 extern Member getErrorCodeMember;
 extern Member closeMember;
 
-// A function that invokes a handler which was registered after its operation had ended. It must use
-// a thread of the runtime, not the thread that registers the handler.
+// Invokes a handler that is registered after its operation has ended. Must use a thread of the
+// runtime, not the registering thread.
 using Invoker = void (*)(std::function<void()> invocation);
 
 // The state in which an operation ended. GetResults returns `code` if `status` is not Completed.
@@ -32,7 +32,7 @@ template <typename T>
 class Operation final : public Object<IAsyncOperation<T>, Stub<IAsyncInfo>> {
   public:
     using CompletedHandler = AsyncOperationCompletedHandler<T>;
-    // Returns the result of a completed operation. Each GetResults calls this function.
+    // Returns the result of a completed operation. Every call of GetResults calls this function.
     using Result = std::function<HRESULT(Abi<T>*)>;
 
     // If `refusal` is not S_OK, registering a handler fails with this code.

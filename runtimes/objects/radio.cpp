@@ -1,4 +1,3 @@
-// The adapter and the radios of the machine.
 #include "runtimes/objects/radio.h"
 
 namespace orv::objects {

@@ -1,4 +1,3 @@
-// Reads and writes buffers in memory.
 #pragma once
 
 #include "runtimes/objects/buffer.h"
@@ -9,8 +8,8 @@ namespace orv::objects {
 // not thread-safe.
 HRESULT ReadFromBuffer(IBuffer* buffer, IDataReader** reader);
 
-// The bytes that a reader has not read yet. The result pointers must not be null. A local copy is
-// faster to read: no stored byte can change it, so the compiler keeps it in registers.
+// The bytes that a reader has not read yet. The result pointers must not be null. A local copy of
+// this object reads faster, because the compiler can keep it in registers.
 class UnreadBytes {
   public:
     explicit UnreadBytes(const std::vector<BYTE>& bytes)

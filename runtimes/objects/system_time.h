@@ -1,4 +1,3 @@
-// The system's clock.
 #pragma once
 
 #include <chrono>

@@ -1,4 +1,3 @@
-// Converts UTF-8 to UTF-16.
 #include "runtimes/objects/utf8.h"
 
 #include "platform/abi/base.h"

@@ -1,4 +1,3 @@
-// Converts UTF-8 to UTF-16.
 #pragma once
 
 #include <string>

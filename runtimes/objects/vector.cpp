@@ -1,4 +1,4 @@
-// Member names under which calls of vectors and iterators are recorded.
+// Names under which calls to vectors and iterators are recorded.
 #include "runtimes/objects/vector.h"
 
 namespace orv::objects {

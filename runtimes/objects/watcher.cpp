@@ -1,4 +1,3 @@
-// Records the calls of a watcher.
 #include "runtimes/objects/watcher.h"
 
 namespace orv::objects {

@@ -1,4 +1,4 @@
-// The part of watchers that all runtimes share: recording calls and rejecting wrong arguments.
+// The base class of watchers, which records calls to them and rejects wrong arguments.
 #pragma once
 
 #include "runtimes/objects/event.h"

@@ -37,8 +37,7 @@ void AppendStamp(TextBuffer& line) {
     line.Append('\t');
 }
 
-// Appends text and replaces each line feed with a carriage return and a line feed, on every
-// platform.
+// Appends text. A line feed becomes carriage return and line feed on every platform.
 void AppendTranslated(TextBuffer& line, std::string_view text) {
     while (!text.empty()) {
         const std::size_t lineFeed = std::min(text.find('\n'), text.size());
@@ -77,8 +76,7 @@ bool StartLog() {
     return true;
 }
 
-// Runs `body`, an operation of the log. Returns -1 if it throws; a failure of the log cannot be
-// logged.
+// Runs `body`. Returns -1 if it throws, and logs nothing, because the log itself has failed.
 template <typename Body>
 ResultCode RunLogExport(Body&& body) noexcept {
     try {

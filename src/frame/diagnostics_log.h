@@ -1,4 +1,3 @@
-// The diagnostics log, a text file beside the library's own file with one line per event.
 #pragma once
 
 #include <atomic>
@@ -9,8 +8,8 @@
 
 namespace orv {
 
-// The log of the process. It is constant-initialized and never destroyed, so that it can be used
-// from load to unload.
+// The diagnostics log, a text file beside the library's own file with one line per event. It is
+// constant-initialized and never destroyed, so that it can be used from load to unload.
 //
 // Threads: `enabled` is read without the mutex. A thread holds `mutex`, and no other lock of the
 // library, while it opens the file, writes one line and closes the file.
@@ -26,7 +25,7 @@ struct DiagnosticsLog {
 
 extern DiagnosticsLog diagnosticsLog;
 
-// Writes one line of the library itself. Ignores failures and never throws.
+// Writes one line to the log. Ignores failures and never throws.
 void AppendLogLine(std::string_view text) noexcept;
 
 }  // namespace orv

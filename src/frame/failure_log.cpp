@@ -14,11 +14,11 @@ namespace orv {
 namespace {
 
 struct FailureText {
-    std::string_view own;  // text in this toolchain's standard library
+    std::string_view own;  // what() of this build's standard library
     std::string_view logged;
 };
 
-// Makes the log use the same text for a failure, whichever standard library the build used.
+// Makes the logged text of a failure independent of the standard library.
 constexpr FailureText FailureTexts[] = {
     {"std::bad_alloc", "bad allocation"},
     {"std::bad_array_new_length", "bad array new length"},
@@ -26,8 +26,8 @@ constexpr FailureText FailureTexts[] = {
     {"std::exception", "Unknown exception"},
 };
 
-// Failures because a container reached its size limit. `own` is the beginning of the text. A text
-// that begins with "basic_string::" matches only without spaces; other string failures have spaces.
+// Failures of containers that reached their size limit. `own` is the beginning of the text.
+// "basic_string::" matches only texts without spaces; other string failures have spaces.
 constexpr FailureText LimitTexts[] = {
     {"basic_string::", "string too long"},
     {"cannot create std::deque larger", "deque<T> too long"},

@@ -1,4 +1,3 @@
-// The open links, oldest first, and the lock that guards the links and their queues.
 #pragma once
 
 #include <list>
@@ -24,7 +23,7 @@ struct DeviceLink {
     ReceiveQueue receiveQueue;                      // bytes that the host has not yet received
 };
 
-// The process's table of open links.
+// All open links of the process, oldest first. `mutex` guards the links and their queues.
 //
 // Threads: host threads and the platform's notification threads lock `mutex`. OrvDevice_Disconnect
 // and OrvDevice_Send hold it during one wait of at most GattWaitLimitMs. OrvDevice_Disconnect also

@@ -1,4 +1,4 @@
-// Steps on the GATT objects of a link that connect and disconnect share.
+// GATT steps that connect and disconnect share.
 #pragma once
 
 #include "link/connection_table.h"

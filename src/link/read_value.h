@@ -1,4 +1,3 @@
-// Reads a notified value into a receive queue.
 #pragma once
 
 #include "link/receive_queue.h"
@@ -19,8 +18,9 @@ inline void ReadByte(Reader* reader, BYTE* place) {
     CheckResult(reader ? reader->ReadByte(place) : E_POINTER);
 }
 
-// Appends all bytes of the reader to the value. Throws if the reader is null or fails. A template,
-// because runtimes/bluez/exports/receive.cpp uses a reader that the compiler inlines.
+// Appends all bytes of `reader` to the queue. Throws if the reader is null or fails. A template, so
+// that the compiler can inline a reader without virtual functions, as in
+// runtimes/bluez/exports/receive.cpp.
 template <typename Reader>
 inline void ReadValue(Reader* reader, ReceiveQueue::Filling& filling) {
     while (BytesLeftIn(reader) > 0) {

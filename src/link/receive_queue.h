@@ -69,7 +69,7 @@ class ReceiveQueue {
     // Moves at most `count` bytes from the front to `target` and returns their number.
     std::size_t Take(std::uint8_t* target, std::size_t count);
 
-    // Removes all bytes and frees their storage. Returns the number of bytes removed.
+    // Removes all bytes, frees their storage and returns their number.
     std::size_t Clear();
 
   private:

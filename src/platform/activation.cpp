@@ -10,8 +10,8 @@ namespace orv {
 
 namespace {
 
-// Adds a usage count to the process's multithreaded apartment, in the first call that succeeds.
-// Never removes the count, because cached factories must outlive the host's own apartments.
+// The first call that succeeds adds a usage count to the process's multithreaded apartment. The
+// count is never removed, because cached factories must outlive the host's own apartments.
 // Concurrent first calls may each add a count, which is harmless. Returns false when the system
 // refuses.
 //
@@ -58,7 +58,7 @@ Reference<IUnknown> RequestFactory(const char16_t* className, const GUID& iid) {
     if (code == CO_E_NOTINITIALIZED && JoinApartment()) {
         code = runtime::GetActivationFactory(className, iid, output);
     }
-    // Throws the runtime's error if no library provides the class either.
+    // Throws the runtime's error if no library provides the class.
     if (Failed(code) && Failed(AskNamespaceLibraries(className, iid, output))) {
         RaiseFailure(code);
     }

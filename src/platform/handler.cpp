@@ -6,8 +6,8 @@
 namespace orv {
 
 HandlerState::HandlerState() {
-    // Each handler calls KeepModuleLoaded until one call has succeeded. Several threads may call it
-    // at once, which is harmless.
+    // Each new handler calls KeepModuleLoaded until a call has succeeded. Concurrent calls are
+    // harmless.
     static std::atomic<bool> kept{false};
     if (!kept.load(std::memory_order_acquire)) {
         system::KeepModuleLoaded();

@@ -12,8 +12,7 @@ namespace orv {
 // The part of a handler that does not depend on its event's types.
 //
 // The constructor keeps the library loaded until the process ends, because the runtime may call or
-// release the handler at any later time, on any thread. Throws if the library cannot be kept
-// loaded.
+// release the handler at any later time, on any thread. Throws if that fails.
 class HandlerState {
   public:
     HandlerState();

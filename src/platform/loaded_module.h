@@ -1,11 +1,10 @@
-// Finds the library's own file and keeps it loaded.
 #pragma once
 
 #include <cstddef>
 
 namespace orv::system {
 
-// Size of a path in bytes, including its terminating zero.
+// Maximum size of a path in bytes, with its terminating zero.
 constexpr std::size_t LongestPath = 4096;
 
 // Writes the full path of the library's file. Returns false if the path is unknown or, on Windows,

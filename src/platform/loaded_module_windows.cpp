@@ -1,4 +1,4 @@
-// The system's header is included last: it defines macros with names that our headers declare.
+// The system's header comes last: its macros have names that our headers declare.
 // clang-format off
 #include "platform/loaded_module.h"
 
@@ -21,9 +21,9 @@ HMODULE OwnModule(::DWORD flags) {
                : nullptr;
 }
 
-// Returns whether `path`, in the code page of file names, is the path of the module: the system
-// replaces characters that the code page lacks with similar ones. Compares only the beginning,
-// because the system cuts long paths and removes an incomplete multibyte character at the cut.
+// Returns whether `path`, in the code page of file names, is the path of the module. It is not if
+// the system replaced characters that the code page lacks. Compares only the beginning, because the
+// system cuts long paths and drops an incomplete character at the cut.
 bool LeadsBack(const char* path, HMODULE module) {
     wchar_t names[2][MAX_PATH];
     const std::wstring_view own(names[0], GetModuleFileNameW(module, names[0], MAX_PATH));

@@ -1,4 +1,4 @@
-// The system's header is included last: it defines macros with names that our headers declare.
+// The system's header comes last: its macros have names that our headers declare.
 // clang-format off
 #include "platform/log_file.h"
 

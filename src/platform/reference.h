@@ -77,9 +77,8 @@ class Reference {
     Interface* object = nullptr;
 };
 
-// Returns the first of `records` whose `member` is the same object as `sought`, or null. First
-// compares pointers, which usually suffices. Then compares IUnknown pointers, which is needed only
-// if the runtime uses proxies.
+// Returns the first of `records` whose `member` is the same object as `sought`, or null. Compares
+// pointers first. Comparing IUnknown pointers, too, is needed only if the runtime uses proxies.
 template <typename Records, typename Record, typename Interface>
 Record* FindSameObject(Records& records, Reference<Interface> Record::*member,
                        const Reference<Interface>& sought) {

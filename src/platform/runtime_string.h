@@ -1,4 +1,3 @@
-// The runtime's strings, and conversion from UTF-16 to UTF-8.
 #pragma once
 
 #include "platform/abi/base.h"
@@ -6,7 +5,7 @@
 
 namespace orv {
 
-// Owns a runtime string. A null handle is the empty string.
+// Owns a string of the runtime. A null handle is the empty string.
 class RuntimeString {
   public:
     RuntimeString() = default;

@@ -1,6 +1,6 @@
 // Implements runtime.h with the Windows Runtime.
 //
-// The system's header is included last: it defines macros with names that our headers declare.
+// The system's header comes last: its macros have names that our headers declare.
 // clang-format off
 #include "platform/runtime.h"
 
@@ -14,7 +14,7 @@ namespace orv::runtime {
 namespace {
 
 extern "C" {
-// Declares what the system's headers declare, but with the types of abi/.
+// Repeats declarations of the system's headers with the types of abi/.
 struct StringHeader {
     void* reserved[3];
 };

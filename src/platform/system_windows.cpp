@@ -1,4 +1,4 @@
-// The system's header is included last: it defines macros with names that our headers declare.
+// The system's header comes last: its macros have names that our headers declare.
 // clang-format off
 #define _CRT_RAND_S  // declares rand_s, which is in msvcrt.dll and imports no other DLL
 #include "platform/system.h"

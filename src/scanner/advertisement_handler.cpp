@@ -33,8 +33,8 @@ void TraceAdvertisement(const Heard& heard) {
     AppendLogLine(line.View());
 }
 
-// Returns whether the packet is a scan response. Packets of old platforms, which lack the
-// interface, count as advertisements, so that names are updated.
+// Returns whether the packet is a scan response. On old platforms, which lack the interface, every
+// packet counts as an advertisement, so that names are updated.
 bool IsScanResponse(const Reference<IBluetoothLEAdvertisementReceivedEventArgs>& arguments) {
     Reference<IBluetoothLEAdvertisementReceivedEventArgs2> newer;
     const HRESULT code = arguments.Query(newer);
@@ -45,8 +45,8 @@ bool IsScanResponse(const Reference<IBluetoothLEAdvertisementReceivedEventArgs>&
     return Get(newer, &IBluetoothLEAdvertisementReceivedEventArgs2::get_IsScanResponse) != 0;
 }
 
-// Stores the value of an advertisement's data section. `payload` is the value's key in
-// little-endian order, then at least one byte of the value.
+// Stores the value in a packet's data section. `payload` is the value's key in little-endian order,
+// then at least one byte of the value.
 void ReadSection(DiscoveredDevice& device, const BYTE* payload, UINT32 length) {
     const int key = payload[0] | payload[1] << 8;
     switch (key) {
@@ -124,7 +124,7 @@ void OnAdvertisementReceived(
         if (DiscoveredDevice* listed = session->devices.Find(heard.address)) {
             Update(*listed, heard, arguments, advertisement);
         } else if (heard.name.substr(0, FamilyPrefix.size()) == FamilyPrefix) {
-            // The packet that adds a device to the list does not set values, even if it is a scan
+            // A packet that adds a device sets only name and signal strength, even if it is a scan
             // response.
             session->devices.Append(NewRecord(heard.address, heard.name, heard.rssi));
         }

@@ -1,4 +1,4 @@
-// The list of devices that one scanner session has found, in the order in which they were added.
+// The list of devices that one scanner session has found, in order of discovery.
 #pragma once
 
 #include <cstddef>
@@ -22,7 +22,7 @@ class DiscoveredDevices {
   public:
     struct Content;
 
-    // The key must be secret: a person who knows it can choose addresses that make Find slow.
+    // The key must be secret: an attacker who knows it can choose addresses that make Find slow.
     explicit DiscoveredDevices(const AddressHash::Key& key) : hashOf(key) {}
 
     std::size_t Size() const;
@@ -30,7 +30,7 @@ class DiscoveredDevices {
     // Returns the record of the address, or null. The pointer is valid until the list is emptied.
     DiscoveredDevice* Find(BluetoothAddress address);
 
-    // Returns the record at `index`, which must be less than Size().
+    // `index` must be less than Size().
     const DiscoveredDevice& At(std::size_t index) const;
 
     // Appends a device, whose address must not be in the list. Throws when memory runs out; the

@@ -1,4 +1,3 @@
-// Creates, starts, stops and removes scanner sessions.
 #include <limits>
 
 #include "frame/export_frame.h"

@@ -1,5 +1,4 @@
-// Scanner sessions. Each has a platform watcher and a list of the devices that the watcher has
-// found.
+// Scanner sessions. Each has a platform watcher and a list of the devices that it has found.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Stubs of Windows.Devices.Bluetooth.Advertisement: every function returns E_NOTIMPL.
+// Stubs of the interfaces in Windows.Devices.Bluetooth.Advertisement.
 #pragma once
 
 #include "platform/abi/advertisement.h"

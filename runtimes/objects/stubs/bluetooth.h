@@ -1,4 +1,4 @@
-// Stubs of Windows.Devices.Bluetooth: every function returns E_NOTIMPL.
+// Stubs of the interfaces in Windows.Devices.Bluetooth.
 #pragma once
 
 #include "platform/abi/bluetooth.h"

@@ -1,4 +1,4 @@
-// Stubs of IAsyncInfo: every function returns E_NOTIMPL.
+// Stub of IAsyncInfo: every function returns E_NOTIMPL.
 #pragma once
 
 #include "platform/abi/foundation.h"

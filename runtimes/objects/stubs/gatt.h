@@ -1,5 +1,4 @@
-// Stubs of Windows.Devices.Bluetooth.GenericAttributeProfile and of the device: every function
-// returns E_NOTIMPL.
+// Stubs of the interfaces in abi/gatt.h: every function returns E_NOTIMPL.
 #pragma once
 
 #include "platform/abi/gatt.h"

@@ -1,4 +1,4 @@
-// Stubs of Windows.Devices.Radios: every function returns E_NOTIMPL.
+// Stubs of the interfaces in Windows.Devices.Radios.
 #pragma once
 
 #include "platform/abi/radios.h"

@@ -1,4 +1,4 @@
-// Stubs of Windows.Storage.Streams: every function returns E_NOTIMPL.
+// Stubs of the interfaces in Windows.Storage.Streams.
 #pragma once
 
 #include "platform/abi/streams.h"

@@ -1,4 +1,4 @@
-// The OrvWorld_ functions for recorded calls and for faults of calls.
+// The OrvWorld_ functions that report calls or make calls fail or hang.
 #include <algorithm>
 #include <cstring>
 
@@ -9,7 +9,7 @@ using namespace orv::simulated;
 
 namespace {
 
-// Copies as much of the text as fits, with a terminating zero. Returns the length of the text.
+// Copies as much of the text as fits, with a terminating zero. Returns the full length.
 INT32 CopyText(const std::string& text, char* target, INT32 size) {
     if (target != nullptr && size > 0) {
         const std::size_t copied = std::min(text.size(), static_cast<std::size_t>(size) - 1);

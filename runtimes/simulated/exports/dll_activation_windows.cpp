@@ -1,4 +1,5 @@
-// Makes the world a separate DLL, which is loaded when the system lacks a Bluetooth class.
+// Makes the simulated world a separate DLL, which is loaded when the system lacks a Bluetooth
+// class.
 #include "runtimes/simulated/exports/factories.h"
 #include "runtimes/simulated/exports/flavour.h"
 #include "runtimes/simulated/world/world.h"

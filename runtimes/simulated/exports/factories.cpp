@@ -1,4 +1,4 @@
-// Implements the factories with the objects of the simulated world.
+// Lets the factories of Windows Runtime classes create simulated objects.
 #include "runtimes/simulated/exports/factories.h"
 
 #include "runtimes/objects/factories.h"

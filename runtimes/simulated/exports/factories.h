@@ -1,4 +1,3 @@
-// The factories of the six runtime classes that are activated by name.
 #pragma once
 
 #include <string_view>
@@ -7,7 +6,7 @@
 
 namespace orv::simulated {
 
-// Finds a factory of the simulated world, see objects::Factories::Find.
+// Finds the factory that creates simulated objects of a class, see objects::Factories::Find.
 HRESULT FindFactory(std::u16string_view className, const GUID& iid, void** factory);
 
 }  // namespace orv::simulated

@@ -24,7 +24,7 @@ std::string Narrow(const char16_t* text) {
     return narrow;
 }
 
-// Records the call. Creates the world first, because the world installs the recorder.
+// Records a call and runs it. First creates the world, which installs the recorder.
 template <typename Body>
 HRESULT RuntimeCall(objects::Member& member, const objects::Argument& argument,
                     Body&& body) noexcept {

@@ -3,9 +3,9 @@
 //
 // All interfaces in this directory are declared by hand under the platform's names. A C++ class
 // with only pure virtual functions and no virtual destructor has exactly the table of function
-// pointers that the runtime expects, in order of declaration. Do not change the order of the
-// functions, because it is part of the binary interface. The functions state no calling convention,
-// because x86-64 has only one.
+// pointers that the runtime expects, in order of declaration. The order is part of the binary
+// interface: do not change it. The functions state no calling convention, because x86-64 has only
+// one.
 #pragma once
 
 #include <cstdint>
@@ -75,8 +75,7 @@ constexpr UINT32 HexValue(const char* text, int digits) {
     return value;
 }
 
-// Converts the text form of a GUID: 36 characters, with a dash after hexadecimal digits 8, 12, 16
-// and 20.
+// Converts the text form of a GUID, 8-4-4-4-12 hexadecimal digits.
 constexpr GUID Guid(const char (&text)[37]) {
     GUID guid{HexValue(text, 8),
               static_cast<UINT16>(HexValue(text + 9, 4)),
@@ -133,7 +132,7 @@ struct IActivationFactory : IInspectable {
     virtual HRESULT ActivateInstance(IInspectable** instance) = 0;
 };
 
-// Marks an object that may be called from any thread.
+// Marker interface of objects that may be called from any thread.
 struct IAgileObject : IUnknown {
     static constexpr GUID Iid = Guid("94ea2b94-e9cc-49e0-c0ff-ee64ca8f5b90");
 };
@@ -151,8 +150,8 @@ struct IMarshal : IUnknown {
     virtual HRESULT DisconnectObject(DWORD reserved) = 0;
 };
 
-// The identifier of an interface. A specialization beside the argument types defines the identifier
-// of each instance of a generic interface.
+// The identifier of an interface. Each instance of a generic interface has a specialization beside
+// its argument types.
 template <typename Interface>
 inline constexpr GUID IidOf = Interface::Iid;
 
@@ -179,7 +178,7 @@ template <typename T>
 using Abi = typename abi_detail::Passed<T>::Type;
 
 // Functions of the runtime. On Windows, combase.dll defines them; elsewhere, the linked runtime
-// defines them.
+// does.
 extern "C" {
 HRESULT WindowsCreateString(const char16_t* source, UINT32 length, HSTRING* string);
 HRESULT WindowsDeleteString(HSTRING string);

@@ -1,4 +1,4 @@
-// Interfaces of Windows.Devices.Bluetooth: the adapter and Bluetooth LE devices.
+// Interfaces of Windows.Devices.Bluetooth: the adapter, and lookups of devices and services.
 #pragma once
 
 #include "platform/abi/gatt.h"

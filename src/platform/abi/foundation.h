@@ -38,7 +38,7 @@ struct TypedEventHandler : IUnknown {
     virtual HRESULT Invoke(Abi<S> sender, Abi<A> args) = 0;
 };
 
-// The library itself reads items by index, but other clients of the runtime use iterators.
+// The library reads items by index; other clients of the runtime use iterators.
 template <typename T>
 struct IIterator : IInspectable {
     virtual HRESULT get_Current(Abi<T>* item) = 0;

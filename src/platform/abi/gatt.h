@@ -1,4 +1,4 @@
-// Interfaces of Windows.Devices.Bluetooth.GenericAttributeProfile, and of their device.
+// Interfaces of Windows.Devices.Bluetooth.GenericAttributeProfile, and IBluetoothLEDevice.
 #pragma once
 
 #include "platform/abi/streams.h"
