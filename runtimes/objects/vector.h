@@ -1,4 +1,4 @@
-// IVectorView and IVector of runtime objects. Both are read-only: functions that change them fail.
+// Read-only vectors of runtime objects: functions that change them fail.
 #pragma once
 
 #include <vector>

@@ -13,8 +13,7 @@ namespace orv {
 // Timeout of each wait for an operation of a device.
 constexpr UINT32 GattWaitLimitMs = 2000;
 
-// One open link. OrvDevice_Connect inserts it in its last step, so every link in the table is
-// complete.
+// OrvDevice_Connect inserts a link in its last step, so every link in the table is complete.
 struct DeviceLink {
     BluetoothAddress address;  // several links may have the same address
     Reference<IBluetoothLEDevice> device;

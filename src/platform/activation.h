@@ -15,7 +15,7 @@ using SharedFactory = std::atomic<IUnknown*>;
 Reference<IUnknown> FindFactory(SharedFactory& shared, const char16_t* className, const GUID& iid);
 
 // Returns an interface of the factory of a runtime class. A factory that any thread may use is
-// requested once per process; any other factory is requested in each call.
+// requested once per process; any other factory in each call.
 template <typename Class, typename Interface>
 Reference<Interface> FactoryOf() {
     static SharedFactory shared{nullptr};

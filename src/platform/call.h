@@ -1,5 +1,3 @@
-// Calls functions of runtime objects, throws if they fail, and returns outputs that own their
-// value.
 #pragma once
 
 #include <tuple>
@@ -47,7 +45,7 @@ void Call(const Reference<Interface>& object, HRESULT (Interface::*member)(Param
     CheckResult(object ? (object.Get()->*member)(inputs...) : E_POINTER);
 }
 
-// Calls a member function whose last parameter is its output, and returns the output.
+// Like Call, for a member function whose last parameter is its output. Returns the output.
 template <typename Interface, typename... Parameters, typename... Inputs>
 auto Get(const Reference<Interface>& object, HRESULT (Interface::*member)(Parameters...),
          Inputs... inputs) {

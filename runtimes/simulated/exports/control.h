@@ -11,7 +11,7 @@ namespace orv::simulated {
 
 constexpr INT32 NoSuchThing = -1;
 
-// Runs the body of a control function. Returns -1 if the body throws.
+// Runs `body`. Returns -1 if it throws.
 template <typename Body>
 INT32 Control(Body&& body) noexcept {
     try {

@@ -4,8 +4,7 @@
 // All interfaces in this directory are declared by hand under the platform's names. A C++ class
 // with only pure virtual functions and no virtual destructor has exactly the table of function
 // pointers that the runtime expects, in order of declaration. The order is part of the binary
-// interface: do not change it. The functions state no calling convention, because x86-64 has only
-// one.
+// interface: do not change it. No calling convention is stated, because x86-64 has only one.
 #pragma once
 
 #include <cstdint>
