@@ -1,5 +1,3 @@
-# Compiler settings: standards, warnings, sanitizers, visibility.
-
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)

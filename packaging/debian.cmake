@@ -1,4 +1,4 @@
-# Defines the Debian packages of CPack: the libraries, the files to build a host, and orv.
+# Defines the Debian packages: the libraries, the development files, and orv.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME quelvixwinlib)

@@ -1,6 +1,5 @@
 #!/usr/bin/env python3
-"""Packs a NuGet package again, so that it is reproducible, because `dotnet pack` writes
-times and a random name.
+"""Repacks a NuGet package reproducibly, because `dotnet pack` writes times and a random name.
 
 Usage: nuget.py PACKED TARGET
 """

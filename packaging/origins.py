@@ -24,7 +24,7 @@ def run(*command, folder=None):
 
 
 def linked_files(build, target):
-    """Returns every object that the linker has used, and every used member of an archive."""
+    """Returns the object files and the archive members that the linker used."""
     text = (build / "maps" / (target + ".map")).read_text(encoding="utf-8", errors="replace")
     members = re.findall(r"^(/?\S+\.a)\((\S+)\)", text.partition("LOAD ")[0], re.MULTILINE)
     objects = re.findall(r"^LOAD (\S+\.o(?:bj)?)$", text, re.MULTILINE)
@@ -45,7 +45,7 @@ def headers_of_objects(build):
 
 
 def owner(path):
-    """Returns the Debian package that contains a file of the system."""
+    """Returns the Debian package that contains a system file."""
     found = subprocess.run(["dpkg", "-S", os.path.realpath(path)], capture_output=True, text=True).stdout
     if not found:
         raise SystemExit("no Debian package owns %s" % path)

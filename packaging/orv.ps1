@@ -2,7 +2,7 @@
 #
 #     . C:\path\to\orv.ps1
 #
-# The words come from the output of orv --help, so they fit the installed version.
+# The completions come from the output of orv --help, so they fit the installed version.
 Register-ArgumentCompleter -Native -CommandName orv, orv.exe -ScriptBlock {
     param($typed, $line, $cursor)
 

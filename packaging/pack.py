@@ -9,7 +9,7 @@ import zipfile
 
 
 def write(target, files):
-    """Writes a ZIP. `files` contains the bytes of each file by its name in the archive."""
+    """Writes a ZIP. `files` maps each name in the archive to its bytes."""
     with zipfile.ZipFile(target, "w", zipfile.ZIP_DEFLATED, compresslevel=9) as archive:
         for name, data in sorted(files.items()):
             info = zipfile.ZipInfo(name, date_time=(1980, 1, 1, 0, 0, 0))
@@ -20,7 +20,7 @@ def write(target, files):
 
 
 def read_folder(folder):
-    """Returns the bytes of every file below a folder by its relative path."""
+    """Maps the relative path of each file below a folder to its bytes."""
     folder = pathlib.Path(folder)
     return {path.relative_to(folder).as_posix(): path.read_bytes()
             for path in folder.rglob("*") if path.is_file()}

@@ -23,7 +23,7 @@ class Site:
         self.source, self.folder = source, folder
 
     def page_of(self, path):
-        """Returns the page of a file of the project. Writes the page unless the file is a document."""
+        """Returns the page of a project file. Writes the page unless the file is a document."""
         if path in RENAMED:
             return RENAMED[path]
         if path.startswith("docs/"):

@@ -3,7 +3,7 @@ import { EventEmitter } from "node:events";
 
 export type Kind = "rejected" | "timeout" | "error" | "in use";
 
-/** The error of a failed call of the library. */
+/** The error of a failed library call. */
 export class OrvError extends Error {
     /** While the log is off, `log` is empty, and system errors are of the kind "rejected". */
     readonly kind: Kind;
@@ -15,7 +15,7 @@ export class ClosedError extends Error {
     readonly kind: "closed";
 }
 
-/** One device with its latest values, which the C header describes. */
+/** One device and its latest values; the C header describes them. */
 export interface Device {
     address: string;
     name: string;
@@ -25,7 +25,7 @@ export interface Device {
     data1118: Buffer;
 }
 
-/** A native library, for a radio or simulated. */
+/** The native library for a radio, or for a simulated world. */
 export class Library {
     constructor(options?: { flavour?: "radio" | "simulated"; file?: string });
     readonly file: string;
@@ -35,7 +35,7 @@ export class Library {
     enableLog(): Promise<string>;
     disableLog(): void;
     log(text: string): void;
-    /** Creates the world of a scenario, in the simulated library only. */
+    /** Creates the world of a scenario. Simulated library only. */
     play(scenario: object, simulatedTime?: boolean): Promise<void>;
     /** Calls any function of the C headers on another thread and returns its result. */
     call(name: string, ...parameters: unknown[]): Promise<number>;

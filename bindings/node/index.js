@@ -11,7 +11,7 @@ const koffi = require("koffi");
 const { constants, functions } = require("./native.js");
 
 const FILE = process.platform === "win32" ? "quelvixwinlib.dll" : "libquelvixwinlib.so";
-const LIMIT = 2000; // ms after which the library stops waiting for an operation of the system
+const LIMIT = 2000; // ms after which the library stops waiting for a system operation
 const SCAN_PAUSE = 50; // ms between two polls of a scanner's list
 const READ_PAUSE = 5; // ms between two polls of a link
 
@@ -45,7 +45,7 @@ function addressText(number) {
     return Number(number).toString(16).toUpperCase().padStart(12, "0").match(/../g).join(":");
 }
 
-/** A native library, for a radio or, with `{ flavour: "simulated" }`, simulated. */
+/** The native library for a radio or, with `{ flavour: "simulated" }`, for a simulated world. */
 class Library {
     constructor({ flavour = "radio", file = process.env.QUELVIXWINLIB || undefined } = {}) {
         this.file = path.resolve(file ?? path.join(__dirname, "native", flavour, FILE));
@@ -70,7 +70,7 @@ class Library {
         return promisify(this[name].async)(...parameters);
     }
 
-    /** Calls a function like `call`, but throws an error that states why `action` failed. */
+    /** Like `call`, but throws an error that states why `action` failed. */
     async check(action, name, ...parameters) {
         const start = this.now();
         const endOfLog = this.#logSize();
@@ -98,7 +98,7 @@ class Library {
         else await pause(milliseconds);
     }
 
-    /** Empties and enables the log. Returns the path of the log. */
+    /** Empties and enables the log. Returns its path. */
     async enableLog() {
         await this.check("write the log", "Logging_Enable");
         this.logging = true;
@@ -164,7 +164,7 @@ class Scanner extends EventEmitter {
         this.#library = native;
     }
 
-    /** Empties the list, then scans and emits events until `stop` or `close` is called. */
+    /** Empties the device list, then scans and emits events until `stop` or `close` is called. */
     async start() {
         if (this.#closed) throw new ClosedError("scanner");
         this.#id ??= await this.#library.check("create a scanner", "OrvScanner_Initialize");
@@ -179,7 +179,7 @@ class Scanner extends EventEmitter {
         await this.#library.check("stop the scan", "OrvScanner_Stop", this.#session());
     }
 
-    /** Returns all devices found since the start, in the order in which they were found. */
+    /** Returns all devices found since `start`, in the order of their discovery. */
     devices() {
         const result = [];
         const record = {};
@@ -256,7 +256,7 @@ class DeviceStream extends EventEmitter {
         });
     }
 
-    /** Sends one block in one write. Returns its length. */
+    /** Sends `data` in one write. Returns its length. */
     async write(data) {
         const block = Buffer.from(data);
         return this.#library.check(`send to ${this.address}`, "OrvDevice_Send", this.#link(), block.length, block);
@@ -278,7 +278,7 @@ class DeviceStream extends EventEmitter {
         }
     }
 
-    /** Discards the received bytes that were not read. Returns their number. */
+    /** Discards all unread bytes. Returns their number. */
     async flush() {
         return this.#library.check(`flush ${this.address}`, "OrvDevice_Flush", this.#link());
     }

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prints the table of a benchmark run: ours, floor, ratio, runtime, allocations, share of a core.
+"""Prints a benchmark run as a table. The floor is the cost of minimal code of the same effect.
 
 Usage: bench_table.py BENCH_JSON MISSES_JSON FLOOD_JSON
 
@@ -18,7 +18,7 @@ RATES = [
     (r"^send of 244 bytes$", 718),
     (r"^send of 20 bytes$", 2016),
 ]
-# The largest allowed ratio of the library's cost to the cost of the floor, for each benchmark.
+# The largest allowed ratio of the library's cost to that of minimal code, for each benchmark.
 BUDGETS = [
     (r"^empty poll, \d+ links$", 3),
     (r"^notification of 244 bytes$", 1.2),
@@ -37,7 +37,7 @@ def load(path):
 
 
 def read(path):
-    """Returns the rows in natural order: {row: {side: (ns, allocations)}}."""
+    """Returns {row: {side: (ns, allocations)}}; numbers in row names sort by value."""
     rows = {}
     for run in load(path)["benchmarks"]:
         if run.get("run_type") != "iteration":
@@ -94,9 +94,8 @@ def number(value):
 
 
 def lengths(rows, misses):
-    """Prints the cost of operations on device lists, by the list's length. Growth beyond
-    LARGEST_GROWTH is allowed for additional first-level cache misses, each at the cost of a memory
-    access in an area of the list's size."""
+    """Prints the cost of operations on device lists, by the list's length. The cost may grow by
+    LARGEST_GROWTH, plus one memory access for each additional first-level cache miss."""
     missed = []
     access = {n: rows["memory access, %d listed" % n]["ours"][0] for n in LENGTHS}
     print("\n| by listed devices | %s | memory accesses | allowed |" % " | ".join(
@@ -118,7 +117,7 @@ def lengths(rows, misses):
 
 
 def flooded(found):
-    """Prints the results of an hour with a sender that fills the list."""
+    """Prints the results of an hour in which a sender fills the device list."""
     missed = []
     print("\n| in an hour's flood | calls | own | worst | over 1 ms |")
     print("| --- | --- | --- | --- | --- |")
@@ -142,7 +141,7 @@ def flooded(found):
 
 
 def rates(rows):
-    """Prints costs per record and per byte."""
+    """Prints the cost per record and the speed of receiving."""
     missed = []
     print()
     for n in LENGTHS:

@@ -1,5 +1,4 @@
-"""Reads llvm-cov's export. Prints a line for each file, then each line and branch that was not
-reached."""
+"""Prints from llvm-cov's export the totals of each file, then each line and branch not reached."""
 import json
 import os
 import sys

@@ -1,4 +1,4 @@
-# Installs the Debian packages that a script needs and that are missing.
+# need_packages <package>... installs the missing ones of the Debian packages.
 
 need_packages() {
     local package missing=()
@@ -14,7 +14,7 @@ need_packages() {
         apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# Prints the packages for npm, unless npm is installed in another way.
+# Prints the Debian packages of npm unless npm is installed.
 npm_packages() {
     command -v npm >/dev/null || echo nodejs npm
 }

@@ -5,8 +5,8 @@ with the platform's official metadata and C headers.
 Usage: check.py PACKAGES TOOL BUILD
 
 PACKAGES is NuGet's directory of packages, TOOL the built platform_metadata.dll, BUILD a directory for
-generated files. Prints the number of facts compared; exits with 1 when any differs or a planted fault
-is not found.
+generated files. Prints the number of facts compared; exits with 1 when any differs or a fault that
+planted.py plants is not found.
 """
 import pathlib
 import subprocess

@@ -45,7 +45,7 @@ def program(declared):
 
 
 def assumed(declared):
-    """Returns the assumption that all objects are agile: the library uses them on any thread."""
+    """Returns "agile" as a fact of every class: the library uses their objects on any thread."""
     return {(name, "agile"): "yes" for name in declared.classes}
 
 

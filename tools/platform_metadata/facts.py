@@ -2,7 +2,7 @@
 Subjects are names of C++ types without spaces and namespaces."""
 import re
 
-# Maps a type's other names to one name.
+# Maps synonyms of a type to one name.
 ALIASES = {"ULONG": "UINT32", "DWORD": "UINT32", "HRESULT": "INT32", "CLSID": "GUID"}
 
 

@@ -86,7 +86,7 @@ class Table:
 
     def parameter(self, text, arguments):
         """Returns the type in a parameter's text. A class that replaces a bare type parameter is
-        passed as a pointer, which the table writes only for S (sender) and A (arguments)."""
+        passed as a pointer; the table writes the * only for S (sender) and A (arguments)."""
         declared = text.rpartition(" ")[0]
         alone = re.fullmatch(r"([SA])\*|(T)(\*?)", declared)
         if alone and arguments:

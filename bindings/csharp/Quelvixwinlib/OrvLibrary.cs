@@ -14,7 +14,7 @@ namespace Quelvixwinlib;
 /// simulated or for a radio, is the file quelvixwinlib.dll or libquelvixwinlib.so beside the program.</summary>
 public static class OrvLibrary
 {
-    private const int Limit = 2000; // ms after which the library stops waiting for an operation of the system
+    private const int Limit = 2000; // ms after which the library stops waiting for a system operation
     private static readonly Stopwatch RealTime = Stopwatch.StartNew();
     private static readonly Lazy<bool> Simulated = new(HasWorld);
     private static string? logPath;

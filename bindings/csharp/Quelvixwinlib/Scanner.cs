@@ -9,7 +9,7 @@ namespace Quelvixwinlib;
 /// <summary>A scanner session with its own list of devices.</summary>
 public sealed class Scanner : IDisposable
 {
-    private const int Pause = 50; // ms between two polls of the list
+    private const int Pause = 50; // ms between two polls of the device list
     private readonly int id = OrvLibrary.Check("create a scanner", Functions.OrvScanner_Initialize);
     private int disposed;
 

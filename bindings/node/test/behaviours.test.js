@@ -1,5 +1,5 @@
 "use strict";
-// Tests the behaviours that all bindings share, from ORV_BEHAVIOURS, and the features of Node alone.
+// Tests the behaviours in the file ORV_BEHAVIOURS, which all bindings share, and features of Node alone.
 const assert = require("node:assert/strict");
 const { once } = require("node:events");
 const fs = require("node:fs");

@@ -1,4 +1,4 @@
-// Compiled but not run: checks that a host in TypeScript matches index.d.ts.
+// Compiled but not run: checks that index.d.ts fits a TypeScript program.
 import { Device, Library, OrvError, Scanner, connect, scan } from "..";
 
 export async function host(): Promise<string[]> {

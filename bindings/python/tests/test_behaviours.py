@@ -1,4 +1,4 @@
-"""Tests the behaviours that all bindings share, from ORV_BEHAVIOURS, and the features of Python alone."""
+"""Tests the behaviours in the file ORV_BEHAVIOURS, which all bindings share, and features of Python alone."""
 import asyncio
 import ctypes
 import json

@@ -1,4 +1,4 @@
-"""Converts addresses of devices between text and number."""
+"""Converts device addresses between text and number."""
 import re
 from typing import Union
 

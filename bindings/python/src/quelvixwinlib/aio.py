@@ -31,11 +31,10 @@ class Stream:
 
     @property
     def address(self) -> str:
-        """The address of the device."""
         return self._stream.address
 
     async def write(self, data: bytes) -> int:
-        """Sends one block in one write. Returns its length."""
+        """Sends `data` in one write. Returns its length."""
         return await asyncio.to_thread(self._stream.write, data)
 
     async def read(self, size: int = 65536, timeout: Optional[float] = -1) -> bytes:
@@ -48,11 +47,10 @@ class Stream:
         return result
 
     async def flush(self) -> int:
-        """Discards the received bytes that were not read. Returns their number."""
+        """Discards all unread bytes. Returns their number."""
         return await asyncio.to_thread(self._stream.flush)
 
     async def close(self) -> None:
-        """Closes the link."""
         await asyncio.to_thread(self._stream.close)
 
     async def __aenter__(self) -> "Stream":

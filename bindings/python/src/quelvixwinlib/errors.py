@@ -1,9 +1,8 @@
-"""The exceptions of the binding."""
 from typing import Sequence
 
 
 class OrvError(OSError):
-    """The exception for a failed call of the library.
+    """The exception for a failed library call.
 
     `kind` is "timeout", "error" if the log shows an error of the system, or "rejected" for any other failure.
     `log` holds the lines that the call added to the log. While the log is off, `log` is empty, and `kind` is

@@ -40,7 +40,7 @@ class Library:
         return getattr(self._native, name)(*arguments)
 
     def check(self, action: str, name: str, *arguments: Any) -> int:
-        """Returns the result of a function, or raises an error that states why `action` failed."""
+        """Like `call`, but raises an error that states why `action` failed."""
         start, end_of_log = self.now(), self._log_size()
         result: int = self.call(name, *arguments)
         if result != _native.ORV_FAILED:
@@ -73,7 +73,7 @@ class Library:
             time.sleep(seconds)
 
     def enable_log(self) -> str:
-        """Empties and enables the log. Returns the path of the log."""
+        """Empties and enables the log. Returns its path."""
         self.check("write the log " + self.log_path, "Logging_Enable")
         self._logging = True
         return self.log_path
@@ -119,7 +119,7 @@ def library() -> Library:
 
 
 def use(chosen: Library) -> Library:
-    """Sets the library that later calls of `scan` and `connect` use, and returns this library."""
+    """Sets and returns the library that later calls to `scan` and `connect` use."""
     global _loaded
     with _loading:
         _loaded = chosen

@@ -1,4 +1,3 @@
-"""Scans for devices."""
 import ctypes
 from dataclasses import dataclass, field
 from types import TracebackType
@@ -13,7 +12,7 @@ from .stream import Stream
 
 @dataclass(frozen=True)
 class Device:
-    """One device with its latest values, which the C header describes."""
+    """One device and its latest values; the C header describes them."""
 
     address: str
     name: str
@@ -24,7 +23,6 @@ class Device:
     _library: Library = field(repr=False, compare=False)
 
     def connect(self) -> Stream:
-        """Connects to the device."""
         return Stream(self.address, self._library)
 
 
@@ -37,7 +35,7 @@ class Scanner:
         self._open = True
 
     def start(self) -> None:
-        """Empties the list and starts the scan."""
+        """Empties the device list and starts the scan."""
         self._library.check("start the scan", "OrvScanner_Start", self._session())
 
     def stop(self) -> None:
@@ -45,7 +43,7 @@ class Scanner:
         self._library.check("stop the scan", "OrvScanner_Stop", self._session())
 
     def devices(self) -> List[Device]:
-        """Returns all devices found since the start, in the order in which they were found."""
+        """Returns all devices found since `start`, in the order of their discovery."""
         result: List[Device] = []
         record = _native.DiscoveredDevice()
         while self._library.call("OrvScanner_GetDeviceInfo", self._session(), len(result),

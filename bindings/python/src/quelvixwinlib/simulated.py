@@ -45,7 +45,7 @@ class World:
         self.call("OrvWorld_PassTime", round(seconds * 1000))
 
     def now(self) -> float:
-        """Returns the seconds on the world's clock since its creation."""
+        """Returns the seconds since the world's creation, on its clock."""
         result: float = self.call("OrvWorld_Now") / 1000
         return result
 

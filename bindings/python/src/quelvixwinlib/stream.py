@@ -1,4 +1,3 @@
-"""The byte stream of a device."""
 import ctypes
 from types import TracebackType
 from typing import Optional, Type
@@ -14,7 +13,7 @@ class Stream:
     """The link to a device, as a stream of bytes. The end of a `with` block closes the link.
 
     `timeout` is how long `read` waits for a byte, in seconds; None waits without a limit. If the device goes
-    out of range, no bytes arrive, and the library does not report it in any other way.
+    out of range, no bytes arrive; the library does not report it.
     """
 
     def __init__(self, address: Address, native: Optional[Library] = None,
@@ -37,7 +36,7 @@ class Stream:
                 self._library.open_addresses.discard(self._number)
 
     def write(self, data: bytes) -> int:
-        """Sends one block in one write. Returns its length."""
+        """Sends `data` in one write. Returns its length."""
         block = bytes(data)
         return self._library.check("send to " + self.address, "OrvDevice_Send", self._link(), len(block),
                                    block)
@@ -62,7 +61,7 @@ class Stream:
             self._library.sleep(POLL)
 
     def flush(self) -> int:
-        """Discards the received bytes that were not read. Returns their number."""
+        """Discards all unread bytes. Returns their number."""
         return self._library.check("flush " + self.address, "OrvDevice_Flush", self._link())
 
     def close(self) -> None:
