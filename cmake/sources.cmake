@@ -20,8 +20,8 @@ function(orv_collect_sources folder result)
     set(${result} ${found} PARENT_SCOPE)
 endfunction()
 
-# orv_check_sources(<directories>) fails the build when a source file is in no target. It skips files
-# for the other operating system.
+# orv_check_sources(<directories>) fails the build when a source file is in no target. It skips
+# files for the other operating system.
 function(orv_check_sources)
     orv_collect_sources(${PROJECT_SOURCE_DIR} known)
     if(WIN32)

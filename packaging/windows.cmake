@@ -1,5 +1,5 @@
-# Appends to `entries` the ZIP's files for CMake and pkg-config, and every document that its documents
-# and headers refer to.
+# Appends to `entries` the ZIP's files for CMake and pkg-config, and every document that its
+# documents and headers refer to.
 
 set(packaged ${PROJECT_BINARY_DIR}/packaging)
 foreach(name quelvixwinlib quelvixwinlib-simulated)

@@ -25,7 +25,6 @@ class OrvError extends Error {
     }
 }
 
-/** The error of a call to a closed scanner or stream. */
 class ClosedError extends Error {
     constructor(what) {
         super(`the ${what} is closed`);
@@ -116,7 +115,6 @@ class Library {
         this.Logging_AppendLine(text, Buffer.byteLength(text));
     }
 
-    /** Creates the simulated world of a scenario. */
     async play(scenario, simulatedTime = true) {
         const folder = fs.mkdtempSync(path.join(os.tmpdir(), "quelvixwinlib-"));
         try {
@@ -225,7 +223,6 @@ class Scanner extends EventEmitter {
     }
 }
 
-/** Scans for `milliseconds` and returns all devices. */
 async function scan(milliseconds = 2000, native = library()) {
     const scanner = new Scanner(native);
     try {

@@ -3,7 +3,7 @@ namespace PlatformMetadata;
 /// <summary>A type of the Windows Runtime in its three spellings.</summary>
 /// <param name="Name">Its name in C++: <c>IVectorView&lt;Radio&gt;</c>.</param>
 /// <param name="Abi">The C++ type of a passed value: <c>IVectorView&lt;Radio&gt;*</c>.</param>
-/// <param name="Signature">Its part of the text that identifiers are computed from.</param>
+/// <param name="Signature">Its part of the text from which identifiers are computed.</param>
 internal sealed record WindowsType(string Name, string Abi, string Signature)
 {
     /// <summary>The type of an array's elements, otherwise null.</summary>

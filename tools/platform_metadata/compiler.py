@@ -1,5 +1,4 @@
-"""Reads src/platform/abi as the compiler sees it: compiles and runs a program that prints its
-facts."""
+"""Compiles and runs a program that prints the facts of src/platform/abi."""
 import pathlib
 import re
 import subprocess

@@ -157,7 +157,7 @@ def program(tables, declared, text):
 
 
 def read_headers(root, declared, build):
-    """Returns the facts in the official headers, whose directory is `root`."""
+    """Returns the facts in the official headers below `root`."""
     folder = build / "include"
     link_headers(root, folder)
     text = "\n".join((folder / name).read_text(encoding="latin-1") for name in READ)

@@ -1,5 +1,5 @@
-// Functions for the generated program: they print the facts of src/platform/abi as lines of
-// subject, aspect and value.
+// Functions with which the generated program prints facts of src/platform/abi as lines of subject,
+// aspect and value.
 #pragma once
 
 #include <cstdio>

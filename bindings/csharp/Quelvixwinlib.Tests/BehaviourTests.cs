@@ -5,7 +5,7 @@ using Xunit;
 
 namespace Quelvixwinlib.Tests;
 
-/// <summary>Tests the behaviours that all bindings share, from ORV_BEHAVIOURS, and the features of C# alone.</summary>
+/// <summary>Tests the behaviours in the file ORV_BEHAVIOURS, which all bindings share, and features of C# alone.</summary>
 public sealed class BehaviourTests
 {
     private const string Echo = """

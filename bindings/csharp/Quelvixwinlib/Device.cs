@@ -4,7 +4,7 @@ using System.Threading.Tasks;
 
 namespace Quelvixwinlib;
 
-/// <summary>One device with its latest values, which the C header describes.</summary>
+/// <summary>One device and its latest values; the C header describes them.</summary>
 public sealed class Device
 {
     private readonly byte[] data1118;

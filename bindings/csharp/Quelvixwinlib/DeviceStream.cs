@@ -25,7 +25,7 @@ public sealed class DeviceStream : Stream
     /// range, no bytes arrive; the library does not report the reason.</summary>
     public override int ReadTimeout { get; set; } = 5000;
 
-    /// <summary>Connects to a device. It need not have been found by a scan.</summary>
+    /// <summary>Connects to a device, whether or not a scan has found it.</summary>
     public static DeviceStream Connect(string address)
     {
         var number = OrvAddress.Parse(address);
@@ -65,7 +65,7 @@ public sealed class DeviceStream : Stream
         return OrvLibrary.OnOwnThread(() => Read(buffer, offset, count, cancellationToken), cancellationToken);
     }
 
-    /// <summary>Sends one block in one write.</summary>
+    /// <summary>Sends the bytes in one write.</summary>
     public override unsafe void Write(byte[] buffer, int offset, int count)
     {
         CheckRange(buffer, offset, count);
@@ -85,7 +85,7 @@ public sealed class DeviceStream : Stream
         return OrvLibrary.OnOwnThread(() => { Write(buffer, offset, count); return 0; }, cancellationToken);
     }
 
-    /// <summary>Discards the received bytes that were not read. Returns their number.</summary>
+    /// <summary>Discards all unread bytes. Returns their number.</summary>
     public int DiscardReceived() => OrvLibrary.Check("flush " + Address, () => Functions.OrvDevice_Flush(Link));
 
     /// <summary>Does nothing, because a write is finished when Write returns.</summary>
@@ -154,7 +154,7 @@ public sealed class DeviceStream : Stream
             }
             catch (OrvException)
             {
-                // Ignores the error, because Dispose must not throw. Disconnect() throws it.
+                // Ignores the error, because Dispose must not throw.
             }
         }
         base.Dispose(disposing);

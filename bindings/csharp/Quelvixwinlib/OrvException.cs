@@ -3,10 +3,10 @@ using System.IO;
 
 namespace Quelvixwinlib;
 
-/// <summary>The reason why a call of the library failed.</summary>
+/// <summary>The reason why a library call failed.</summary>
 public enum OrvFailure
 {
-    /// <summary>The device or the system rejected the call. Errors of the system are also rejections while the
+    /// <summary>The device or the system rejected the call. System errors are also rejections while the
     /// log is off, because only the log shows them.</summary>
     Rejected,
 
@@ -20,7 +20,7 @@ public enum OrvFailure
     InUse,
 }
 
-/// <summary>The exception for a failed call of the library.</summary>
+/// <summary>The exception for a failed library call.</summary>
 public sealed class OrvException : IOException
 {
     internal OrvException(string message, OrvFailure failure, string log = "")

@@ -13,13 +13,13 @@ public sealed class Scanner : IDisposable
     private readonly int id = OrvLibrary.Check("create a scanner", Functions.OrvScanner_Initialize);
     private int disposed;
 
-    /// <summary>Empties the list and starts the scan.</summary>
+    /// <summary>Empties the device list and starts the scan.</summary>
     public void Start() => OrvLibrary.Check("start the scan", () => Functions.OrvScanner_Start(Id));
 
     /// <summary>Ends the scan and keeps the list.</summary>
     public void Stop() => OrvLibrary.Check("stop the scan", () => Functions.OrvScanner_Stop(Id));
 
-    /// <summary>Returns all devices found since the start, in the order in which they were found.</summary>
+    /// <summary>Returns all devices found since Start, in the order of their discovery.</summary>
     public unsafe IReadOnlyList<Device> GetDevices()
     {
         var result = new List<Device>();

@@ -40,6 +40,6 @@ public static class SimulatedWorld
     /// <summary>Advances the clock by `time` and handles all due events.</summary>
     public static void PassTime(TimeSpan time) => Functions.OrvWorld_PassTime((int)time.TotalMilliseconds);
 
-    /// <summary>The time on the world's clock since its creation.</summary>
+    /// <summary>The time since the world's creation, on its clock.</summary>
     public static TimeSpan Now => TimeSpan.FromMilliseconds(Functions.OrvWorld_Now());
 }

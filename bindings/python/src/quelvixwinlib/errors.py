@@ -4,7 +4,7 @@ from typing import Sequence
 class OrvError(OSError):
     """The exception for a failed library call.
 
-    `kind` is "timeout", "error" if the log shows an error of the system, or "rejected" for any other failure.
+    `kind` is "timeout", "error" if the log shows a system error, or "rejected" for any other failure.
     `log` holds the lines that the call added to the log. While the log is off, `log` is empty, and `kind` is
     "rejected" for errors, too.
     """

@@ -1,5 +1,4 @@
-"""Loads the native library once, calls its functions with their declared types, and turns failures
-into exceptions."""
+"""Loads the native library, calls its functions, and turns failures into exceptions."""
 import ctypes
 import os
 import pathlib
@@ -12,7 +11,7 @@ from . import _native
 from .errors import OrvError, OrvTimeout
 
 _NAME = "quelvixwinlib.dll" if sys.platform == "win32" else "libquelvixwinlib.so"
-_LIMIT = 2.0  # seconds after which the library stops waiting for an operation of the system
+_LIMIT = 2.0  # seconds after which the library stops waiting for a system operation
 
 
 class Library:
