@@ -33,8 +33,8 @@ def height_of(ns):
 
 
 def panel(rows, title, x, y):
-    """Draws one diagram: a column for each pair of notifying and receiving thread counts, and a
-    mark for each percentile."""
+    """Draws one diagram: one column per pair of notifying and receiving thread counts, one mark
+    per percentile."""
     out = ['<g transform="translate(%d %d)">' % (x, y),
            '<text x="%d" y="20" class="title">%s</text>' % (LEFT, title)]
     for decade in range(LOWEST, HIGHEST + 1):

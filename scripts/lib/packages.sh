@@ -1,4 +1,4 @@
-# need_packages <package>... installs the missing ones of the Debian packages.
+# need_packages <package>... installs those Debian packages that are missing.
 
 need_packages() {
     local package missing=()
