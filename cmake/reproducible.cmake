@@ -4,7 +4,7 @@
 if(ORV_TESTS AND NOT WIN32)
     return()
 endif()
-# The last matching prefix applies. The build directory may be in the source directory, so it is last.
+# The last matching prefix applies, and the build directory may be in the source directory.
 add_compile_options(
     $<$<NOT:$<COMPILE_LANGUAGE:RC>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
     $<$<NOT:$<COMPILE_LANGUAGE:RC>>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)

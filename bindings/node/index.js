@@ -64,7 +64,6 @@ class Library {
         this.logging = false;
     }
 
-    /** Calls a function of the C header on another thread and returns its result. */
     call(name, ...parameters) {
         return promisify(this[name].async)(...parameters);
     }

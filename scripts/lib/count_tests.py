@@ -3,8 +3,8 @@
 
 Usage: count_tests.py NAME JUNIT_FILE
 
-A program without GoogleTest counts as one test. Skipped tests do not count; their number is printed
-to standard error.
+A program without GoogleTest counts as one test. Skipped tests do not count; their number is
+printed to standard error.
 """
 import re
 import sys
