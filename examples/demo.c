@@ -16,7 +16,7 @@
 
 #include "quelvixwinlib.h"
 
-/* ---------------------------------------------------------------- operating system functions */
+/* ---- operating system functions */
 
 #ifdef _WIN32
 
@@ -65,7 +65,7 @@ static int PrepareTerminal(void) {
 
 #endif
 
-/* --------------------------------------------------------------------------------------- output */
+/* ---- output */
 
 enum { ScanMs = 2000, PollMs = 50, MostDevices = 64, TotalBytes = 65536, BlockBytes = 244 };
 
@@ -152,7 +152,7 @@ static void ShowProgress(int done, int* shown) {
     fflush(stdout);
 }
 
-/* ---------------------------------------------------------------------------------------- steps */
+/* ---- steps */
 
 /* Scans, copies the found devices to `devices` and returns their number, or -1. */
 static int Scan(DiscoveredDevice* devices) {

@@ -147,7 +147,7 @@ typedef char orv_check_data1118[offsetof(DiscoveredDevice, data1118) == 42 ? 1 :
 typedef char orv_check_padding[offsetof(DiscoveredDevice, padding) == 58 ? 1 : -1];
 typedef char orv_check_size[sizeof(DiscoveredDevice) == 64 ? 1 : -1];
 
-/* ------------------------------------------------------------------------------ availability */
+/* ---- availability */
 
 /*
  * Checks that the system has a Bluetooth adapter, and a Bluetooth radio that is on. Every call
@@ -159,7 +159,7 @@ typedef char orv_check_size[sizeof(DiscoveredDevice) == 64 ? 1 : -1];
  */
 QUELVIXWINLIB_API ResultCode BluetoothAvailable(void);
 
-/* ---------------------------------------------------------------------------------- scanning */
+/* ---- scanning */
 
 /*
  * Creates a scanner session: one scan with its own list of devices. The session does not scan yet.
@@ -230,7 +230,7 @@ QUELVIXWINLIB_API ResultCode OrvScanner_GetDeviceCount(int32_t scannerId);
 QUELVIXWINLIB_API ResultCode OrvScanner_GetDeviceInfo(int32_t scannerId, int32_t index,
                                                       DiscoveredDevice* info);
 
-/* ------------------------------------------------------------------------------ device links */
+/* ---- device links */
 
 /*
  * Opens a link to a device: finds the device, its service and its characteristic, and switches
@@ -301,7 +301,7 @@ QUELVIXWINLIB_API ResultCode OrvDevice_Receive(BluetoothAddress address, int32_t
  */
 QUELVIXWINLIB_API ResultCode OrvDevice_Flush(BluetoothAddress address);
 
-/* ----------------------------------------------------------------------------- diagnostics log */
+/* ---- diagnostics log */
 
 /*
  * Switches the diagnostics log on and empties it. The log is a text file beside the library's own

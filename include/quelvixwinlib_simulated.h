@@ -54,7 +54,7 @@
 extern "C" {
 #endif
 
-/* ------------------------------------------------------------------------------------ the world */
+/* ---- the world */
 
 /*
  * Removes the adapter and all radios, devices, faults and handlers, sets all counters to 0, and
@@ -91,7 +91,7 @@ ORV_WORLD_API const char* OrvWorld_Version(void);
  */
 ORV_WORLD_API int32_t OrvWorld_Settle(void);
 
-/* ----------------------------------------------------------------------------------------- time */
+/* ---- time */
 
 /* Returns the time since OrvWorld_Reset on the world's clock, in milliseconds. */
 ORV_WORLD_API int64_t OrvWorld_Now(void);
@@ -121,7 +121,7 @@ ORV_WORLD_API int32_t OrvWorld_PassTime(int32_t milliseconds);
  */
 ORV_WORLD_API int32_t OrvWorld_AwaitWaits(int32_t count);
 
-/* --------------------------------------------------------------------------- adapter and radios */
+/* ---- adapter and radios */
 
 enum { OrvRadioKind_Other = 0, OrvRadioKind_WiFi = 1, OrvRadioKind_Bluetooth = 3 };
 enum {
@@ -141,7 +141,7 @@ ORV_WORLD_API int32_t OrvWorld_SetRadio(int32_t index, int32_t kind, int32_t sta
  * continue. */
 ORV_WORLD_API int32_t OrvWorld_SwitchRadio(int32_t index, int32_t state);
 
-/* -------------------------------------------------------------------------------------- devices */
+/* ---- devices */
 
 /* The two packets that a device sends. A scan response reaches only watchers that scan actively. */
 enum { OrvPacket_Advertisement = 0, OrvPacket_ScanResponse = 1 };
@@ -198,7 +198,7 @@ ORV_WORLD_API int32_t OrvWorld_AddCharacteristic(uint64_t address, int32_t servi
  * most 244 bytes every `intervalMs`, and a write takes `intervalMs`, too. 0 stops this. */
 ORV_WORLD_API int32_t OrvWorld_SetEcho(uint64_t address, int32_t on, int32_t intervalMs);
 
-/* -------------------------------------------------------------------------------------- answers */
+/* ---- answers */
 
 /* The operations. The first two belong to the machine (address 0), the others to a device. */
 enum {
@@ -234,7 +234,7 @@ enum {
 ORV_WORLD_API int32_t OrvWorld_Answer(uint64_t address, int32_t operation, int32_t manner,
                                       int32_t value);
 
-/* --------------------------------------------------------------------------------------- events */
+/* ---- events */
 
 /*
  * Sends one packet of a device as it is configured now. If `watcher` is -1, every started watcher
@@ -253,7 +253,7 @@ ORV_WORLD_API int32_t OrvWorld_Advertise(uint64_t address, int32_t packet, int32
 ORV_WORLD_API int32_t OrvWorld_Notify(uint64_t address, const uint8_t* data, int32_t length,
                                       int32_t registration);
 
-/* ------------------------------------------------------------------------------ recorded calls */
+/* ---- recorded calls */
 
 /*
  * The world records the library's calls into its objects since OrvWorld_Reset. A call is named
@@ -299,7 +299,7 @@ ORV_WORLD_API int32_t OrvWorld_HeldHandlers(void);
  * IMarshal. The last two declare that a handler may be called from any thread. */
 ORV_WORLD_API int32_t OrvWorld_ImproperHandlers(void);
 
-/* --------------------------------------------------------------------------------------- faults */
+/* ---- faults */
 
 /*
  * Makes call number `n` from now on (1 is the next) fail with `code` without being executed. `n` 0
