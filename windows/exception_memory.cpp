@@ -7,7 +7,7 @@
 // ends. So throwing needs neither the heap nor a lock nor a thread-local index.
 //
 // An exception must stay on its thread. The library does not use std::exception_ptr, which could
-// move it. A use would not link, because only a replaced object file defines
+// move it. Code that uses it would not link, because only a replaced object file defines
 // __cxa_allocate_dependent_exception.
 #include <cxxabi.h>
 

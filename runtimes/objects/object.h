@@ -114,7 +114,7 @@ std::shared_ptr<Base> ShareAs(T* object) {
     return std::shared_ptr<Base>(owner, object);
 }
 
-// Stores `object` in `receiver` for the client, with a new external reference.
+// Stores `object` in `receiver` with a new reference, which the client owns.
 template <typename Interface, typename T>
 HRESULT Give(Interface** receiver, const Ref<T>& object) {
     if (receiver == nullptr) {

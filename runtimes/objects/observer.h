@@ -23,10 +23,10 @@ struct Ledger {
     std::atomic<INT32> handlers{0};    // handlers that the runtime references
 };
 
-// Is notified of calls, on any thread. The thread must hold no lock of the runtime.
+// Is notified of the client's calls, on the calling thread, which must hold no runtime lock.
 class CallObserver {
   public:
-    // If `hears` is false, Called is never called. That saves time: reading 244 bytes takes about
+    // If `hears` is false, `Called` is not used, which saves time: reading 244 bytes takes about
     // 490 calls.
     explicit CallObserver(bool hears = true) : hearsCalls(hears) {}
 

@@ -8,7 +8,7 @@ namespace orv::objects {
 // not thread-safe.
 HRESULT ReadFromBuffer(IBuffer* buffer, IDataReader** reader);
 
-// The bytes that a reader has not read yet. The result pointers must not be null. A local copy of
+// The bytes that a reader has not read yet. Output parameters must not be null. A local copy of
 // this object reads faster, because the compiler can keep it in registers.
 class UnreadBytes {
   public:

@@ -26,8 +26,8 @@ constexpr FailureText FailureTexts[] = {
     {"std::exception", "Unknown exception"},
 };
 
-// Failures of containers that reached their size limit. `own` is the beginning of the text.
-// "basic_string::" matches only texts without spaces; other string failures have spaces.
+// Failures of containers that reached their size limit. `own` is the beginning of what(). A text
+// that begins with "basic_string::" and contains a space reports another failure.
 constexpr FailureText LimitTexts[] = {
     {"basic_string::", "string too long"},
     {"cannot create std::deque larger", "deque<T> too long"},

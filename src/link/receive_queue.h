@@ -20,7 +20,7 @@ class ReceiveQueue {
 
     std::size_t Size() const { return size; }
 
-    // Appends bytes one by one. The destructor updates the queue, also after an exception. Until
+    // Appends single bytes. The destructor updates the queue, also after an exception. Until
     // then, do not use the queue in any other way.
     class Filling {
       public:

@@ -2,9 +2,9 @@
 
 namespace orv::simulated {
 
-// Returns whether the library's waits and activations go through the simulated world. If so, time
-// can be simulated, and the world can make waits fail and simulate library files. Each flavour of
-// the library defines this function in its own file.
+// Returns whether the library's waits and activations go through the simulated world. If so, the
+// world can simulate time and DLLs, and make waits fail. Each flavour defines this function in its
+// own file.
 bool IsLinkedIntoLibrary();
 
 }  // namespace orv::simulated

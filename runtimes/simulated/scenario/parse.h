@@ -15,7 +15,7 @@ std::optional<GUID> ParseUuid(const std::string& text);
 std::optional<UINT64> ParseAddress(const std::string& text);
 // The form is two hexadecimal digits for each byte.
 std::optional<std::vector<BYTE>> ParseBytes(const std::string& text);
-// The form is "0x80004005".
+// Parses a hexadecimal code such as "0x80004005".
 std::optional<HRESULT> ParseCode(const std::string& text);
 
 }  // namespace orv::simulated

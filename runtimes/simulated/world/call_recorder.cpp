@@ -32,8 +32,7 @@ bool IsNamed(const Member& member, const char* name) {
            std::strcmp(member.name, name + ownerLength + 1) == 0;
 }
 
-// Returns the number of resets, the number of the call, and whether its argument is a number, in
-// one number.
+// Packs the number of resets, the number of the call, and whether its argument is a number.
 UINT64 EntryNumber(UINT32 generation, UINT64 call, bool hasValue) {
     return UINT64{generation} << 40 | (call & ((UINT64{1} << 39) - 1)) << 1 | (hasValue ? 1 : 0);
 }

@@ -59,7 +59,7 @@ class World {
     // scans stop. New scans can start when a radio is on again.
     bool SwitchRadio(std::size_t index, RadioState radioState) REQUIRES(worldMutex);
 
-    // Schedules the next packets if the device has an interval and a watcher is started.
+    // Schedules the next packets if the device has an advertising interval and a watcher runs.
     void StartAdvertising(const Device& device) REQUIRES(worldMutex);
     // Starts the advertising of all devices. Called when a watcher starts.
     void WakeAdvertisers() REQUIRES(worldMutex);
