@@ -46,7 +46,7 @@ class Calls {
     // time.
     std::optional<log::Function> Hanging(std::chrono::seconds limit,
                                          std::span<const log::Function> ignored) const;
-    // Makes all pending and later calls block forever, so that no step can change the findings.
+    // Blocks all pending and later calls forever, so that their threads cannot change findings.
     void Abandon();
 
   private:

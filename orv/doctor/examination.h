@@ -19,11 +19,10 @@ struct Examination : std::enable_shared_from_this<Examination> {
 
     // Returns the text for a device in the report, without address and name if `isAnonymous`.
     std::string Named(const DiscoveredDevice& heard) const;
-    // Returns the size of the log in bytes.
     std::uintmax_t LogSize() const;
     // Returns why no link can be opened now, or an empty string.
     std::string WhyNoLink() const;
-    // Returns why a check with this requirement was not tested.
+    // Returns why a check with this need was skipped.
     std::string WhyNotTested(Need need) const;
 
     Library library;
@@ -45,7 +44,7 @@ struct Examination : std::enable_shared_from_this<Examination> {
     std::vector<std::int64_t> connectMs;  // durations of the successful connects
 };
 
-// The steps of a run. A step skips the checks that it cannot test.
+// The steps of a run. Each makes some checks and skips those that are impossible.
 void CheckMachine(Examination& run);
 void CheckConnectBeforeScan(Examination& run);
 void CheckScan(Examination& run);

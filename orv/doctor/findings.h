@@ -21,7 +21,7 @@ class Findings {
   public:
     void Confirm(Check check, std::string seen);
     void Refute(Check check, std::string seen);
-    // Stores why the check was not tested. Does nothing if it was tested.
+    // Stores why the check was skipped. Does nothing if it has a result.
     void Skip(Check check, std::string why);
     void Judge(Check check, bool isAsAssumed, std::string seen);
 

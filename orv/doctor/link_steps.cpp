@@ -6,7 +6,7 @@ namespace orv::doctor {
 
 namespace {
 
-// Short, so that the scan that follows receives what a device advertises 100 ms after its start.
+// Short, so that the next scan receives what devices advertise 100 ms after a scenario starts.
 constexpr int QuietMs = 60;
 constexpr int LongQuietMs = 500;
 constexpr int QuietBytesPerMs = 10;

@@ -54,7 +54,7 @@ class Comparison {
     void Report(Findings& findings) const {
         long missing = 0;
         long surplus = 0;
-        for (const auto& [key, count] : calls) {  // ignores surplus lines of hanging calls
+        for (const auto& [key, count] : calls) {  // a surplus line may be of a hanging call
             missing += std::max(-count, 0L);
         }
         for (const auto& [key, count] : results) {

@@ -14,7 +14,7 @@ namespace {
 constexpr int TimeoutMs = 1900;
 constexpr int RetryMs = 250;
 constexpr int RejectionRetries = 6;
-constexpr int SystemGivesUpMs = 9000;  // the system has ended the first connect by then
+constexpr int SystemGivesUpMs = 9000;  // by then, the system has stopped trying to connect
 constexpr int AnswerMs = 2000;
 constexpr int PollMs = 10;
 constexpr std::chrono::seconds HangLimit{10};

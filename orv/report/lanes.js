@@ -91,7 +91,7 @@ function wordsAt(chart, left, top) {
     return timeOfDay(bin * data.binMs, true) + "  ·  " + lane.name + ": " + count + " within " + lengthOfTime(data.binMs) + failed;
 }
 
-// States how many calls are drawn one by one.
+// States how many calls have a bar of their own.
 function fillMerged() {
     const step = lengthOfTime(data.binMs);
     const merged = data.lanes

@@ -1,4 +1,4 @@
-// Tables of facts, notes, failures and devices. Text from the log is never inserted as HTML.
+// Shows key figures, notes, failures and devices. Text from the log is never inserted as HTML.
 
 function element(name, text, className) {
     const made = document.createElement(name);

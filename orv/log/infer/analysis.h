@@ -1,4 +1,4 @@
-// Converts a log to calls, and to notes about other problems.
+// Converts a log to calls, and to notes that belong to no single call.
 #pragma once
 
 #include <cstdint>

@@ -11,7 +11,7 @@
 namespace orv::log {
 
 enum class Cause : std::uint8_t {
-    LimitPassed,     // a wait timed out after 2000 ms
+    LimitPassed,     // a wait for the system timed out after 2000 ms
     SystemBusy,      // the system was still connecting for an earlier call
     Unacknowledged,  // the device accepted the block, but acknowledged it too late
     InUse,           // another program uses the device's service
@@ -71,14 +71,14 @@ struct WaitTimes {
     std::int64_t atLeast;
     std::int64_t atMost;
 
-    // Returns the waits, among the first `count`, that may have timed out.
+    // Of the first `count` waits, returns those that may have timed out.
     Steps Missed(int count) const {
         return Among(count, [this](std::int64_t waits) {
             return atMost >= WaitLimit - Early && atLeast <= waits * (WaitLimit + Late);
         });
     }
 
-    // Returns the waits, among the first `count`, that may have ended the call without a timeout.
+    // Of the first `count` waits, returns those that may have ended the call without a timeout.
     Steps Answered(int count) const {
         return Among(count, [this](std::int64_t waits) { return atLeast < waits * WaitLimit; });
     }

@@ -62,7 +62,8 @@ HandleStates::Snapshot HandleStates::Begin(const Subject& call) {
         presence = Presence::Absent;
     } else {
         const int creating = session ? initializing : handle.creating;
-        // Another running call can change the presence. The call itself changes it only at its end.
+        // Another running call may have added or removed the link or session. This call can
+        // remove it only at its end.
         const bool othersRemove =
             handle.removing > 0 && !(handle.removing == 1 && IsRemoving(call.function));
         const bool changes = (presence == Presence::Absent && creating > 0) ||
@@ -101,7 +102,7 @@ void HandleStates::End(Call& call, const Snapshot& begin) {
                                : handle.creating > 0 || handle.lastAdded > begin.moment;
     const bool removed = handle.removing > 0 || handle.lastRemoved > begin.moment;
     const bool negative = session && call.subject.ScannerId() < 0;
-    // The presence is unknown if another call may have changed it during this call.
+    // Unknown if another call may have added or removed the link or session during this call.
     const bool changed = !negative && (begin.presence == Presence::Absent ? added : removed);
     call.presence = changed ? Presence::Unknown : begin.presence;
     // Between two Start calls, a session's list only grows, so a valid index remains valid.

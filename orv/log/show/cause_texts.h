@@ -32,7 +32,7 @@ struct NoteTexts {
 
 const NoteTexts& TextsOf(NoteKind kind);
 
-// Returns the note's facts as a sentence without a full stop.
+// Returns what the note reports as a sentence without a full stop.
 std::string FactsOf(const Note& note);
 
 }  // namespace orv::log

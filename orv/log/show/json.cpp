@@ -13,7 +13,6 @@ namespace orv::log {
 
 namespace {
 
-// Keeps the order of the fields.
 using Json = nlohmann::ordered_json;
 
 // Writes only ASCII, because other characters from a log can reverse the text in a terminal.

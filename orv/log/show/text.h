@@ -15,8 +15,8 @@ class TextPrinter {
   public:
     TextPrinter(std::FILE* file, bool colours);
 
-    // Similar calls without causes share one line, as do calls that poll one handle. Flush or a
-    // different call writes the line.
+    // Similar calls that need no explanation share one line, as do polls of one link or session.
+    // Flush or a different call writes the line.
     void Print(const Call& call);
     void Print(const Note& note);
     void PrintLine(const std::string& text);
@@ -36,7 +36,7 @@ class TextPrinter {
     bool colours;
     std::optional<Call> pending;
     std::uint64_t pendingTimes = 0;
-    std::uint64_t pendingShown = 0;  // 1 if the first poll was written
+    std::uint64_t pendingShown = 0;  // how many of `pendingTimes` were written: 0 or 1
     std::set<Cause> told;            // causes whose advice was printed
     std::set<NoteKind> toldNotes;
 };
