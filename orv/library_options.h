@@ -13,7 +13,7 @@ struct LibraryOptions {
     std::string scenario;
     bool simulated = false;
     bool log = false;
-    bool simulatedTime = false;  // plays a scenario in simulated time; only orv doctor sets it
+    bool simulatedTime = false;  // plays a scenario in simulated time
 };
 
 // Adds the options to a command or the program, so that users may give them before or after the

@@ -30,7 +30,7 @@ void SeparateScenario(std::vector<std::string>& arguments) {
     }
 }
 
-// Accepts `orv help scan` and `orv --version`, which are usual in other programs.
+// Accepts `orv help scan` and `orv --version`, as other programs do.
 void ReplaceHabits(std::vector<std::string>& arguments) {
     if (!arguments.empty() && arguments.front() == "help") {
         arguments.erase(arguments.begin());

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Maximum number of unfinished files that killed runs may have left in the directory.
+// Maximum number of unfinished files that killed processes may have left in the directory.
 constexpr int MostUnfinished = 100;
 
 constexpr fs::perms AnyWrite =
@@ -82,7 +82,7 @@ OutputFile::OutputFile(const std::string& path)
 OutputFile::~OutputFile() {
     if (file) {
         std::fclose(file);
-        std::error_code problem;  // ignored: a .part file remains
+        std::error_code problem;  // ignored: the unfinished file remains
         fs::remove(unfinished, problem);
     }
 }
@@ -110,7 +110,7 @@ void OutputFile::Commit() {
         fs::rename(unfinished, target, problem);
     }
     if (problem) {
-        std::error_code leftOver;  // ignored: a .part file remains
+        std::error_code leftOver;  // ignored: the unfinished file remains
         fs::remove(unfinished, leftOver);
         throw Failed(name, problem.message() + ". Check that no other program has it open");
     }

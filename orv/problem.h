@@ -26,8 +26,8 @@ struct Problem : std::runtime_error {
     bool isReported = false;
 };
 
-// Prints the text on the standard error, with control characters escaped, but not again in later
-// calls. Returns the status.
+// In the first call only, prints the text on the standard error, with control characters escaped.
+// Returns the status.
 ExitStatus Report(Problem& problem);
 
 }  // namespace orv

@@ -115,7 +115,7 @@ PersistentLink::Step PersistentLink::NextStep() {
 
 void PersistentLink::Open() {
     const auto begin = Clock::now();
-    // Closes an older open link first, because the library would receive from it.
+    // Closes an older open link first; otherwise, the library would receive from that link.
     bool isOpen = Disconnect() && library.Connect(address) != ORV_FAILED;
     const bool hasTimedOut = Clock::now() - begin >= LibraryTimeout;
     const bool isOff = !isOpen && library.BluetoothAvailable() == ORV_FAILED;

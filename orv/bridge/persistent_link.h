@@ -75,7 +75,7 @@ class PersistentLink {
     using Clock = std::chrono::steady_clock;
     using Step = void (PersistentLink::*)();
 
-    // Waits for the next step of the worker. Returns null if the worker must end.
+    // Waits until Open, Send or Close must run, and returns it, or null to end the worker.
     Step NextStep();
     void Open();
     void Send();

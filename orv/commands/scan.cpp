@@ -59,7 +59,7 @@ class RadioWatch {
   private:
     Library& library;
     Scanner& scanner;
-    double next = RadioPollSeconds;  // no check at 0, because Scan has just made one
+    double next = RadioPollSeconds;  // not 0, because the command has just checked
     std::optional<double> offSince;
 };
 

@@ -4,8 +4,8 @@
 
 namespace orv {
 
-// Returns why Bluetooth is not available and which command helps, as the end of a message. Call it
-// only in that case, with the library for a real radio.
+// Returns the end of a message: why no radio is on and what to do. Call it only if the library uses
+// real radios and BluetoothAvailable has failed.
 std::string WhyNotAvailable();
 
 }  // namespace orv

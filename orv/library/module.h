@@ -14,7 +14,7 @@ using Handle = void*;
 // unloaded.
 Handle Load(const std::filesystem::path& file, std::string& error);
 
-// Returns null if the module has no such export.
+// Returns null if there is no such export.
 void* Find(Handle module, const char* name);
 
 std::filesystem::path FileOf(Handle module, const std::filesystem::path& loadedAs);

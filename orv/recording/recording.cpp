@@ -72,7 +72,7 @@ std::string Text(const Json& json) {
     return json.dump(-1, ' ', true, Json::error_handler_t::replace);
 }
 
-// Ends a recording in its destructor, which must not throw.
+// Ignores failures, because a recording's destructor must not throw.
 template <typename Recording>
 void EndQuietly(Recording& recording) noexcept {
     try {
@@ -173,7 +173,7 @@ void ScanRecording::AddPacket(Content content, const DiscoveredDevice& device) {
 void ScanRecording::AddChange(const DiscoveredDevice* before, const DiscoveredDevice& now) {
     const std::string_view name = NameOf(now);
     if (!before && name.substr(0, FamilyPrefix.size()) != FamilyPrefix) {
-        // The library lists only devices that advertised a family name, so one preceded this name.
+        // The library lists only devices that advertised a family name, so this one did so earlier.
         AddPacket(Content::FamilyName, now);
     }
     const bool hasValues = before ? !HaveSameValues(*before, now)

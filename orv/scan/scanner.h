@@ -27,7 +27,7 @@ class Scanner {
     Library& library;
     std::int32_t id;
     bool isRunning = false;
-    Devices earlier;  // devices of earlier scans; each start empties the library's list
+    Devices earlier;  // devices of earlier scans; a new scan empties the library's list
 };
 
 }  // namespace orv

@@ -62,7 +62,7 @@ class LiveTable : public ScanView {
         const terminal::Size size = terminal::SizeOf();
         std::vector<std::string> lines = TableOf(devices, size.columns, history, TableKind::Live);
         std::string sum = Found(devices.size()) + "; " + what;
-        // Three rows of the terminal are for the titles, the sum and the cursor.
+        // Three rows of the terminal are for the titles, `sum` and the cursor.
         const std::size_t room = size.rows > 4 ? size.rows - 3 : 1;
         if (devices.size() > room) {
             lines.resize(room + 1);

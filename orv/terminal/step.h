@@ -9,7 +9,7 @@
 
 namespace orv::terminal {
 
-// A line that shows a step, its duration and its time limit until this object is destroyed. Shows
+// Shows a pending operation, its duration and its time limit until this object is destroyed. Shows
 // nothing without a terminal.
 class StepLine {
   public:
@@ -33,7 +33,7 @@ class StepLine {
     std::optional<LiveLines> live;
 };
 
-// Runs a blocking call on another thread and waits for its end. Shows the step meanwhile, and the
+// Runs a blocking call on another thread and waits for its end. Shows `step` meanwhile, and the
 // first interrupt at once.
 void Await(const std::string& step, int limitSeconds, const std::function<void()>& call);
 

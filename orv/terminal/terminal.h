@@ -42,7 +42,7 @@ class RawInput {
 // Waits for input and returns it; typed input is UTF-8. Returns nothing at the end of the input.
 std::optional<std::string> ReadInput();
 
-// Writes the whole text to the standard output, without buffering.
+// Writes the whole text to the standard output, unbuffered.
 void Write(const std::string& text);
 
 }  // namespace orv::terminal

@@ -2,7 +2,7 @@
 #include <io.h>
 #include <stdio.h>
 #include <windows.h>
-// Must be included after windows.h.
+// Must follow windows.h.
 #include <shellapi.h>
 
 #include <atomic>

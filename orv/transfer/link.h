@@ -11,9 +11,9 @@ namespace orv {
 
 class Link {
   public:
-    // Connects. If the device is rejected at once, which is usual before the system has received
-    // its advertisements, scans for it and connects again. Throws a Problem if no radio is on, if
-    // connecting fails, or after an interrupt.
+    // Connects. If connecting fails at once, which is usual before the system has received the
+    // device's advertisements, scans for it and connects again. Throws a Problem if no radio is on,
+    // if it cannot connect, or after an interrupt.
     Link(Library& library, BluetoothAddress address);
     // Disconnects. May never return.
     ~Link();

@@ -298,7 +298,7 @@ void Broker::Unsubscribe(const std::string& filter) {
     }
 }
 
-// Publishes the next retained message or, if there is none, the next block. Returns false if
+// Publishes the next retained message or, if there is none, the next data block. Returns false if
 // nothing is queued.
 bool Broker::PublishNext() {
     if (!waiting.empty()) {

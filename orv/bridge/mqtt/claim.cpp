@@ -8,8 +8,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Number of dB by which a gateway's signal must be stronger to take a device from a gateway without
-// a link to it. The signal of a device at rest varies by a few dB.
+// Number of dB by which a gateway's signal must be stronger to take a device from one that has no
+// link to it. The signal of a device at rest varies by a few dB.
 constexpr int StrongerBy = 6;
 // Time until a claim is repeated. Two repetitions may be lost before the claim expires.
 constexpr auto RepeatAfter = 10s;
@@ -34,7 +34,7 @@ bool Beats(const Claim& claim, const Claim& held) {
     if (claim.isOpen != held.isOpen) {
         return claim.isOpen;
     }
-    // Two gateways can have a link after a broker lost the claims. All prefer the lower name.
+    // Two gateways can have a link after a broker lost the claims. The lower gateway name wins.
     return claim.isOpen ? claim.gateway < held.gateway : claim.signal >= held.signal + StrongerBy;
 }
 

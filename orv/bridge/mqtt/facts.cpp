@@ -18,7 +18,7 @@ constexpr std::uint8_t Unset = 0xFF;
 constexpr int WeakestSignal = -128;
 constexpr int StrongestSignal = 127;
 
-// Returns the fact as ASCII text. Bytes that are not UTF-8 become U+FFFD.
+// Returns the JSON as ASCII text. Bytes that are not UTF-8 become U+FFFD.
 std::string TextOf(const Json& fact) {
     return fact.dump(-1, ' ', true, Json::error_handler_t::replace);
 }

@@ -19,7 +19,7 @@ class Gateway {
     static Message Status(const Topics& topics, bool isOnline, std::int64_t run,
                           std::uint64_t refused);
 
-    // Call this every PollEvery.
+    // Call this at intervals of PollEvery.
     void Step();
     // Closes all links without blocking. Call this until it returns true: all links are closed, and
     // the broker is offline or has confirmed all messages.

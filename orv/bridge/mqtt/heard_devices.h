@@ -35,7 +35,7 @@ class HeardDevices {
   private:
     struct Heard {
         DiscoveredDevice device{};
-        Time at;            // last change, or detection by a new scan
+        Time at;            // when it last changed or a new scan detected it
         unsigned scan = 0;  // number of the latest scan that detected the device
         DiscoveredDevice published{};
         Time publishedAt;

@@ -35,8 +35,8 @@ class SiteDevice {
     // `levels` are the levels of the topic after the address. Returns why the message is rejected,
     // or an empty string.
     std::string Take(const std::vector<std::string>& levels, const Message& message, Time now);
-    // Forgets the claim of `gateway`, which is or was offline. Keeps a claim of this gateway while
-    // its link is open.
+    // Call this if `gateway` is or was offline. Forgets its claim to the device, except this
+    // gateway's own claim while the link is open.
     void NoticeAway(const std::string& gateway, Time now);
 
     // Publishes results and updates the claim. `signal` is in dBm, if heard recently. `canHold`
