@@ -1,12 +1,12 @@
 // Minimal runtime objects: each function costs a virtual call and a few instructions.
 #pragma once
 
-#include <atomic>
 #include <cstdlib>
 #include <tuple>
 #include <type_traits>
 
 #include "platform/abi/foundation.h"
+#include "runtimes/objects/counted.h"
 
 namespace orv::bench {
 
@@ -36,14 +36,8 @@ class Bare : public Interfaces... {
         AddRef();
         return S_OK;
     }
-    ULONG AddRef() final { return references.fetch_add(1, std::memory_order_relaxed) + 1; }
-    ULONG Release() final {
-        const ULONG left = references.fetch_sub(1, std::memory_order_acq_rel) - 1;
-        if (left == 0) {
-            delete this;
-        }
-        return left;
-    }
+    ULONG AddRef() final { return references.Add(); }
+    ULONG Release() final { return references.Remove(this); }
     HRESULT GetIids(ULONG*, GUID**) final { return E_NOTIMPL; }
     HRESULT GetRuntimeClassName(HSTRING*) final { return E_NOTIMPL; }
     HRESULT GetTrustLevel(TrustLevel*) final { return E_NOTIMPL; }
@@ -54,7 +48,7 @@ class Bare : public Interfaces... {
   private:
     using First = std::tuple_element_t<0, std::tuple<Interfaces...>>;
 
-    std::atomic<ULONG> references{1};
+    objects::ReferenceCount references;
 };
 
 // Returns `object` in `receiver` with an additional reference.

@@ -7,23 +7,34 @@
 
 namespace orv::objects {
 
+class ReferenceCount {
+  public:
+    ULONG Add() { return count.fetch_add(1, std::memory_order_relaxed) + 1; }
+    // Deletes `owner` if no reference is left.
+    template <typename Owner>
+    ULONG Remove(Owner* owner) {
+        const ULONG left = count.fetch_sub(1, std::memory_order_acq_rel) - 1;
+        if (left == 0) {
+            delete owner;
+        }
+        return left;
+    }
+
+  private:
+    std::atomic<ULONG> count{1};
+};
+
 // A new object has one reference, which its creator owns.
 template <typename... Interfaces>
 class Counted : public Interfaces... {
   public:
     virtual ~Counted() = default;
 
-    ULONG AddRef() final { return references.fetch_add(1, std::memory_order_relaxed) + 1; }
-    ULONG Release() final {
-        const ULONG left = references.fetch_sub(1, std::memory_order_acq_rel) - 1;
-        if (left == 0) {
-            delete this;
-        }
-        return left;
-    }
+    ULONG AddRef() final { return references.Add(); }
+    ULONG Release() final { return references.Remove(this); }
 
   private:
-    std::atomic<ULONG> references{1};
+    ReferenceCount references;
 };
 
 }  // namespace orv::objects
