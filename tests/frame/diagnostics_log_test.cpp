@@ -114,7 +114,7 @@ Lines WrittenBy(int writer) {
 }
 
 TEST_F(LogTest, WritersOnSeveralThreadsKeepLinesWhole) {
-    // Runs `other` while four threads append lines. Returns the lines of each.
+    // Runs `other` while four threads append lines. Returns each thread's lines.
     const auto write = [](void (*other)()) {
         std::vector<std::thread> threads;
         threads.emplace_back(other);

@@ -85,7 +85,7 @@ class Consumer:
             assert self.changed.wait_for(claim, SECONDS), f"{what} does not come: {self.facts}"
 
     def bytes_of(self, device):
-        """Returns all bytes from a device, ordered by the gateway's run and the block number."""
+        """Returns all bytes from a device, in order of gateway starts and block numbers."""
         return b"".join(blocks[number] for key, blocks in sorted(self.blocks.items(), key=lambda item: item[0][2])
                         if key[1] == device for number in sorted(blocks))
 

@@ -20,8 +20,8 @@ LIBRARY = pathlib.Path(os.environ["ORV_LIBRARY"])
 ADDRESS, NAME = "A0:B1:C2:D3:E4:F5", "ORV-0042"
 SECONDS = 100  # timeout of a run
 
-# The checks that orv doctor must refute in each scenario: none if the scenario shows behaviour that
-# the library always has.
+# The checks that orv doctor must refute in each scenario: none if the library always behaves
+# as the scenario shows.
 REFUTED = {
     "default": [],
     "close_hangs": ["close_returns"],

@@ -1,4 +1,4 @@
-// Collects all calls and notes that the log reader finds in a log.
+// Collects the calls and notes (other observations) that the log reader finds in a log.
 #pragma once
 
 #include <string>

@@ -32,7 +32,7 @@ inline log::Findings ReadLog(log::Threads threads = log::Threads::One) {
 }
 
 // Fails the test unless the log reader reports `cause` for `call` and, if `step` is not negative,
-// for the call's wait number `step`.
+// for the call's platform operation `step` (from 0).
 inline void ExpectNamed(const log::Call& call, log::Cause cause, int step = -1) {
     std::string named;
     for (const log::Suspect& suspect : log::Explain(call)) {

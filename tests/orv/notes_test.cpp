@@ -1,4 +1,4 @@
-// Tests the log reader: its notes, calls that wait for another thread, and a log that still grows.
+// Tests the log reader: its notes (observations), calls that wait for threads, and a growing log.
 #include <filesystem>
 #include <fstream>
 #include <thread>

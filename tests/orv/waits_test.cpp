@@ -1,4 +1,4 @@
-// Tests the log reader with every way in which a wait of the library can end.
+// Tests the log reader with every way in which a platform operation can end.
 #include <cstring>
 #include <map>
 #include <random>
@@ -100,8 +100,8 @@ class EveryEnding : public WorldTest, public testing::WithParamInterface<Logging
     bool results = GetParam().results;
     log::Call FirstCall() const { return ReadLog(GetParam().threads).calls.front(); }
 
-    // Makes a call whose wait number `step` ends with `ending`, and checks the reported causes.
-    // Each earlier wait takes `lateBefore` ms.
+    // Makes a call whose operation `step` (from 0) ends with `ending`, and checks the reported
+    // causes. Each earlier operation takes `lateBefore` ms.
     void Check(const Export& row, int step, const WaitEnding& ending, std::int32_t lateBefore) {
         const std::int32_t operation = row.operations[static_cast<std::size_t>(step)];
         const auto machine = [](std::int32_t which) { return which < 2 ? 0 : Address; };
@@ -230,7 +230,7 @@ class RandomWorld {
     std::optional<Cause> NoLink() const {
         return links == 0 ? std::optional(Cause::NoLink) : std::nullopt;
     }
-    // Returns why the first failing operation fails. Disconnect and Send do not read its result.
+    // Returns why the first failing operation fails. Calls with one operation ignore its result.
     std::optional<Cause> CauseOfWaits(const std::vector<std::int32_t>& operations) const {
         const Ends last = operations.size() > 1 ? Ends::ResultRaised : Ends::Raised;
         for (const std::int32_t operation : operations) {

@@ -318,7 +318,7 @@ TEST_F(DaemonTest, DroppedLinkIsOpenedAgainByTheNextConnect) {
     ExpectEcho();
 }
 
-// If two links end together with their socket, the library then requests bus signals instead.
+// Opening a socket ends the link here. After the second time, the library requests D-Bus signals.
 TEST_F(DaemonTest, DeviceThatDropsTheLinkWithTheSocketGetsSignals) {
     daemon.Arrange([](Behaviour& b) { b.acquireDropsLink = true; });
     EXPECT_TRUE(Await([&] {

@@ -165,7 +165,7 @@ TEST_F(RadioTest, OrvScansTalksSendsAndReceives) {
         run("sleep 3; ./orv receive 00:AA:01:01:00:01 --output got --seconds 20 --bytes 2000");
         received = true;
     });
-    while (!received) {  // sends values until the receiver has enough
+    while (!received) {
         machine.Do("burst 0 20 100");
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
     }

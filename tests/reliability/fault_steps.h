@@ -7,8 +7,8 @@
 
 namespace orv {
 
-// A call during which one fault occurs. If it fails, State() must not change. A callback returns
-// nothing, so its `run` returns the number of values or bytes that the event stored.
+// `run` calls an export or callback while one fault occurs. If the call fails, State() must not
+// change. A callback has no result, so `run` returns how many values or bytes it stored.
 struct Step {
     const char* name;
     const char* trace;              // expected trace line
@@ -16,13 +16,13 @@ struct Step {
     std::function<ResultCode()> run;
     ResultCode success;
     std::function<void()> undo;  // called after a success
-    // For callbacks: `leaves` has the result of `run` if the first, second... platform call fails.
+    // For callbacks: leaves[i] is the result of `run` if platform call i (from 0) fails.
     // The first `untraced` platform calls precede the trace line.
     int untraced = 0;
     std::vector<ResultCode> leaves = {};
 };
 
-// Returns a text with the links and sessions that the exports report.
+// Returns a text with the device count of each session and whether the link exists.
 std::string State();
 
 extern const std::vector<Step> Steps;

@@ -66,7 +66,7 @@ TEST(Model, LibraryMatchesTheReferenceForPackets) {
                    {{Initialize, 0, 0, {}}, {Start, 1, 0, {}}});
 }
 
-// While a link with bytes exists, each operation ends in each way, and then normally again.
+// While a link with bytes exists, each platform operation ends in each way, then normally again.
 TEST(Model, LibraryMatchesTheReferenceForEachAnswer) {
     for (std::uint8_t operation = 0; operation <= OrvOperation_WriteValue; ++operation) {
         for (std::uint8_t answer = 0; answer < 56; ++answer) {  // 14 answers with 4 statuses each

@@ -9,7 +9,6 @@ namespace orv {
 
 using Lines = std::vector<std::string>;
 
-// The log lines of a platform failure and of a failed memory allocation.
 constexpr const char* PlatformFailure = "Exception: unknown type";
 constexpr const char* OutOfMemory = "Exception: bad allocation";
 

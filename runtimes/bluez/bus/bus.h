@@ -31,7 +31,7 @@ class Bus final : private Pollable {
         // The Bluetooth daemon has ended, or the connection is lost and all pending calls have
         // failed.
         virtual void Lost() = 0;
-        // The Bluetooth daemon has started. Called after Lost.
+        // The Bluetooth daemon has started. Lost() is always called first.
         virtual void Came() = 0;
 
       protected:

@@ -1,4 +1,4 @@
-// Functions that read D-Bus messages.
+// Reads D-Bus messages.
 #pragma once
 
 #include <systemd/sd-bus.h>

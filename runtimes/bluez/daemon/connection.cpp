@@ -6,8 +6,8 @@ namespace orv::bluez {
 
 namespace {
 
-// Timeout of Ask. Shorter than the library's timeout (2000 ms), so that the next operation asks
-// again.
+// Timeout of the call in Ask. Shorter than the library's timeout (2000 ms), so that the next
+// operation calls again.
 constexpr milliseconds AskLimit{1800};
 
 }  // namespace

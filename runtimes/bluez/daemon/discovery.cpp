@@ -146,9 +146,9 @@ void Discovery::Started(const Path& adapter, const Failure& failure) {
         scanning = adapter;
     } else {
         Pause();
-        // The scan may be running after a lost reply: to this start (NO_REPLY) or an earlier one
-        // (InProgress). The daemon also reports InProgress if the kernel rejects the scan. After a
-        // stop, the next start is valid in each case.
+        // The scan may run although no start succeeded: this reply (NO_REPLY) or an earlier one
+        // (InProgress) was lost. The daemon also reports InProgress if the kernel rejects the scan.
+        // In each case, a stop makes the next start possible.
         if (failure.name == SD_BUS_ERROR_NO_REPLY || failure.name == "org.bluez.Error.InProgress") {
             Stop(adapter);
         }

@@ -16,8 +16,8 @@ class Watcher {
     ~Watcher() = default;
 };
 
-// Scans while an adapter is on and a watcher or a call of Hold needs the scan. Restarts it after
-// the adapter or the daemon was off.
+// Scans while an adapter is on and a watcher exists or Hold was called without Release.
+// Restarts the scan after the adapter or the daemon was off.
 class Discovery {
   public:
     explicit Discovery(Connection& connectionOfDiscovery) : connection(connectionOfDiscovery) {}

@@ -97,7 +97,7 @@ void Pump::TakeReady() {
             const Lock lock(mutex);
             const auto found = watched.find(static_cast<const Source*>(events[i].data.ptr));
             if (found == watched.end()) {
-                continue;  // `wake`, or a source that was unwatched meanwhile
+                continue;  // the event of `wake`, or of a source that is no longer watched
             }
             source = found->second;
         }
@@ -131,7 +131,7 @@ void Pump::HandOver() {
     }
 }
 
-// Moves the filled sources to `sources`. If there are none, returns false and ends the delivery.
+// Moves `filled` to `sources`. If `filled` was empty, clears `handsOver` and returns false.
 bool Pump::Next(std::vector<SharedSource>& sources) {
     sources.clear();
     const Lock lock(mutex);

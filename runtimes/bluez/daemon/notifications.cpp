@@ -14,7 +14,7 @@ constexpr const char* CharacteristicInterface = "org.bluez.GattCharacteristic1";
 // A socket that closes within this time without receiving a value does not work for the device.
 constexpr milliseconds AtOnce{1000};
 
-// After this number of a device's sockets ended at once, D-Bus signals report its values instead.
+// After a device had this number of such sockets, D-Bus signals report its values instead.
 constexpr int SocketEndsBeforeSignals = 2;
 
 // When the daemon ends, its sockets close first; the bus reports the end within this time.
@@ -117,7 +117,7 @@ void Notifications::Started(Entry& entry, Mode mode) {
 void Notifications::Ended(const SharedSource& source) {
     const auto place = Find(source);
     if (place == entries.end() || place->second.mode != Mode::Socket) {
-        return;  // the pump may report an end twice
+        return;  // the pump may report a closed socket twice
     }
     Entry& entry = place->second;
     const bool hasLink = connection.tree.FindCharacteristic(source->path) != nullptr;
@@ -135,8 +135,8 @@ void Notifications::Ended(const SharedSource& source) {
     }
 }
 
-// Some devices cause sockets that end at once. If the link ends too, the cause may be a weak
-// signal, so that must happen twice before sockets are avoided.
+// With some devices, every socket closes immediately. If the link ends too, the cause may be a weak
+// signal, so that must happen twice before the library avoids sockets.
 void Notifications::CountEnd(UINT64 address, bool hasLink) {
     connection.loop.After(RestartIsKnown, [=, run = connection.Run()] {
         if (run == connection.Run()) {

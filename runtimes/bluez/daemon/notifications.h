@@ -52,7 +52,7 @@ class Notifications {
     Connection& connection;
     Pump pump;
     Entries entries;
-    // For each device, the number of sockets that ended at once.
+    // For each device, the number of sockets that closed immediately.
     std::map<UINT64, int> endedAtOnce;
 };
 

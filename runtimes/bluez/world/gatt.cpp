@@ -26,8 +26,8 @@ HRESULT Lookup(IAsyncOperation<T>** operation, const Ref<Owner>& owner, Find fin
     });
 }
 
-// Returns true if the device itself reported the failure. After any other failure, the device may
-// have received the block.
+// Returns true if the device itself rejected the write. After any other failure, the device
+// may have received the bytes.
 bool IsAnswerOfDevice(const Failure& failure) {
     for (const char* name :
          {"org.bluez.Error.NotPermitted", "org.bluez.Error.NotAuthorized",

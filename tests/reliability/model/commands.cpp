@@ -9,7 +9,7 @@
 namespace orv::model {
 namespace {
 
-// A running command. Derives the call's device, session and link from its field `a`.
+// A running command, whose field `a` determines the device, session and link of the call.
 struct Step {
     const Command& command;
     Reference& reference;
