@@ -29,7 +29,7 @@ constexpr std::size_t PerHour = PerSecond * 3600;
 constexpr std::size_t PerPoll = PerSecond / 10;
 constexpr int Rounds = 3;
 
-// Finds the longest of many calls. `place` identifies the same call in every round.
+// Finds the longest of many calls. `place` is a call's number, the same in every round.
 class Worst {
   public:
     explicit Worst(std::size_t places) : fastest(places, Never), round(places, 0) {}

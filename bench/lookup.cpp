@@ -1,5 +1,5 @@
-// Measures receive calls without data, and device counts, for several numbers of links or scanner
-// sessions.
+// Measures receive calls on empty queues, and calls that count devices, for several numbers of
+// links or scanner sessions.
 #include "bench/support/arrangement.h"
 #include "bench/support/measure.h"
 

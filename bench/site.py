@@ -3,9 +3,9 @@
 
 Usage: site.py ORV GATEWAYS DEVICES EVERY_MS BYTES SECONDS [kill-broker] [kill-gateway]
 
-Each gateway is a process with its own simulated world. A device sends a numbered notification every
-EVERY_MS. The latency of a block is the time from its scheduled notification, by the gateway's clock,
-until the consumer receives it.
+Each gateway is an orv process with its own simulated world. A device sends a numbered notification
+every EVERY_MS. Its latency is the time from when it is due, by the gateway's clock, until the MQTT
+consumer receives it.
 """
 import json
 import os

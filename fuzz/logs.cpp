@@ -129,7 +129,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         CheckExplained(log, size, Threads::One);
         CheckExplained(log, size, Threads::Many);
         CheckPage(log, Threads::Many);
-        // Only stretches every fourth input, because long logs take most of the time.
+        // Lengthens only inputs whose size is a multiple of 4, because long logs take most time.
         if (size % 4 == 0) {
             const std::string stretched = Stretched(bytes);
             LogFile longLog = LogFile::OfBytes(stretched);

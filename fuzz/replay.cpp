@@ -1,4 +1,4 @@
-// Runs a target for each file of its corpus, without a fuzzer.
+// Runs a fuzz target on each file of its corpus, without a fuzzer.
 #include <filesystem>
 #include <fstream>
 #include <iterator>

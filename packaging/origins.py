@@ -5,7 +5,8 @@ Usage: origins.py notices BUILD TARGET...            writes the notices to stand
        origins.py sbom VERSION OUTPUT (ARTIFACT=BUILD:TARGET,TARGET...)...
 
 Link maps list every object file and archive member, ninja lists the headers of each object, and lock
-files list npm's packages. origins.json holds each origin's licence; a missing origin is an error.
+files list npm's packages. origins.json has the licence of each origin, such as Asio; a missing one
+is an error.
 """
 import hashlib
 import json

@@ -73,7 +73,8 @@ def linked(text, names, here):
 
 
 def prose(comment):
-    """Returns a header comment as Markdown: lines in capitals become headings, `Returns  ...` list items."""
+    """Converts a header comment to Markdown, with lines in capitals as headings and lines such as
+    `Returns  0` as list items."""
     lines, fact = [], False
     for line in comment.splitlines():
         title = re.fullmatch(r"[A-Z]{3}[A-Z ,]+", line)

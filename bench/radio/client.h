@@ -12,7 +12,7 @@ struct client {
     /* Reads received bytes, or waits up to 10 ms if there are none. Returns the number of bytes. */
     int (*receive)(void);
     int (*start_scan)(void);
-    /* Handles advertising reports, or waits if there are none. Returns their total number. */
+    /* Handles advertising reports, or waits if there are none. Returns their number so far. */
     int (*scan)(void);
 };
 

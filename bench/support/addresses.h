@@ -28,7 +28,7 @@ class Addresses {
   public:
     Addresses(AddressKind ownKind, std::size_t ownCount) : kind(ownKind), count(ownCount) {}
 
-    // Makes the next new address follow a list of `listed` devices.
+    // Starts new devices' addresses after those of `listed` devices.
     void Restart(std::size_t listed) { firstNew = ListedAddress + listed; }
 
     BluetoothAddress Next() {

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prints a benchmark run as a table. The floor is the cost of minimal code of the same effect.
+"""Prints a benchmark run as a table. The floor is the cost of minimal code with the same effect.
 
 Usage: bench_table.py BENCH_JSON MISSES_JSON FLOOD_JSON
 
@@ -37,7 +37,7 @@ def load(path):
 
 
 def read(path):
-    """Returns {row: {side: (ns, allocations)}}; numbers in row names sort by value."""
+    """Returns {row: {side: (ns, allocations)}}; a side is "ours", "floor" or "runtime"."""
     rows = {}
     for run in load(path)["benchmarks"]:
         if run.get("run_type") != "iteration":

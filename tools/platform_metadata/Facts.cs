@@ -3,7 +3,7 @@ using System.Reflection.Metadata;
 
 namespace PlatformMetadata;
 
-/// <summary>Writes the facts of a type in the metadata: lines of subject, aspect and value.</summary>
+/// <summary>Writes the metadata of a type as lines of subject, aspect and value.</summary>
 internal sealed class Facts(Library library, TextWriter output)
 {
     // The number of inherited vtable slots: delegates derive from IUnknown, other interfaces
@@ -14,7 +14,7 @@ internal sealed class Facts(Library library, TextWriter output)
     // The value of MarshalingType.Agile.
     private const int Agile = 2;
 
-    /// <summary>Writes all facts of a type or of an instance such as <c>IVectorView&lt;Radio&gt;</c>.</summary>
+    /// <summary>Writes all facts of a type such as <c>IVectorView&lt;Radio&gt;</c>.</summary>
     public void Write(string name)
     {
         var bracket = name.IndexOf('<');

@@ -28,7 +28,7 @@ internal readonly record struct Definition(MetadataReader Reader, TypeDefinition
 /// <summary>All types in a directory of metadata files.</summary>
 internal sealed class Library
 {
-    // The namespaces to search for src/platform/abi's names; others repeat some names.
+    // Searches src/platform/abi's names only in these namespaces; others repeat some names.
     private static readonly string[] Namespaces =
         ["Windows.Foundation", "Windows.Storage.Streams", "Windows.Devices.Bluetooth", "Windows.Devices.Radios",
          "Windows.Devices.Enumeration"];

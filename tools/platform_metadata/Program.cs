@@ -1,5 +1,5 @@
-// Reads type names, one per line, from the standard input, and writes the facts of each from the
-// metadata files in the directory args[0].
+// Reads type names, one per line, from the standard input, and writes what the metadata files in
+// the directory args[0] say about each type, such as its vtable slots.
 using PlatformMetadata;
 
 using var output = new StreamWriter(Console.OpenStandardOutput());

@@ -1,4 +1,4 @@
-"""Compiles and runs a program that prints the facts of src/platform/abi."""
+"""Compiles and runs a program that prints the slots, sizes and values in src/platform/abi."""
 import pathlib
 import re
 import subprocess
@@ -44,7 +44,7 @@ def program(declared):
 
 
 def assumed(declared):
-    """Returns "agile" as a fact of every class: the library uses their objects on any thread."""
+    """Returns that every class is agile: the library uses their objects on any thread."""
     return {(name, "agile"): "yes" for name in declared.classes}
 
 

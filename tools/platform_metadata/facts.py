@@ -1,5 +1,5 @@
-"""Reads and compares facts of a binary interface: `facts[subject, aspect] = value`, all strings.
-Subjects are names of C++ types without spaces and namespaces."""
+"""Reads and compares facts of a binary interface, such as facts["IRadio", "slot get_State"] = "9".
+The key is a subject (a C++ type's name without spaces and namespaces) and an aspect."""
 import re
 
 # Maps synonyms of a type to one name.
@@ -41,7 +41,7 @@ def read(lines):
 
 
 def compare(name, facts, official):
-    """Compares one source with the official sources. Returns how many facts each official source has,
+    """Compares a source with official ones. Returns how many of its facts each of them has,
     and a line for each difference. A fact that no official source has is a difference."""
     counts, differences = dict.fromkeys(official, 0), []
     for (subject, aspect), value in facts.items():

@@ -16,7 +16,7 @@ INCLUDED = ("windows.h", "activation.h", "robuffer.h", "windows.devices.bluetoot
 READ = INCLUDED[1:] + ("unknwnbase.h", "objidlbase.h", "inspectable.h", "asyncinfo.h",
                        "eventtoken.h", "windows.foundation.h", "windows.foundation.collections.h",
                        "windowscontracts.h")
-# System headers to use from the package. It has no C library, so all others are MinGW's.
+# System headers to use from the SDK. It has no C library, so all others are MinGW's.
 CLASSIC = ("unknwn.h", "unknwnbase.h", "objidl.h", "objidlbase.h")
 # Maps the headers' type names to those of the other sources.
 TYPES = {"short": "INT16", "int": "INT32", "IID": "GUID", "REFIID": "GUID*", "byte": "BYTE"}

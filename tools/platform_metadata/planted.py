@@ -1,5 +1,5 @@
 """Tests the comparison: plants a wrong slot, identifier, parameter type and enumeration value in a
-copy of the table and of the headers. Each must be found."""
+copy of the table and of src/platform/abi. Each must be found."""
 import shutil
 
 import facts

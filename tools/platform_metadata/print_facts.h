@@ -1,5 +1,4 @@
-// Functions with which the generated program prints facts of src/platform/abi as lines of subject,
-// aspect and value.
+// Prints src/platform/abi's slots, sizes and values as lines of subject, aspect and value.
 #pragma once
 
 #include <cstdio>

@@ -1,5 +1,5 @@
 "use strict";
-// Tests the behaviours in the file ORV_BEHAVIOURS, which all bindings share, and features of Node alone.
+// Tests the behaviours of all bindings, from the file $ORV_BEHAVIOURS, and Node's features.
 const assert = require("node:assert/strict");
 const { once } = require("node:events");
 const fs = require("node:fs");

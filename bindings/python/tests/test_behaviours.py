@@ -1,4 +1,4 @@
-"""Tests the behaviours in the file ORV_BEHAVIOURS, which all bindings share, and features of Python alone."""
+"""Tests the behaviours of all bindings, from the file $ORV_BEHAVIOURS, and Python's features."""
 import asyncio
 import ctypes
 import json
