@@ -7,12 +7,12 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "tests/radio/on_machine.h"
+#include "tests/radio/radio_fixture.h"
 
 namespace orv::radio {
 namespace {
 
-using RadioTest = OnMachine;
+using RadioTest = RadioFixture;
 
 TEST_F(RadioTest, SessionsListNameAndValuesAndFollowThem) {
     const Scan scan;
@@ -22,8 +22,8 @@ TEST_F(RadioTest, SessionsListNameAndValuesAndFollowThem) {
     EXPECT_EQ(scan.Find(First).value1130, 8);
     EXPECT_EQ(scan.Find(First).data1118[0], 9);
     const Scan second;
-    machine.Do("name 0 ORV-renamed");
-    machine.Do("values 0 17 18 191a1b1c1d1e1f2021222324");
+    testBed.Do("name 0 ORV-renamed");
+    testBed.Do("values 0 17 18 191a1b1c1d1e1f2021222324");
     for (const Scan* each : {&scan, &second}) {
         EXPECT_TRUE(Await([&] {
             const DiscoveredDevice device = each->Find(First);
@@ -31,7 +31,7 @@ TEST_F(RadioTest, SessionsListNameAndValuesAndFollowThem) {
                    device.value1130 == 0x18 && device.data1118[11] == 0x24;
         }));
     }
-    machine.Do("name 0 ORV-hci1");
+    testBed.Do("name 0 ORV-hci1");
 }
 
 TEST_F(RadioTest, EchoesByteForByte) {
@@ -60,7 +60,7 @@ TEST_F(RadioTest, EchoesThroughATerminalAndASocket) {
 
 TEST_F(RadioTest, TakesEveryNotificationInOrder) {
     Connect(First);
-    machine.Do("burst 0 10000 244");
+    testBed.Do("burst 0 10000 244");
     const Bytes received = Receive(First, 2440000);
     ASSERT_EQ(received.size(), 2440000u);
     for (std::uint32_t i = 0; i < 10000; ++i) {
@@ -75,49 +75,49 @@ TEST_F(RadioTest, WritesUpToTheLongestValue) {
     // Bluetooth allows values of 512 bytes, but this daemon rejects more than 510.
     constexpr int Longest = 510;
     Connect(First);
-    const int before = std::stoi(machine.Ask("received 0"));
+    const int before = std::stoi(testBed.Ask("received 0"));
     const Bytes block(Longest + 1, 5);
     EXPECT_EQ(OrvDevice_Send(First, Longest, block.data()), Longest);
     EXPECT_EQ(Receive(First, Longest).size(), std::size_t{Longest});
     EXPECT_EQ(OrvDevice_Send(First, Longest + 1, block.data()), Longest + 1)
         << "refused by an answer";
-    EXPECT_EQ(std::stoi(machine.Ask("received 0")), before + Longest);
-    machine.Do("mode 0 refuse");
+    EXPECT_EQ(std::stoi(testBed.Ask("received 0")), before + Longest);
+    testBed.Do("mode 0 refuse");
     EXPECT_EQ(OrvDevice_Send(First, 1, block.data()), 1) << "refused by an answer";
-    machine.Do("mode 0 silent");
+    testBed.Do("mode 0 silent");
     EXPECT_EQ(OrvDevice_Send(First, 1, block.data()), 1);
     EXPECT_EQ(OrvDevice_Receive(First, 0, nullptr), 0);
-    EXPECT_EQ(std::stoi(machine.Ask("received 0")), before + Longest + 1);
+    EXPECT_EQ(std::stoi(testBed.Ask("received 0")), before + Longest + 1);
 }
 
 TEST_F(RadioTest, SeveralLinksStayApart) {
     Connect(First);
     // Only the controller hci2 finds peripheral 1.
-    machine.Do("appear 1");
+    testBed.Do("appear 1");
     ASSERT_TRUE(Await([&] {
-        machine.Do("scan hci2 on");
-        machine.Do("advertise 1");
-        machine.Do("scan hci2 off");
+        testBed.Do("scan hci2 on");
+        testBed.Do("advertise 1");
+        testBed.Do("scan hci2 off");
         return OrvDevice_Connect(Second) == 0;
     }));
     ASSERT_EQ(OrvDevice_Connect(First), 0) << "a second link to the same device";
     ExpectEcho(Second);
     ExpectEcho(First);
-    machine.Do("burst 0 500 100");
-    machine.Do("burst 1 500 200");
+    testBed.Do("burst 0 500 100");
+    testBed.Do("burst 1 500 200");
     EXPECT_EQ(Receive(First, 50000).size(), 50000u);
     EXPECT_EQ(Receive(Second, 100000).size(), 100000u);
     EXPECT_EQ(OrvDevice_Disconnect(First), 0);
     EXPECT_EQ(Receive(First, 50003).size(), 50003u) << "the younger link has received all of it";
     ExpectEcho(First);
     EXPECT_EQ(OrvDevice_Disconnect(Second), 0);
-    machine.Do("vanish 1");
+    testBed.Do("vanish 1");
 }
 
 TEST_F(RadioTest, DisconnectsWhileNotificationsArrive) {
     for (int i = 0; i < 3; ++i) {
         Connect(First);
-        machine.Do("burst 0 2000 244");
+        testBed.Do("burst 0 2000 244");
         EXPECT_FALSE(Receive(First, 244 * 20).empty());
         EXPECT_EQ(OrvDevice_Disconnect(First), 0);
         EXPECT_EQ(OrvDevice_Receive(First, 0, nullptr), -1);
@@ -129,25 +129,25 @@ TEST_F(RadioTest, DisconnectsWhileNotificationsArrive) {
 TEST_F(RadioTest, DeviceVanishesAndComesBack) {
     EXPECT_EQ(OrvDevice_Connect(0x00AA01010099), -1) << "never heard";
     Connect(First);
-    machine.Do("vanish 0");
+    testBed.Do("vanish 0");
     const std::uint8_t byte = 0;
     EXPECT_TRUE(Await([&] { return OrvDevice_Send(First, 1, &byte) == -1; }));
     EXPECT_EQ(OrvDevice_Receive(First, 0, nullptr), 0) << "the link stays until it is closed";
     EXPECT_EQ(OrvDevice_Disconnect(First), 0);
     EXPECT_EQ(OrvDevice_Connect(First), -1);
-    machine.Do("appear 0");
+    testBed.Do("appear 0");
     Connect(First);
     ExpectEcho(First);
 }
 
 TEST_F(RadioTest, RadioGoesOffDuringALink) {
     Connect(First);
-    machine.Do("power hci0 off");
+    testBed.Do("power hci0 off");
     const std::uint8_t byte = 0;
     EXPECT_TRUE(Await([&] { return OrvDevice_Send(First, 1, &byte) == -1; }));
     EXPECT_EQ(OrvDevice_Disconnect(First), 0);
     PowerAll("off");  // an emulated controller does not detect the end of a link
-    machine.Appear();
+    testBed.Appear();
     Connect(First);
     ExpectEcho(First);
 }
@@ -166,7 +166,7 @@ TEST_F(RadioTest, OrvScansTalksSendsAndReceives) {
         received = true;
     });
     while (!received) {
-        machine.Do("burst 0 20 100");
+        testBed.Do("burst 0 20 100");
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
     }
     receiver.join();
@@ -177,13 +177,13 @@ TEST_F(RadioTest, OrvScansTalksSendsAndReceives) {
     run("[ $(grep -cE \"^confirmed .*[(](connect|notifications|throughput)[)]\" doctor.txt) = 3 ]");
     PowerAll("off");
     run("./orv check 2>&1 | grep \"the Bluetooth radio is off\"");
-    machine.KillControllers();
+    testBed.KillControllers();
     run("./orv check 2>&1 | grep \"there is no Bluetooth adapter\"");
-    machine.KillDaemon();
+    testBed.KillDaemon();
     run("./orv check 2>&1 | grep \"the Bluetooth daemon does not run\"");
-    machine.StartControllers();
-    machine.StartDaemon();
-    machine.Appear();
+    testBed.StartControllers();
+    testBed.StartDaemon();
+    testBed.Appear();
 }
 
 // In half of the rounds, the daemon ends within 1 ms after the host enters a phase.
@@ -216,16 +216,16 @@ TEST_F(RadioTest, HostOutlivesTheDaemonAtRandomMoments) {
     for (int i = 0; i < 50; ++i) {
         const auto wanted = static_cast<Phase>(random() % Phases);
         EXPECT_TRUE(Await([&] {
-            machine.Do("advertise 0");
+            testBed.Do("advertise 0");
             return Await([&] { return phase == wanted; }, 1);
         })) << "the host hangs, or the library does not work again";
         std::this_thread::sleep_for(
             std::chrono::microseconds(random() % (random() % 2 == 0 ? 1000 : 200000)));
         ++killed[phase];
-        machine.KillDaemon();
+        testBed.KillDaemon();
         std::this_thread::sleep_for(std::chrono::milliseconds(random() % 200));
-        machine.StartDaemon();
-        machine.Appear();
+        testBed.StartDaemon();
+        testBed.Appear();
     }
     ends = true;
     host.join();
@@ -244,30 +244,30 @@ TEST_F(RadioTest, ScanOutlivesRadioControllersAndDaemon) {
     EXPECT_TRUE(Hears(scan, First));
     // Only a running scan can detect the device's new name.
     const auto hearsAgain = [&](const std::string& name) {
-        machine.Do("name 0 " + name);
+        testBed.Do("name 0 " + name);
         return Hears(scan, First) && Await([&] { return scan.Find(First).name == name; });
     };
     PowerAll("off");
     EXPECT_TRUE(Await([] { return BluetoothAvailable() == -1; }));
     EXPECT_EQ(OrvDevice_Connect(First), -1);
-    machine.Appear();
+    testBed.Appear();
     EXPECT_TRUE(Await([] { return BluetoothAvailable() == 0; }));
     EXPECT_TRUE(hearsAgain("ORV-on"));
 
-    machine.KillControllers();
+    testBed.KillControllers();
     EXPECT_TRUE(Await([] { return BluetoothAvailable() == -1; })) << "without controllers";
     EXPECT_EQ(OrvDevice_Connect(First), -1);
-    machine.StartControllers();
-    machine.Appear();
+    testBed.StartControllers();
+    testBed.Appear();
     EXPECT_TRUE(hearsAgain("ORV-plugged"));
 
-    machine.KillDaemon();
+    testBed.KillDaemon();
     EXPECT_TRUE(Await([] { return BluetoothAvailable() == -1; })) << "without a daemon";
     EXPECT_EQ(OrvDevice_Connect(First), -1);
-    machine.StartDaemon();
-    machine.Appear();
+    testBed.StartDaemon();
+    testBed.Appear();
     EXPECT_TRUE(hearsAgain("ORV-daemon"));
-    machine.Do("name 0 ORV-hci1");
+    testBed.Do("name 0 ORV-hci1");
 }
 
 }  // namespace

@@ -10,12 +10,12 @@
 #include <string>
 #include <thread>
 
-#include "tests/radio/on_machine.h"
+#include "tests/radio/radio_fixture.h"
 
 namespace orv::radio {
 namespace {
 
-using RadioSpeed = OnMachine;
+using RadioSpeed = RadioFixture;
 
 constexpr int Rounds = 2;
 constexpr int Count = 3000;
@@ -25,7 +25,7 @@ std::vector<std::string> ClientOf(const std::string& kind) {
                            : std::vector<std::string>{"./radio_bench", kind, FirstText};
 }
 
-// Returns how many milliseconds the connect took, or -1. Retries like OnMachine::Connect.
+// Returns how many milliseconds the connect took, or -1. Retries like RadioFixture::Connect.
 int ConnectBy(Child& client) {
     int ms = -1;
     for (int i = 0; i < 10 && ms < 0; ++i) {
@@ -49,7 +49,7 @@ TEST_F(RadioSpeed, OfNotifications) {
             EXPECT_NE(kind, "library");
             continue;
         }
-        machine.Do("burst 0 " + std::to_string(Count) + " 244");
+        testBed.Do("burst 0 " + std::to_string(Count) + " 244");
         long bytes = 0;
         long ms = 0;
         long processorUs = 0;
@@ -81,7 +81,7 @@ TEST_F(RadioSpeed, OfAdvertisements) {
         for (; !ends; ++advertised) {
             char command[100];
             snprintf(command, sizeof command, "values 0 %02x 01 02", advertised % 256);
-            machine.Do(command);
+            testBed.Do(command);
         }
         scan.join();
         std::printf("SPEED %-7s %d advertised, %d heard, %.1f us an advertisement\n", kind,

@@ -1,4 +1,4 @@
-#include "tests/radio/machine.h"
+#include "tests/radio/test_bed.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -71,12 +71,12 @@ std::string Child::Ask(const std::string& line) {
     return text;
 }
 
-Machine& Machine::Get() {
-    static Machine* const machine = new Machine;
-    return *machine;
+TestBed& TestBed::Get() {
+    static TestBed* const testBed = new TestBed;
+    return *testBed;
 }
 
-Machine::Machine() {
+TestBed::TestBed() {
     signal(SIGPIPE, SIG_IGN);
     StartControllers();
     StartDaemon();
@@ -85,20 +85,20 @@ Machine::Machine() {
     Appear();
 }
 
-void Machine::StartControllers() {
+void TestBed::StartControllers() {
     controllers = std::make_unique<Child>(std::vector<std::string>{"btvirt", "-l4"});
 }
 
-void Machine::KillControllers() {
+void TestBed::KillControllers() {
     controllers.reset();
 }
 
-void Machine::StartDaemon() {
+void TestBed::StartDaemon() {
     daemon = std::make_unique<Child>(std::vector<std::string>{
         "sh", "-c", "exec /usr/libexec/bluetooth/bluetoothd -n 2>>bluetoothd.log"});
 }
 
-void Machine::Repair() {
+void TestBed::Repair() {
     if (daemon->HasDied()) {
         std::printf("CRASHED bluetoothd\n");
         StartDaemon();
@@ -106,21 +106,21 @@ void Machine::Repair() {
     }
 }
 
-void Machine::KillDaemon() {
+void TestBed::KillDaemon() {
     daemon.reset();
 }
 
-void Machine::Appear() {
+void TestBed::Appear() {
     for (const char* command : {"power hci0 on", "power hci2 on", "appear 0"}) {
         ASSERT_TRUE(Await([&] { return Ask(command) == "ok"; })) << command << ": " << Ask(command);
     }
 }
 
-void Machine::Do(const std::string& command) {
+void TestBed::Do(const std::string& command) {
     ASSERT_EQ(Ask(command), "ok") << command;
 }
 
-std::string Machine::Ask(const std::string& command) {
+std::string TestBed::Ask(const std::string& command) {
     return peripherals->Ask(command);
 }
 

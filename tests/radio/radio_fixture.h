@@ -6,21 +6,21 @@
 #include <string>
 
 #include "tests/radio/host.h"
-#include "tests/radio/machine.h"
+#include "tests/radio/test_bed.h"
 
 namespace orv::radio {
 
 constexpr const char* FirstText = "00:AA:01:01:00:01";  // the address First as text
 
-class OnMachine : public testing::Test {
+class RadioFixture : public testing::Test {
   protected:
     void SetUp() override {
-        machine.Repair();
-        machine.Do("mode 0 echo");
+        testBed.Repair();
+        testBed.Do("mode 0 echo");
     }
 
     void TearDown() override {
-        machine.Repair();
+        testBed.Repair();
         for (const BluetoothAddress address : {First, Second}) {
             while (OrvDevice_Disconnect(address) == 0) {
             }
@@ -35,7 +35,7 @@ class OnMachine : public testing::Test {
             if (Await([&] { return scan.Find(address).address != 0; }, 1)) {
                 return true;
             }
-            machine.Do(address == First ? "advertise 0" : "advertise 1");
+            testBed.Do(address == First ? "advertise 0" : "advertise 1");
             return false;
         });
     }
@@ -55,11 +55,11 @@ class OnMachine : public testing::Test {
     }
     void PowerAll(const char* state) {
         for (const char* adapter : {"hci0", "hci1", "hci2", "hci3"}) {
-            machine.Do(std::string("power ") + adapter + " " + state);
+            testBed.Do(std::string("power ") + adapter + " " + state);
         }
     }
 
-    Machine& machine = Machine::Get();
+    TestBed& testBed = TestBed::Get();
 };
 
 }  // namespace orv::radio

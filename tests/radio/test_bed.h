@@ -35,9 +35,9 @@ class Child {
 
 // The library uses the controller hci0, and peripheral 0 uses hci1. A controller supports one link,
 // so a second link uses hci2 and, for peripheral 1, hci3. Peripheral 1 advertises only on command.
-class Machine {
+class TestBed {
   public:
-    static Machine& Get();
+    static TestBed& Get();
 
     // Sends a command to the peripherals. Ask returns the reply. Do fails the running test if the
     // reply is not "ok".
@@ -56,7 +56,7 @@ class Machine {
     void Appear();
 
   private:
-    Machine();
+    TestBed();
 
     std::unique_ptr<Child> controllers;
     std::unique_ptr<Child> daemon;
