@@ -8,7 +8,7 @@ Reads one command per line from standard input and replies to each with a line: 
 
   mode N echo|silent|refuse   sets the reaction to a write: notifications, none, or an error
   burst N COUNT SIZE          sends notifications; the first 4 bytes of each are its number
-  advertise N                 restarts advertising, see OnMachine::Hears
+  advertise N                 restarts advertising, see RadioFixture::Hears
   name N NAME                 sets the advertised name
   values N HEX HEX HEX        sets the payloads of the keys 0x0500, 0x1130 and 0x1118
   appear N, vanish N          switches the controller on, registers and advertises; switches it off
