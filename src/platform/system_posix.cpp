@@ -9,7 +9,7 @@ namespace orv::system {
 namespace {
 
 pthread_mutex_t* MutexIn(LockState& lock) {
-    // In glibc, a mutex of zeros is initialized and unlocked, like a LockState of zeros.
+    // In glibc, a mutex whose bytes are zero is initialized and unlocked.
     static_assert(sizeof(pthread_mutex_t) <= sizeof(LockState));
     return reinterpret_cast<pthread_mutex_t*>(lock.words);
 }

@@ -1,4 +1,5 @@
-// Tests BluetoothAvailable: its results for adapters, radios and answers, and its platform calls.
+// Tests BluetoothAvailable: its results for adapters, radios and answers of the platform, and its
+// calls.
 #include <chrono>
 
 #include "support/world.h"

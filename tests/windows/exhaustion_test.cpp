@@ -170,7 +170,7 @@ DWORD WINAPI FailToAppend(void*) {
     return Logging_AppendLine(text, sizeof text) == -1 ? FailureMet : 0;
 }
 
-// Creates threads by the system's function, because those of the C++ library free memory later.
+// Uses CreateThread, because a std::thread frees memory after its end, which would be measured.
 void FailOnThreads(int count) {
     for (int i = 0; i < count; ++i) {
         const HANDLE thread = CreateThread(nullptr, 0, FailToAppend, nullptr, 0, nullptr);

@@ -19,8 +19,8 @@ def split_list(text):
 
 
 def type_name(text):
-    """Returns a type in the form common to all sources. const is not part of the binary interface.
-    """
+    """Returns a type as the metadata and the headers both spell it, without `const`, which does not
+    change the binary interface."""
     text = re.sub(r"\bconst\b|\borv::|\s", "", text)
     return re.sub(r"\w+", lambda word: ALIASES.get(word.group(), word.group()), text)
 

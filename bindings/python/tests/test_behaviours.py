@@ -1,4 +1,4 @@
-"""Tests the behaviours of all bindings, from the file $ORV_BEHAVIOURS, and Python's features."""
+"""Tests the behaviours that all bindings share, listed in the file $ORV_BEHAVIOURS, and Python's features."""
 import asyncio
 import ctypes
 import json

@@ -29,7 +29,7 @@ enum class Cause : std::uint8_t {
     SystemFailure,
     OutOfMemory,
     StandardFailure,  // an exception of the C++ library except bad_alloc
-    ClosingFailed,    // connect failed without a failure line, then closing wrote one
+    ClosingFailed,    // connect failed, then closing the device wrote a failure line
     ClosingSlow,      // closing the device has no timeout and was slow
     ClosingHangs,
     WaitedForOthers,  // another call held the lock

@@ -66,8 +66,8 @@ class World {
     // Processes a block that was written to the device. Returns the time until the device
     // acknowledges the write.
     Duration Receive(const Device& device, const std::vector<BYTE>& block) REQUIRES(worldMutex);
-    // Adds a notification handler. This begins to open a link, so the device's pending events are
-    // scheduled. Does nothing for a device that a reset has removed.
+    // Adds a notification handler, as the first step of opening a link. So the events that follow
+    // the opening of a link get their times. Does nothing for a device that a reset has removed.
     void AddRegistration(DeviceRecord& device, Registration registration) REQUIRES(worldMutex);
     // Returns the answer to an operation that starts now. A device that a reset has removed never
     // answers.
