@@ -31,8 +31,8 @@ bool CanEcho(const Examination& run) {
     return run.WhyNoLink().empty() && run.whyNoEcho.empty();
 }
 
-// Call this after a send timed out. Connects again; success refutes the check WriteAnswered,
-// because the device was reachable and did not answer.
+// Call this after a send timed out. Connects again. If that succeeds, the device was reachable and
+// did not answer the write, which refutes WriteAnswered.
 void JudgeTimeout(Examination& run, ScopedLink& link, std::size_t size) {
     run.whyNoEcho = "a send timed out";
     link.Close();

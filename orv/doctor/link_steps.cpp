@@ -6,7 +6,7 @@ namespace orv::doctor {
 
 namespace {
 
-// Short, so that the next scan receives what devices advertise 100 ms after a scenario starts.
+// Shorter than 100 ms, when the devices of some scenarios advertise for the next scan.
 constexpr int QuietMs = 60;
 constexpr int LongQuietMs = 500;
 constexpr int QuietBytesPerMs = 10;

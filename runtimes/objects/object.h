@@ -107,7 +107,8 @@ Ref<T> Make(Arguments&&... arguments) {
     return Ref<T>(new T(std::forward<Arguments>(arguments)...));
 }
 
-// Returns `object` as a pointer to its base class. The pointer owns an internal reference.
+// Returns `object` as a pointer to its base class. The pointer owns a reference of the
+// runtime.
 template <typename Base, typename T>
 std::shared_ptr<Base> ShareAs(T* object) {
     const auto owner = std::make_shared<Ref<T>>(object);

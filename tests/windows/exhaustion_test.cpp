@@ -93,7 +93,7 @@ void ExpectLines(const Step& step, bool refused) {
     EXPECT_EQ(lines, Lines{});
 }
 
-// Runs and checks the step with `plan`. Returns true if an allocation or platform call failed.
+// Runs and checks the step while the calls that `plan` selects fail. Returns true if one failed.
 bool Attempt(const Step& step, int plan) {
     step.arrange();
     const std::string before = State();

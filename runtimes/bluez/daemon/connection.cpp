@@ -50,7 +50,7 @@ void Connection::Signalled(sd_bus_message* signal) {
 }
 
 void Connection::Lost() {
-    // Keeps the value Asked: the pending request fails, or the restarted daemon answers it.
+    // Asked stays, because the pending request fails or the restarted daemon answers it.
     if (knowledge == Knowledge::Known) {
         knowledge = Knowledge::None;
     }
