@@ -28,8 +28,8 @@ class Factories {
   public:
     explicit Factories(const Activations& ofRuntime);
 
-    // Returns the factory of the class, or REGDB_E_CLASSNOTREG for an unknown name. The caller
-    // records the call: it knows which function the library called.
+    // Returns the factory of the class, or REGDB_E_CLASSNOTREG for an unknown name. Does not record
+    // the call: only the caller knows which function the library called.
     HRESULT Find(std::u16string_view className, const GUID& iid, void** factory);
 
   private:

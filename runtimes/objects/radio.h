@@ -11,7 +11,7 @@ class AdapterObject final : public Object<Stub<IBluetoothAdapter>> {
     AdapterObject();
 };
 
-// A radio with the state that it had when the library requested it.
+// A radio, with its state at the time of the library's request.
 class RadioObject : public Object<Stub<IRadio>> {
   public:
     RadioObject(RadioKind kindOfRadio, RadioState stateOfRadio);

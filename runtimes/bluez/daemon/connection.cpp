@@ -6,8 +6,8 @@ namespace orv::bluez {
 
 namespace {
 
-// Timeout of the call in Ask. Shorter than the library's timeout (2000 ms), so that the next
-// operation calls again.
+// Timeout of the call in Ask. Less than the library's timeout (2000 ms), so that the library's next
+// operation finds no pending call and calls again.
 constexpr milliseconds AskLimit{1800};
 
 }  // namespace
@@ -50,7 +50,7 @@ void Connection::Signalled(sd_bus_message* signal) {
 }
 
 void Connection::Lost() {
-    // Asked stays, because the pending request fails or the restarted daemon answers it.
+    // In the state Asked, a call is pending. Its reply or failure will set the next state.
     if (knowledge == Knowledge::Known) {
         knowledge = Knowledge::None;
     }

@@ -146,9 +146,9 @@ void Discovery::Started(const Path& adapter, const Failure& failure) {
         scanning = adapter;
     } else {
         Pause();
-        // The scan may run although no start succeeded: this reply (NO_REPLY) or an earlier one
-        // (InProgress) was lost. The daemon also reports InProgress if the kernel rejects the scan.
-        // In each case, a stop makes the next start possible.
+        // The scan may run although this start failed: the reply to it (NO_REPLY) or to an earlier
+        // start (InProgress) was lost. The daemon also reports InProgress if the kernel rejects the
+        // scan. A stop makes the next start possible.
         if (failure.name == SD_BUS_ERROR_NO_REPLY || failure.name == "org.bluez.Error.InProgress") {
             Stop(adapter);
         }
@@ -172,8 +172,8 @@ void Discovery::Stop(const Path& adapter) {
         adapter, AdapterInterface, "StopDiscovery", nullptr,
         [this, adapter, run = connection.Run()](const Failure& failure, sd_bus_message*) {
             pending = false;
-            // Repeats the stop later: another stop may be in progress, or the reply was lost. No
-            // other process can end this scan.
+            // Repeats the stop later: another stop may be in progress, or the reply was lost.
+            // Only this process can end its scan.
             if (failure && failure.message != "No discovery started" && run == connection.Run()) {
                 leftOn = adapter;
                 Pause();

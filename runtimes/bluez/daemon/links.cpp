@@ -8,7 +8,7 @@ namespace {
 
 constexpr const char* DeviceInterface = "org.bluez.Device1";
 
-// Each of these times is short enough for an answer within the library's limit of 2000 ms.
+// Each of these times is so short that a request ends within the library's timeout of 2000 ms.
 constexpr milliseconds RecallLimit{1500};
 constexpr milliseconds LookupLingers{1000};
 constexpr milliseconds EndOfLinkLimit{1800};
@@ -49,8 +49,8 @@ void Links::Add(Request request) {
         requests.push_back(request);
         requests.back().id = ++lastId;
         if (!request.connect) {
-            // Waits until an old link has ended: the daemon closes a link 2 s after the request,
-            // and also a new link that was opened meanwhile. A connect cannot wait so long.
+            // A lookup waits for an old link to end, so that the connect after it need not: the
+            // daemon closes a link, and any link opened meanwhile, 2 s after the disconnect call.
             Later(lastId, EndOfLinkLimit, [](Request& late) { late.waitedForEnd = true; });
         }
         Step();
@@ -131,7 +131,7 @@ bool Links::IsDone(Request& request, Path& device) {
 }
 
 // Scans again for a device that was found before, because the daemon removes devices about 30 s
-// after a scan and connects only to listed ones. Other requests fail at once.
+// after a scan and connects only to listed ones. Requests for other devices fail at once.
 void Links::Recall(Request& request) {
     if (connection.tree.ScanningAdapter() == nullptr) {
         EndRecall(request);
@@ -190,8 +190,8 @@ void Links::Connect(UINT64 address, const Path& device) {
                             if (failure && !IsInProgress(failure)) {
                                 Connected(address, id, failure);
                             } else {
-                                // Waits, because the D-Bus signal of the new link may follow the
-                                // reply, and a connect of another program may take longer.
+                                // Waits, because the link's D-Bus signal may follow the reply, or
+                                // another program's connect may still be in progress.
                                 connection.loop.After(PauseAfterConnect, [this, address, id] {
                                     Connected(address, id, {});
                                 });
@@ -205,7 +205,7 @@ void Links::Connected(UINT64 address, UINT64 id, const Failure& failure) {
         return;  // this connect was aborted
     }
     session.connecting = 0;
-    // If the daemon has removed the device meanwhile, Step scans for it again.
+    // Not final if the daemon has removed the device meanwhile: Step scans for it again.
     const bool isFinal =
         failure && !IsBrokenOffLocally(failure) && connection.tree.FindDevice(address) != nullptr;
     for (Request& request : requests) {

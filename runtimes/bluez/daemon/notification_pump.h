@@ -1,4 +1,4 @@
-// The two threads that read notified values from sources and pass them to subscribers.
+// Two threads that read notified values from the daemon's sockets and pass them to subscribers.
 #pragma once
 
 #include <functional>

@@ -111,7 +111,7 @@ void Source::Subscribe(SharedSubscriber subscriber) {
 }
 
 bool Source::Unsubscribe(const Subscriber* subscriber) {
-    // Destroyed after the lock is released, because a subscriber may own the host's handlers.
+    // Destroyed after the lock is released, because releasing a client's handler runs client code.
     std::shared_ptr<const std::vector<SharedSubscriber>> before;
     const auto goes = [&](const SharedSubscriber& each) {
         return each.get() == subscriber || !each->IsOpen();

@@ -14,7 +14,7 @@ constexpr const char* CharacteristicInterface = "org.bluez.GattCharacteristic1";
 // A socket that closes within this time without receiving a value does not work for the device.
 constexpr milliseconds AtOnce{1000};
 
-// After a device had this number of such sockets, D-Bus signals report its values instead.
+// After this number of sockets that closed at once, D-Bus signals report the device's values.
 constexpr int SocketEndsBeforeSignals = 2;
 
 // When the daemon ends, its sockets close first; the bus reports the end within this time.

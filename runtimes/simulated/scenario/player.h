@@ -4,8 +4,7 @@
 
 namespace orv::simulated {
 
-// Resets the world and starts the scenario. Returns false, without a reset, on a thread of the
-// world, or if pending answers and events make no progress for 30 s.
+// Resets the world and starts the scenario. Returns false if World::Begin rejects the reset.
 bool PlayScenario(World& world, Scenario scenario, bool simulatedTime);
 
 }  // namespace orv::simulated

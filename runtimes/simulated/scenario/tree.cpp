@@ -19,8 +19,8 @@ constexpr std::size_t MostFields = 64;
 // Maximum number of values in a scenario, to limit memory. Scenarios that orv records have fewer.
 constexpr std::size_t MostValues = 2'000'000;
 
-// Tracks the line of the last token: that of the last character that is not white space. The parser
-// reads one character past a number, which is white space or on the same line.
+// Tracks the line of the last token: the line of the last character that is not white space. The
+// character that the parser reads past a number is white space or on the number's line.
 struct Reading {
     int line = 1;
     int lineOfToken = 1;

@@ -119,7 +119,7 @@ struct DeviceRecord {
 };
 using Device = std::shared_ptr<DeviceRecord>;
 
-// Returns the packet that the device sends now. All watchers that receive it share this copy.
+// Returns the packet that the device sends now.
 Packet PacketOf(const DeviceRecord& device, bool asScanResponse) REQUIRES(worldMutex);
 
 }  // namespace orv::simulated

@@ -44,8 +44,8 @@ World::World() {
 
 bool World::Begin(bool simulatedTime) {
     calls.ReleaseAll();
-    // These variables are destroyed after the lock is released, because they own handlers of the
-    // library.
+    // Destroyed after the lock is released, because releasing the library's handlers may call the
+    // world.
     State forgotten;
     Clock::Timers undone;
     std::vector<std::vector<Registration>> registrations;

@@ -61,13 +61,13 @@ class World {
 
     // Schedules the next packets if the device has an advertising interval and a watcher runs.
     void StartAdvertising(const Device& device) REQUIRES(worldMutex);
-    // Starts the advertising of all devices. Called when a watcher starts.
+    // Starts the advertising of all devices.
     void WakeAdvertisers() REQUIRES(worldMutex);
     // Processes a block that was written to the device. Returns the time until the device
     // acknowledges the write.
     Duration Receive(const Device& device, const std::vector<BYTE>& block) REQUIRES(worldMutex);
-    // Adds a notification handler, as the first step of opening a link. So the events that follow
-    // the opening of a link get their times. Does nothing for a device that a reset has removed.
+    // Adds a notification handler. The library does so first when it opens a link, so this also
+    // schedules the device's pending events. Does nothing for a device that a reset has removed.
     void AddRegistration(DeviceRecord& device, Registration registration) REQUIRES(worldMutex);
     // Returns the answer to an operation that starts now. A device that a reset has removed never
     // answers.
