@@ -73,7 +73,7 @@ def generate(rows):
             classes.update(re.findall(r"rc\(([A-Za-z.]+);\{([0-9a-f-]+)\}\)", row["detail"]))
     for name, (slots, iid) in interfaces.items():
         tables["Interface"].append('{"%s", %d, SlotCount<%s>()}' % (name, slots, name))
-        # Only the instances of a generic interface have identifiers.
+        # A generic interface itself has no identifier.
         if "<" not in name:
             tables["Identifier"].append('{"%s", %s, IidOf<%s>}' % (name, guid(iid), name))
     for full, iid in classes.items():

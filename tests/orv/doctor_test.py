@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests `orv doctor` in every shipped scenario: it must refute only the checks that REFUTED lists.
+"""Tests `orv doctor` in every shipped scenario: it must refute only the assumptions in REFUTED.
 
 ORV is the path of the program, ORV_LIBRARY the path of the library. ORV_WINE is set if Wine runs orv.
 """
@@ -20,8 +20,8 @@ LIBRARY = pathlib.Path(os.environ["ORV_LIBRARY"])
 ADDRESS, NAME = "A0:B1:C2:D3:E4:F5", "ORV-0042"
 SECONDS = 100  # timeout of a run
 
-# The checks that orv doctor must refute in each scenario: none if the library always behaves
-# as the scenario shows.
+# The assumptions that orv doctor must refute in each scenario: none if the scenario shows what
+# always happens.
 REFUTED = {
     "default": [],
     "close_hangs": ["close_returns"],
@@ -43,7 +43,7 @@ REFUTED = {
 }
 DEVICE = {"address": ADDRESS, "name": NAME, "interval": 100, "echo": 15}
 
-# Other simulated worlds, each with the checks that orv doctor must refute in it.
+# Other simulated worlds, each with the assumptions to refute.
 WORLDS = {
     "no_radio": ({"radios": []}, []),
     "radio_not_seen": ({"devices": [DEVICE], "answers": [{"operation": "FindAdapter", "endsAs": "Error"}]},

@@ -15,7 +15,7 @@ struct Text {
     const char* text;
     Kind kind;
     std::uint64_t handle = 0;
-    std::int64_t number = 0;  // a call's second argument, or another line's last number
+    std::int64_t number = 0;  // a call's second argument; the last number in other lines
 };
 
 const Text Texts[] = {
@@ -169,7 +169,7 @@ TEST(LogProof, NeverRulesOutTheCause) {
     for (const Row& row : rows) {
         std::string bytes;
         for (const char* text : row.texts) {
-            // The log begins 60 s before the calls, because the longest call takes 60 s.
+            // The log begins 60 s early, because results of calls that began before it are ignored.
             bytes += (bytes.empty() ? "12:00:00.000\t\n12:01:00.000\t" : "12:01:00.000\t") +
                      std::string(text) + '\n';
         }

@@ -121,7 +121,7 @@ class FaultsOfMemory : public WorldTest {
 };
 
 TEST_P(Faults, EveryPlatformCallCanFail) {
-    GetParam().arrange();  // requests the factories, which happens once in a process
+    GetParam().arrange();  // requests the factories, which later runs reuse
     EXPECT_EQ(GetParam().run(), GetParam().success);
     GetParam().undo();
     struct Code {

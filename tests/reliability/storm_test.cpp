@@ -133,7 +133,7 @@ TEST_F(StormTest, EveryOrderKeepsStreamsIdsRecordsAndLines) {
     }
 }
 
-// All senders send events to a session and a link that no longer exist.
+// Eight threads send events to a session and a link that no longer exist.
 TEST_F(StormTest, HundredThousandLateEventsChangeNothing) {
     constexpr int Late = 100000;
     ASSERT_EQ(OrvScanner_Initialize(), 0);

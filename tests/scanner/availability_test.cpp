@@ -1,5 +1,4 @@
-// Tests BluetoothAvailable: its results for adapters, radios and answers of the platform, and its
-// calls.
+// Tests BluetoothAvailable (result, platform calls) with various adapters, radios and failures.
 #include <chrono>
 
 #include "support/world.h"

@@ -166,7 +166,7 @@ TEST_F(ScenarioFileTest, FieldsDoTheSameAsFunctions) {
     EXPECT_EQ(OrvDevice_Connect(Address), 0);
 }
 
-// The first packets and the record of each device, and the results of calls, as a host gets them.
+// What a host observes: the first packets and the record of each device, and the results of calls.
 struct View {
     std::map<std::string, Lines> heard;
     Lines records;

@@ -14,7 +14,7 @@
 namespace orv {
 namespace {
 
-// Writes a result of the test to the log, after the lines of the last call.
+// Logs an observation of the test, such as a call's result.
 void Say(std::string text) {
     text.insert(0, "= ");
     Logging_AppendLine(text.data(), static_cast<std::int32_t>(text.size()));
@@ -149,7 +149,7 @@ const Truth Truths[] = {
                  " <> -60\n" SHOWN "= <ORV-0042> -60\n"},
     {"held_by_another_program", "inUse", [] { Connect(), Pass(1000), Connect(); },
      CONNECT "= -1\n" CONNECT "= 0\n"},
-    // The echo is off, because it would arrive together with the answer to the write.
+    // The echo is off, because its log line could come before or after the write's result.
     {"write_too_large", "blocksUnanswered",
      [] {
          OrvWorld_SetEcho(Address, 0, 0);
@@ -177,7 +177,7 @@ const Truth Truths[] = {
                  "= <ORV-Messgerät-Süd-Tür-Ger\xC3> -60\n"},
 };
 
-// Returns the log with result lines instead of the results that Answer() wrote.
+// Returns the log, but with each result that Answer() wrote as a result line of a host.
 std::string LogWithResults() {
     const std::string bytes = LogBytes();
     std::string log, call;

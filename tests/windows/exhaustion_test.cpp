@@ -15,8 +15,8 @@
 namespace orv {
 namespace {
 
-// Values of `plan`: with Refused, all allocations and the first platform call fail; with Every, all
-// allocations; with n > 0, the n-th allocation.
+// Values of the parameter `plan`, which selects what fails: Refused means all allocations and the
+// first platform call, Every all allocations, and n > 0 the n-th allocation.
 constexpr int Refused = -1;
 constexpr int Every = 0;
 
@@ -93,7 +93,7 @@ void ExpectLines(const Step& step, bool refused) {
     EXPECT_EQ(lines, Lines{});
 }
 
-// Runs and checks the step while the calls that `plan` selects fail. Returns true if one failed.
+// Runs the step with the failures of `plan`, and checks it. Returns true if a failure occurred.
 bool Attempt(const Step& step, int plan) {
     step.arrange();
     const std::string before = State();
@@ -164,7 +164,7 @@ void AttemptFirstUse(const Step& step, int plan) {
     std::exit(testing::Test::HasFailure() || !finished ? 1 : failed ? FailureMet : NoFailureMet);
 }
 
-// Causes an exception in the library without the simulated world, which keeps a handle per thread.
+// Causes an exception in the library. Avoids the simulated world, whose handles would be measured.
 DWORD WINAPI FailToAppend(void*) {
     static const char text[1000] = "";
     return Logging_AppendLine(text, sizeof text) == -1 ? FailureMet : 0;

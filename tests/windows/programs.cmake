@@ -47,7 +47,7 @@ function(orv_wine_test name way program)
     endif()
 endfunction()
 
-# Links a program with the shipped DLL and the simulated world, and adds both of its tests.
+# Links a program with the shipped DLL and simulated world. Adds a lookup and a registered test.
 function(orv_shipped_test name)
     target_link_libraries(${name}_shipped PRIVATE shipped world GTest::gtest_main)
     orv_wine_test(${name} lookup ${name}_shipped ${shippedDll} ${ARGN})

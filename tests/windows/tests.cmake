@@ -78,7 +78,7 @@ set_tests_properties(lookup.orv PROPERTIES
     ENVIRONMENT "WINEPREFIX=${prefix};ORV=${unpacked}/orv.exe;ORV_LIBRARY=${simulatedDll};ORV_WINE=1")
 set_property(TEST wine.register APPEND PROPERTY DEPENDS lookup.orv)
 
-# Tests Windows sockets, only with tests that send no signal to orv, because under Wine a signal
+# Tests Windows sockets with those bridge tests that send no signal to orv: under Wine, a signal
 # does not end orv in the regular way.
 add_test(NAME lookup.orv_bridge COMMAND Python3::Interpreter
     ${CMAKE_CURRENT_SOURCE_DIR}/orv/bridge_test.py -k one_client -k no_more -k wrong -k open_to)
@@ -98,7 +98,7 @@ set_tests_properties(lookup.orv_doctor PROPERTIES
     ENVIRONMENT "WINEPREFIX=${prefix};ORV=${unpacked}/orv.exe;ORV_LIBRARY=${simulatedDll};ORV_WINE=1;WINEDEBUG=-all")
 set_property(TEST wine.register APPEND PROPERTY DEPENDS lookup.orv_doctor)
 
-# The shipped DLL has the lowest size limit, because hosts ship it.
+# The shipped DLL has check_dll's default size limit, the lowest, because hosts ship it.
 set(check Python3::Interpreter ${PROJECT_SOURCE_DIR}/tools/check_dll)
 set(header ${unpacked}/include/quelvixwinlib.h)
 add_test(NAME packed.dll COMMAND ${check} ${shippedDll} --version ${PROJECT_VERSION}
