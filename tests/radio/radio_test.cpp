@@ -214,13 +214,13 @@ TEST_F(RadioTest, HostOutlivesTheDaemonAtRandomMoments) {
     std::mt19937 random = Random();
     int killed[Phases] = {};
     for (int i = 0; i < 50; ++i) {
-        const auto wanted = static_cast<Phase>(random() % Phases);
+        const auto wanted = static_cast<Phase>(i % Phases);
         EXPECT_TRUE(Await([&] {
             testBed.Do("advertise 0");
             return Await([&] { return phase == wanted; }, 1);
         })) << "the host hangs, or the library does not work again";
         std::this_thread::sleep_for(
-            std::chrono::microseconds(random() % (random() % 2 == 0 ? 1000 : 200000)));
+            std::chrono::microseconds(random() % (i / Phases % 2 == 0 ? 1000 : 200000)));
         ++killed[phase];
         testBed.KillDaemon();
         std::this_thread::sleep_for(std::chrono::milliseconds(random() % 200));
