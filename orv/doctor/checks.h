@@ -51,7 +51,7 @@ enum class Need : std::uint8_t {
     Link,     // a connection to the device
     Echo,     // a device that echoes what it receives
     Switch,   // a user or a simulated world that switches the radio off and on
-    Log,      // the library's log
+    Log,
 };
 
 struct CheckFacts {

@@ -37,7 +37,7 @@ struct Examination : std::enable_shared_from_this<Examination> {
     std::string whyNoEcho;           // empty if blocks may be sent and the device echoes them
     std::string whyNoRadio;          // empty if a radio is on
     bool isHeard = false;            // the scan has listed the device
-    bool isRejectedUnheard = false;  // a connect before the scan was rejected
+    bool isRejectedUnheard = false;  // a connect was rejected before the scan
     bool isLost = false;             // the device is no longer reachable
     // Set if a disconnect hangs; other calls for links would hang, too. Several threads read this.
     std::atomic<bool> closeHangs = false;

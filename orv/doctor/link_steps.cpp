@@ -6,7 +6,7 @@ namespace orv::doctor {
 
 namespace {
 
-// Shorter than 100 ms, when the devices of some scenarios advertise for the next scan.
+// The next scan must start before 100 ms, when the devices of some scenarios advertise.
 constexpr int QuietMs = 60;
 constexpr int LongQuietMs = 500;
 constexpr int QuietBytesPerMs = 10;

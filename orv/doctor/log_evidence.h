@@ -8,7 +8,7 @@
 namespace orv::doctor {
 
 // Counts the lines of `kind` after the first `size` bytes of the library's log. Ignores
-// notifications of other devices.
+// notifications of devices other than `run.device`.
 std::size_t CountSince(const Examination& run, std::uintmax_t size, log::Kind kind);
 
 }  // namespace orv::doctor

@@ -54,7 +54,7 @@ class Comparison {
     void Report(Findings& findings) const {
         long missing = 0;
         long surplus = 0;
-        for (const auto& [key, count] : calls) {  // a surplus line may be of a hanging call
+        for (const auto& [key, count] : calls) {  // ignores the surplus line of a hanging call
             missing += std::max(-count, 0L);
         }
         for (const auto& [key, count] : results) {
@@ -75,7 +75,7 @@ class Comparison {
 };
 
 // Counts notifications between the log lines of a connect's call and result. Stops at the first
-// send, because a device may answer it.
+// send, because later ones may answer it.
 class EarlyNotifications {
   public:
     void Take(const log::Entry& entry) {

@@ -34,8 +34,8 @@ void CheckFile(Examination& run) {
                        file + "; orv has version " QUELVIXWINLIB_VERSION);
 }
 
-// Calls the library on this thread; connects if `link` is set. Returns whether the results are as
-// usual.
+// Calls the library on this thread; connects if `link` is set. Returns whether the results
+// agree with earlier steps.
 bool AnswersAsUsual(Examination& run, bool link) {
     bool isUsual = run.calls.Available().result == (run.whyNoRadio.empty() ? 0 : ORV_FAILED);
     if (link) {

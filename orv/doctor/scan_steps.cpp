@@ -127,7 +127,7 @@ void Poll(Examination& run, std::int32_t scanner, Listing& listing) {
     }
 }
 
-// Chooses the device that the user named, or else the device with the strongest signal.
+// Chooses the device that the user named, or else the one with the strongest signal.
 void ChooseDevice(Examination& run, const Listing& listing) {
     const DiscoveredDevice* best = nullptr;
     for (const auto& [address, device] : listing.Latest()) {

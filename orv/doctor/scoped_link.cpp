@@ -14,7 +14,7 @@ namespace {
 constexpr int TimeoutMs = 1900;
 constexpr int RetryMs = 250;
 constexpr int RejectionRetries = 6;
-constexpr int SystemGivesUpMs = 9000;  // by then, the system has stopped trying to connect
+constexpr int SystemGivesUpMs = 9000;  // from the first connect until the system stops trying
 constexpr int AnswerMs = 2000;
 constexpr int PollMs = 10;
 constexpr std::chrono::seconds HangLimit{10};
@@ -37,7 +37,7 @@ void NoteConnected(Examination& run, const MadeCall& call) {
     }
 }
 
-// Retries a rejected connect without scanning. If a retry succeeds, the device was only in use.
+// Retries a rejected connect without scanning. If a retry succeeds, the device was in use.
 bool RetryRejected(Examination& run, std::int64_t begin) {
     for (int retry = 0; retry < RejectionRetries; ++retry) {
         run.surroundings.Pass(RetryMs);

@@ -21,7 +21,7 @@ namespace orv::log {
 
 namespace {
 
-// A large buffer, because the output may have hundreds of megabytes.
+// Large, because the output may have hundreds of megabytes.
 constexpr std::size_t OutputBuffer = 65536;
 
 void ExplainLog(const std::string& path, Threads threads, bool json) {

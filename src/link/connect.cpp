@@ -82,8 +82,8 @@ void Enter(std::list<DeviceLink>& built) {
     connectionTable.links.splice(connectionTable.links.end(), built);
 }
 
-// Closes an object after a failed connect. Logs a failure instead of throwing it, so that the
-// caller can still close the other object.
+// Closes the service or device after a failed connect. Logs a failure instead of throwing it, so
+// that the caller can still close the other one.
 template <typename Interface>
 void CloseAfterFailure(const Reference<Interface>& object) noexcept {
     if (object) {

@@ -5,7 +5,7 @@
 namespace orv {
 
 // The exception for a failed call. It is not derived from std::exception, because the log
-// distinguishes failures of the platform from those of the library.
+// distinguishes failures of the platform from other exceptions.
 struct PlatformFailure {
     HRESULT code;
 };

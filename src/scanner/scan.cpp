@@ -25,7 +25,7 @@ Reference<IBluetoothLEAdvertisementWatcher> CreateWatcher() {
 }
 
 // Creates a random key. Call it without holding scannerMutex, because the system may load a
-// library.
+// library for it, which can block.
 AddressHash::Key DrawKey() {
     return {system::RandomBits(), system::RandomBits()};
 }

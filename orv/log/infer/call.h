@@ -1,4 +1,4 @@
-// A call of a library function, as reconstructed from the log.
+// A library call, reconstructed from the log.
 #pragma once
 
 #include <cstdint>

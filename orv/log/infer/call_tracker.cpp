@@ -13,7 +13,7 @@ namespace {
 constexpr std::int64_t BeforeLog = 100;
 
 // If calls may overlap, a call without a result line counts as ended after this time in ms, which
-// allows for several waits and for closing links.
+// allows for several timeouts and for closing links.
 constexpr std::int64_t Longest = 15'000;
 
 // Hosts have fewer threads. If this many calls are open, the oldest one counts as ended.
@@ -101,7 +101,7 @@ void CallTracker::EndWhatMustHaveEnded(std::int64_t time) {
 }
 
 void CallTracker::AddResult(const Entry& entry) {
-    // In a growing log, the first result line of a function may follow many of its calls.
+    // A growing log may show only now that the host writes result lines for this function.
     results.set(static_cast<std::size_t>(entry.subject.function));
     const bool inLog = entry.time - entry.duration >= *logBegin - BeforeLog;
     std::size_t best = open.size();

@@ -67,7 +67,7 @@ class CallTracker {
     Threads threads;
     std::function<void(const Call&)> onCall;
     std::function<void(const Entry&)> onForeign;
-    // Open calls in the order of their trace lines. Holds pointers, because erasing moves elements.
+    // Open calls in the order of their trace lines. Pointers are cheap to move on erasure.
     std::vector<std::unique_ptr<OpenCall>> open;
     std::size_t withFailure = 0;  // the first `withFailure` open calls have a failure line
     std::uint64_t failureCount = 0;

@@ -9,7 +9,7 @@ namespace {
 // A successful call is explained only if it took at least this many ms.
 constexpr std::int64_t Slow = 1000;
 
-// Maximum duration in ms of a call that is rejected without a wait.
+// Maximum duration in ms of a call that is rejected without waiting for the system.
 constexpr std::int64_t Immediate = 250;
 
 struct SuspectList {

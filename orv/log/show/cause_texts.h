@@ -18,7 +18,7 @@ struct CauseTexts {
 
 const CauseTexts& TextsOf(Cause cause);
 
-// Returns the purpose of a wait, such as "looking up the service".
+// Returns the purpose of wait `step`, such as "looking up the service".
 std::string_view StepName(Function function, int step);
 // Returns the waits in words, such as "while listing the radios"; empty for no wait.
 std::string StepWords(Function function, Steps steps);

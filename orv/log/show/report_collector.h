@@ -1,4 +1,4 @@
-// Collects the data of a report from a whole log.
+// Collects the data of a report from a log.
 #pragma once
 
 #include <cstdint>
@@ -27,7 +27,7 @@ struct Span {
 
 struct ReportedDevice {
     std::uint64_t address = 0;
-    std::string name;  // the latest name that is not empty
+    std::string name;  // the latest nonempty name
     std::vector<Sample> signal;
     std::int64_t connects = 0, failedCalls = 0;
     std::int64_t bytesReceived = 0, bytesSent = 0;
@@ -48,7 +48,7 @@ class ReportCollector : public Listener {
     void OnCall(const Call& call) override;
     void OnNote(const Note& note) override { notes.push_back(note); }
 
-    std::vector<Span> calls[3];  // one list for each Family
+    std::vector<Span> calls[3];  // indexed by Family
     std::vector<Sample> advertisements, notifications, failures, sent;
     std::unordered_map<std::uint64_t, ReportedDevice> devices;
     std::map<std::string, FailureGroup> failureGroups;
