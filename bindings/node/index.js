@@ -317,7 +317,7 @@ class DeviceStream extends EventEmitter {
 /** Connects to a device, whether or not a scan has found it. */
 async function connect(address, native = library()) {
     const number = addressNumber(address);
-    // Rejects a second link, because the library would use the queue of the first link for both.
+    // Rejects a second link, because both would share one queue of received bytes.
     if (native.linked.has(number)) throw new OrvError(`cannot connect to ${address}: this process is already connected to it`, "in use");
     native.linked.add(number);
     try {

@@ -94,8 +94,8 @@ def number(value):
 
 
 def lengths(rows, misses):
-    """Prints the cost of operations on device lists, by the list's length. The cost may grow by the
-    factor LARGEST_GROWTH, plus one memory access for each additional first-level cache miss."""
+    """Prints the cost of operations on device lists, by list length. It may be
+    LARGEST_GROWTH times that of the shortest list, plus a memory access per added cache miss."""
     missed = []
     access = {n: rows["memory access, %d listed" % n]["ours"][0] for n in LENGTHS}
     print("\n| by listed devices | %s | memory accesses | allowed |" % " | ".join(

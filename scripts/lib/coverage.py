@@ -9,7 +9,7 @@ def never_taken(file):
     lines, branches = {}, {}
     segments = file['segments']
     for (line, _, count, has_count, _, is_gap), after in zip(segments, segments[1:]):
-        # A segment ends on the line before the next one, but always contains its own line.
+        # A segment ends on the line before the next segment, but contains at least its first line.
         for covered in range(line, max(line + 1, after[0])):
             if has_count and not is_gap:
                 lines[covered] = max(lines.get(covered, 0), count)

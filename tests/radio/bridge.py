@@ -16,8 +16,8 @@ SENT = bytes(i * 7 & 255 for i in range(8192))
 
 
 def await_end(device):
-    """Waits for the end of the link. The daemon closes it 2 s after the request, even if another process
-    has connected meanwhile."""
+    """Waits for the end of the link. The daemon closes it 2 s after a disconnect request, even if
+    another process has connected meanwhile."""
     manager = dbus.Interface(dbus.SystemBus().get_object("org.bluez", "/"), "org.freedesktop.DBus.ObjectManager")
     while any(interfaces.get("org.bluez.Device1", {}).get("Connected")
               for path, interfaces in manager.GetManagedObjects().items()

@@ -49,7 +49,7 @@ milliseconds DurationOfRefusal(BluetoothAddress address) {
     return duration_cast<milliseconds>(steady_clock::now() - start);
 }
 // Returns true if a connect fails before the library's timeout of 2000 ms. Retries, because a busy
-// machine can delay it.
+// machine can delay the failure.
 bool IsRefusedAtOnce(BluetoothAddress address) {
     return Await([&] { return DurationOfRefusal(address) < 1900ms; });
 }
@@ -318,7 +318,8 @@ TEST_F(DaemonTest, DroppedLinkIsOpenedAgainByTheNextConnect) {
     ExpectEcho();
 }
 
-// Opening a socket ends the link here. After the second time, the library requests D-Bus signals.
+// Here, opening the notification socket ends the link. After the second time, the library requests
+// D-Bus signals instead.
 TEST_F(DaemonTest, DeviceThatDropsTheLinkWithTheSocketGetsSignals) {
     daemon.Arrange([](Behaviour& b) { b.acquireDropsLink = true; });
     EXPECT_TRUE(Await([&] {

@@ -166,7 +166,7 @@ class Peripheral:
             error.get_dbus_name() else done("error %s" % error))
 
     def advertise(self, done):
-        """Uses a new object path: the daemon reads an advertisement only when it is registered."""
+        """Advertises with a new path: the daemon reads an advertisement only at registration."""
         if self.advertisement:
             try:
                 self.controller("LEAdvertisingManager1").UnregisterAdvertisement(
@@ -258,8 +258,7 @@ def main():
             reply(answer)
         return True
 
-    # GLib does not notice a line in Python's buffer. There is none, because the tests wait for each
-    # reply.
+    # GLib does not notice lines in Python's buffer. It stays empty: the tests wait for each reply.
     sys.stdin = os.fdopen(0, "r", 1)
     GLib.io_add_watch(0, GLib.IO_IN | GLib.IO_HUP, read)
     loop.run()

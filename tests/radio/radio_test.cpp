@@ -92,7 +92,7 @@ TEST_F(RadioTest, WritesUpToTheLongestValue) {
 
 TEST_F(RadioTest, SeveralLinksStayApart) {
     Connect(First);
-    // Only the controller hci2 finds peripheral 1.
+    // A controller supports one link, so only hci2 scans for peripheral 1.
     testBed.Do("appear 1");
     ASSERT_TRUE(Await([&] {
         testBed.Do("scan hci2 on");
@@ -146,7 +146,7 @@ TEST_F(RadioTest, RadioGoesOffDuringALink) {
     const std::uint8_t byte = 0;
     EXPECT_TRUE(Await([&] { return OrvDevice_Send(First, 1, &byte) == -1; }));
     EXPECT_EQ(OrvDevice_Disconnect(First), 0);
-    PowerAll("off");  // an emulated controller does not detect the end of a link
+    PowerAll("off");  // the peripheral's controller does not detect the link's end
     testBed.Appear();
     Connect(First);
     ExpectEcho(First);

@@ -25,7 +25,7 @@ std::vector<std::string> ClientOf(const std::string& kind) {
                            : std::vector<std::string>{"./radio_bench", kind, FirstText};
 }
 
-// Returns how many milliseconds the connect took, or -1. Retries like RadioFixture::Connect.
+// Returns the connect time in ms, or -1 on failure. Retries like RadioFixture::Connect.
 int ConnectBy(Child& client) {
     int ms = -1;
     for (int i = 0; i < 10 && ms < 0; ++i) {

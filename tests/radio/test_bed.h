@@ -13,8 +13,7 @@
 
 namespace orv::radio {
 
-// A child process, which the destructor ends. The object is connected to the child's standard input
-// and output.
+// A child process with pipes to its standard input and output. The destructor ends it.
 class Child {
   public:
     explicit Child(const std::vector<std::string>& command);

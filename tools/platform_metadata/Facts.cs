@@ -116,7 +116,7 @@ internal sealed class Facts(Library library, TextWriter output)
             .Select(arguments => (string)arguments[0]!)
             .FirstOrDefault(reader.GetString(method.Name));
 
-    // An array is passed as its length and first element. The result is the last parameter.
+    // An array is passed as its length and a pointer. The result is the last parameter.
     private IEnumerable<string> Parameters(
         MetadataReader reader, MethodDefinition method, ImmutableArray<WindowsType> arguments)
     {

@@ -44,7 +44,7 @@ def program(declared):
 
 
 def assumed(declared):
-    """Returns that every class is agile: the library uses their objects on any thread."""
+    """Returns the assumption that every class is agile: the library uses objects on any thread."""
     return {(name, "agile"): "yes" for name in declared.classes}
 
 

@@ -41,7 +41,7 @@ def read(lines):
 
 
 def compare(name, facts, official):
-    """Compares a source with official ones. Returns how many of its facts each of them has,
+    """Compares a source's facts with official ones. Returns how many each official source has,
     and a line for each difference. A fact that no official source has is a difference."""
     counts, differences = dict.fromkeys(official, 0), []
     for (subject, aspect), value in facts.items():

@@ -24,7 +24,7 @@ DELEGATES = ("AsyncOperationCompletedHandler", "TypedEventHandler")
 
 
 def link_headers(root, folder):
-    """Links the official headers under each spelling in #include lines, because Windows ignores
+    """Symlinks the official headers under each spelling in #include lines, because Windows ignores
     case in file names."""
     shutil.rmtree(folder, ignore_errors=True)  # an earlier run may have used another package
     folder.mkdir(parents=True)
@@ -95,7 +95,7 @@ def read_interfaces(text, found):
                                 r'return L"([^"]+)"', text):
         name = re.sub(r"`\d|[A-Za-z.]*\.|\s", "", full).replace("Object", "IInspectable")
         found[name, "id"] = iid.lower()
-    # Interfaces that the headers declare only for C++.
+    # Reads interfaces that the headers declare only for C++.
     for spaces, iid, name, body in re.findall(
             r'((?:namespace \w+ \{\s*)+)struct __declspec\(uuid\("([^"]+)"\)\) (\w+) '
             r': public IUnknown\s*\{(.*?)\};', text, re.S):

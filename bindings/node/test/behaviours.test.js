@@ -1,5 +1,5 @@
 "use strict";
-// Tests the behaviours of all bindings, from the file $ORV_BEHAVIOURS, and Node's features.
+// Tests the behaviours that all bindings share, from $ORV_BEHAVIOURS, and Node's features.
 const assert = require("node:assert/strict");
 const { once } = require("node:events");
 const fs = require("node:fs");
@@ -53,7 +53,7 @@ class Run {
                     for (let time = 0; time < step.times; ++time) await this.steps(steps);
                 }));
                 return undefined;
-            default: return subject[step.do](); // close, flush, devices
+            default: return subject[step.do](); // calls close, flush or devices
         }
     }
 

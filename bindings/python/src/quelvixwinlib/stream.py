@@ -24,7 +24,7 @@ class Stream:
         self.timeout = timeout
         self._open = False
         with self._library.lock:
-            # Rejects a second link, because the library would use the queue of the first link for both.
+            # Rejects a second link, because both would share one queue of received bytes.
             if self._number in self._library.open_addresses:
                 raise LinkInUse("cannot connect to %s: this process is already connected to it" % self.address)
             self._library.open_addresses.add(self._number)
