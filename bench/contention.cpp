@@ -1,6 +1,6 @@
-// Measures how long notification and receive calls wait for the lock of the links if threads make
-// them without a pause. In further rounds, another thread sends, and holds the lock until the
-// device answers after 15 ms (two connection intervals of 7.5 ms).
+// Measures how long notifications and receive calls wait for the mutex that protects the links if
+// threads repeat them without a pause. In further rounds, another thread sends, and holds the mutex
+// until the device answers after 15 ms (two connection intervals of 7.5 ms).
 //
 // Prints rows of latencies as JSON, in nanoseconds of real time.
 #include <algorithm>

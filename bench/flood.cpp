@@ -1,6 +1,6 @@
 // Simulates, without pauses, a sender that fills the device list for an hour: 1630 advertisements a
-// second, each from a new address with the family's name. The host polls ten times a second and
-// reads the new records.
+// second, each with an ORV name and a new address. The host polls ten times a second and reads the
+// new records.
 //
 // Prints as "worst" the real time of the longest call, including waits for the lock, and as "late"
 // the number of calls above 1 ms. Both grow when a busy machine preempts a thread. "own" is the
@@ -29,7 +29,7 @@ constexpr std::size_t PerHour = PerSecond * 3600;
 constexpr std::size_t PerPoll = PerSecond / 10;
 constexpr int Rounds = 3;
 
-// Finds the longest of many calls. `place` is a call's number, the same in every round.
+// Finds the longest of many calls. `place` is the number of a call within its round.
 class Worst {
   public:
     explicit Worst(std::size_t places) : fastest(places, Never), round(places, 0) {}

@@ -34,7 +34,7 @@ void Count(const char* path, Prepare prepare, Body body) {
     }
     CALLGRIND_TOGGLE_COLLECT;
     CALLGRIND_DUMP_STATS_AT(path);
-    CALLGRIND_STOP_INSTRUMENTATION;  // instrumented code would fill device lists slowly
+    CALLGRIND_STOP_INSTRUMENTATION;  // otherwise, the next prepare() would be slow
     std::printf("%s\n", path);
 }
 

@@ -24,7 +24,7 @@ const char* FloorPath() {
     return path;
 }
 
-// The minimal hand-written log: appends a line that already contains its text and time.
+// The minimal hand-written log: appends a line that is already formatted.
 void WriteByHand(std::string_view line) {
     const std::lock_guard<std::mutex> lock(floorMutex);
     const int file = open(FloorPath(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);

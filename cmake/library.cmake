@@ -47,7 +47,7 @@ function(orv_library target)
         target_sources(${target} PRIVATE ${list})
         set_target_properties(${target} PROPERTIES PREFIX "")
     else()
-        # The version script names no version, because its name would be exported as a symbol.
+        # The version script names no version, because a version's name is exported as a symbol.
         list(JOIN names ";\n    " lines)
         set(list ${PROJECT_BINARY_DIR}/${target}.exports)
         file(CONFIGURE OUTPUT ${list}

@@ -81,7 +81,6 @@ static const char* Style(const char* sequence) {
 #define Green Style("\033[32m")
 #define Plain Style("\033[0m")
 
-/* Prints a step of the demo and its result. */
 static void Report(const char* step, const char* format, ...) {
     va_list values;
     printf("%s%-11s%s ", Bold, step, Plain);
@@ -249,7 +248,6 @@ static int Exchange(BluetoothAddress address) {
     return 0;
 }
 
-/* Prints the last lines of the log. */
 static int ShowLog(const char* path) {
     enum { MostBytes = 4096, MostLines = 8 };
     static char text[MostBytes + 1];

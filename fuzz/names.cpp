@@ -7,7 +7,7 @@ void orv::fuzz::RunInput(Model& model, Input& input) {
     model.Run({Initialize, 0, 0, {}});
     model.Run({Start, 1, 0, {}});
     while (!input.IsEmpty()) {
-        // Its bits select the device, the packet type, and the name's beginning, such as "ORV".
+        // `how` selects the device, the packet type, and the name's beginning, such as "ORV".
         const std::uint8_t how = input.Byte();
         model.Run({SetName, how, static_cast<std::uint8_t>(how >> 1), input.Piece()});
         model.Run({Advertise, how, static_cast<std::uint8_t>(how >> 1 & 1), {}});

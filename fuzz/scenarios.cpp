@@ -19,7 +19,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         }
     }
     // Simulates only 5 ms, because a scenario may cause very many events. Makes no library calls,
-    // because they could hang.
+    // because a scenario can make them hang.
     OrvWorld_PassTime(5);
     return 0;
 }

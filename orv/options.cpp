@@ -229,7 +229,7 @@ ExitStatus CommandLine::Run(std::vector<std::string> arguments) {
     try {
         app->parse(arguments);
     } catch (const CLI::ParseError& error) {
-        // For an unknown command with --help, the parser would print its parent's help.
+        // For --help after an unknown command, the parser prints the help of the parent command.
         if (error.get_exit_code() == 0 && !HasUnknownCommand(app.get())) {
             app->exit(error);
             return ExitStatus::Done;

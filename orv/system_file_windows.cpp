@@ -7,8 +7,8 @@
 
 namespace orv {
 
-// Reads attributes, because the C++ library follows links on Windows. Cloud files are reparse
-// points, too, so only the tags of links count.
+// Reads attributes, because the C++ library follows links on Windows. Links and cloud files are
+// both reparse points, so only the tags of links count.
 bool IsLink(const std::filesystem::path& path) {
     WIN32_FIND_DATAW found;
     const HANDLE search = FindFirstFileW(path.c_str(), &found);

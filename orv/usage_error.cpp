@@ -34,7 +34,6 @@ std::vector<std::string> OptionsOf(const CLI::App* command) {
     return names;
 }
 
-// Returns the part of a parser's message that precedes `mark`.
 std::string WordBefore(const std::string& text, const std::string& mark) {
     return text.substr(0, text.find(mark));
 }

@@ -88,7 +88,7 @@ def origins(build, targets):
         for path in objects + [path for path, _ in members]:
             if path.startswith("/") and build not in pathlib.Path(path).parents:
                 others.add(os.path.realpath(path))
-        # Link maps name members of the build's own archives without their folder.
+        # For archives of the build, link maps contain only the members' file names.
         taken = {member for path, member in members if not path.startswith("/") or str(build) in path}
         for path, included in headers.items():
             if path in own or pathlib.Path(path).name in taken:

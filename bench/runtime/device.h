@@ -1,4 +1,4 @@
-// A device with its service, characteristic and notifications, and the data reader and writer.
+// A device with its service, characteristic and notifications, a data reader and a data writer.
 #pragma once
 
 #include <memory>

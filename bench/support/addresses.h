@@ -23,7 +23,7 @@ inline const char16_t* LocalNameOf(AddressKind kind) {
 
 // Generates the addresses of advertisements. Addresses of listed devices repeat in an order that
 // jumps across the list, so that no cache contains the next device of a long list. Addresses of
-// devices of another family, which the scanner does not list, never repeat.
+// devices without an ORV name, which the scanner does not list, never repeat.
 class Addresses {
   public:
     Addresses(AddressKind ownKind, std::size_t ownCount) : kind(ownKind), count(ownCount) {}
@@ -34,7 +34,7 @@ class Addresses {
     BluetoothAddress Next() {
         switch (kind) {
             case AddressKind::Listed:
-                place += count / 10 * 6 + 1;  // visits all if `count` is a power of ten
+                place += count / 10 * 6 + 1;  // visits all devices if `count` is a power of ten
                 place -= place >= count ? count : 0;
                 return ListedAddress + place;
             case AddressKind::New:

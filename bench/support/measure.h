@@ -19,7 +19,6 @@ constexpr const char* Ours = "/ours";
 constexpr const char* Floor = "/floor";
 constexpr const char* RuntimeAlone = "/runtime";
 
-// Returns the processor time of the calling thread.
 inline double ThreadNs() {
     timespec now;
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);

@@ -1,4 +1,4 @@
-// Keeps a link to a device open while it is wanted, with limited queues for both directions.
+// Keeps a wanted link to a device open, with limited queues for both directions.
 #pragma once
 
 #include <chrono>

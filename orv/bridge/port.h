@@ -1,4 +1,4 @@
-// A port copies bytes between the link to a device and the program at an entrance.
+// Copies bytes between the link to a device and the client of a socket or pseudo-terminal.
 #pragma once
 
 #include <chrono>

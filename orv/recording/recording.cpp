@@ -27,7 +27,7 @@ constexpr std::string_view FamilyPrefix = "ORV";
 std::string WholeName(std::string_view name) {
     std::string whole(name);
     for (std::size_t left = UnfinishedBytes(whole) > 0 ? 3 : 0; left > 0; --left) {
-        // After these lead bytes, 0x80 is not a valid second byte.
+        // After 0xE0 and 0xF0, 0x80 is not a valid second byte.
         const auto last = static_cast<unsigned char>(whole.back());
         whole += last == 0xE0 || last == 0xF0 ? '\xA0' : '\x80';
         if (UnfinishedBytes(whole) == 0) {
@@ -173,7 +173,7 @@ void ScanRecording::AddPacket(Content content, const DiscoveredDevice& device) {
 void ScanRecording::AddChange(const DiscoveredDevice* before, const DiscoveredDevice& now) {
     const std::string_view name = NameOf(now);
     if (!before && name.substr(0, FamilyPrefix.size()) != FamilyPrefix) {
-        // The library lists only devices that advertised a family name, so this one did so earlier.
+        // The library lists only devices that advertised an ORV name, so this one did so earlier.
         AddPacket(Content::FamilyName, now);
     }
     const bool hasValues = before ? !HaveSameValues(*before, now)

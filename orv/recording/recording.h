@@ -1,8 +1,8 @@
 // Records a scan or a conversation as a scenario for the simulated world.
 //
-// A host polls only the latest record of each device and its stream of bytes. So a recording lacks
-// packets that changed nothing or arrived between two polls, devices of other families, sent bytes,
-// and the boundaries of notifications.
+// A host polls only the latest record and the received bytes of each device. So a recording lacks
+// packets that changed nothing or arrived between two polls, devices without an ORV name, sent
+// bytes, and the boundaries of notifications.
 #pragma once
 
 #include <chrono>
@@ -34,7 +34,7 @@ class RecordingFile {
     // reached a limit.
     void Add(const std::string& event, std::size_t values, std::int64_t at);
     void Flush();
-    // Adds the devices and renames the file to `name`. Throws a Problem if a limit was reached.
+    // Adds the devices and gives the file its final name. Throws a Problem if a limit was reached.
     void End(const std::vector<BluetoothAddress>& devices);
 
   private:

@@ -33,8 +33,8 @@ class StepLine {
     std::optional<LiveLines> live;
 };
 
-// Runs a blocking call on another thread and waits for its end. Shows `step` meanwhile, and the
-// first interrupt at once.
+// Runs a blocking call on another thread and waits for its end. Shows `step` meanwhile, and
+// reports the first interrupt at once.
 void Await(const std::string& step, int limitSeconds, const std::function<void()>& call);
 
 }  // namespace orv::terminal

@@ -47,7 +47,7 @@ Link::Link(Library& loaded, BluetoothAddress device) : library(loaded), address(
             "Scanning for it, %d s at most\n",
             AddressText(address).c_str(), SearchSeconds);
     const auto heard = SearchDevice(library, address);
-    // A device that another program has just released may not advertise yet.
+    // Connects even if `heard` is empty: a device that was just disconnected may not advertise yet.
     if (!Connect()) {
         throw NotConnected(address, heard ? "it was heard at " + std::to_string(heard->rssi) +
                                                 " dBm, but the device or the system rejected it"

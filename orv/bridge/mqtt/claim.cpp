@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 // Number of dB by which a gateway's signal must be stronger to take a device from one that has no
 // link to it. The signal of a device at rest varies by a few dB.
 constexpr int StrongerBy = 6;
-// Time until a claim is repeated. Two repetitions may be lost before the claim expires.
+// Time until a gateway repeats its claim. Two repetitions may be lost before the claim expires.
 constexpr auto RepeatAfter = 10s;
 // A gateway repeats a claim that the broker does not send back within this time. Even distant
 // brokers need less.

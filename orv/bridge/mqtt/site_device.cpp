@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 constexpr std::size_t LargestBlock = 4096;
 constexpr std::size_t RememberedIds = 256;
 constexpr auto CountsEvery = 5s;
-// Losses or failed connects in a row that mark a link as failing. Its next retry is 4 s later.
+// After this many losses or failed connects in a row, a link is failing. It is retried 4 s later.
 constexpr std::uint64_t FailingAfter = 3;
 
 }  // namespace
