@@ -12,7 +12,8 @@ void orv::fuzz::RunInput(Model& model, Input& input) {
         const What what = next[how % 7];
         Bytes value = what == Notify ? input.Piece() : Bytes();
         for (int i = 0; what == Notify && i < (how >> 6); ++i) {
-            value.insert(value.end(), value.begin(), value.end());  // up to 2040 bytes
+            const Bytes half = value;
+            value.insert(value.end(), half.begin(), half.end());  // up to 2040 bytes
         }
         model.Run({what, 0, what == Receive ? input.Byte() : how, value});
     }
