@@ -66,7 +66,7 @@ HRESULT Hand(Interface** receiver, T* object) {
     return S_OK;
 }
 
-// A list with one item, which must outlive it.
+// A list with one item. The item must outlive the list.
 template <typename T>
 class OneItem final : public Bare<IVectorView<T>> {
   public:

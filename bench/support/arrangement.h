@@ -16,7 +16,8 @@ namespace orv::bench {
 
 // Opens links with the addresses 1 (the oldest) to `count`.
 void ArrangeLinks(std::size_t count);
-// Makes link 1 hold exactly `bytes` received bytes, in the library and in the hand-written host.
+// Makes link 1 hold exactly `bytes` received bytes, in the library and in the minimal code
+// that it is compared with.
 void ArrangeQueue(std::size_t bytes);
 // Returns the characteristic that the runtime passes to the library's notification callback.
 Reference<IGattCharacteristic> SenderOf(BluetoothAddress address);

@@ -74,8 +74,8 @@ class Comparison {
     long failures = 0;
 };
 
-// Counts notifications between the log lines of a connect's call and result. Stops at the first
-// send, because later ones may answer it.
+// Counts the notifications in the log from the line of a connect to its result line. Stops at the
+// first send, because notifications after a send may answer it.
 class EarlyNotifications {
   public:
     void Take(const log::Entry& entry) {

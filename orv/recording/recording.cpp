@@ -45,8 +45,8 @@ std::string_view BytesOf(const std::uint8_t* value, std::size_t length) {
     return {reinterpret_cast<const char*>(value), length};
 }
 
-// Returns the values of a device as sections of a scan response. Each section begins with its key,
-// low byte first.
+// Returns the values of a device as data sections of a scan response. The data of each section
+// begins with the 16-bit key of the value, low byte first.
 Json Sections(const DiscoveredDevice& device) {
     Json sections = Json::array();
     if (device.value0500 != 0xFF) {

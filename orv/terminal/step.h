@@ -20,7 +20,7 @@ class StepLine {
     StepLine& operator=(const StepLine&) = delete;
 
     void Show();
-    // Replaces the line with a message on the standard error.
+    // Replaces the line of the step with a message on the standard error output.
     void Say(const std::string& message);
     double Seconds() const;
 

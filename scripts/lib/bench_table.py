@@ -37,7 +37,7 @@ def load(path):
 
 
 def read(path):
-    """Returns {row: {side: (ns, allocations)}}; a side is "ours", "floor" or "runtime"."""
+    """Returns {row: {side: (ns, allocations)}}; a side is "ours", "floor" (minimal code) or "runtime"."""
     rows = {}
     for run in load(path)["benchmarks"]:
         if run.get("run_type") != "iteration":

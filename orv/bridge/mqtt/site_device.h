@@ -79,7 +79,7 @@ class SiteDevice {
     std::deque<std::string> ids;
 
     std::shared_ptr<PersistentLink> link;  // null if this gateway does not hold the device
-    std::uint64_t queued = 0;              // bytes of all commands on this link
+    std::uint64_t queued = 0;              // bytes of all commands since the link opened
     std::uint64_t lostSoFar = 0;           // lost bytes that were already reported
     std::deque<Command> commands;
     LinkStatus published;

@@ -49,7 +49,7 @@ struct Call {
     bool logEnded = false;      // the log ends during the call
     bool isHanging = false;     // the result line is missing, so the call did not return
     Bounds duration;
-    std::int64_t lockWait = 0;  // maximum wait in ms for other calls' locks
+    std::int64_t lockWait = 0;  // longest possible wait in ms for locks of other calls
     Failures failures;
     Presence presence = Presence::Unknown;
     DeviceEvidence device;

@@ -131,7 +131,7 @@ void CallTracker::AddFailure(const Entry& entry) {
         return;
     }
     ++failureCount;
-    // Visits each call only for its first failure line, so many open calls cost little time.
+    // Visits each call only for its first failure line, so that even many open calls cost little.
     for (; withFailure < open.size(); ++withFailure) {
         Call& call = open[withFailure]->call;
         call.failures.text = entry.words.substr(0, LongestFailureText);
@@ -147,7 +147,7 @@ void CallTracker::AddFailure(const Entry& entry) {
 }
 
 // Returns whether a callback may have written the failure line. A callback can fail before its
-// trace line, so the source may be any scan or link, even one older than the log.
+// trace line, so any scan or link may have caused it, even one that the log does not show.
 bool CallTracker::CallbackMayFail(const OpenCall& opened) const {
     const Call& call = opened.call;
     const Function function = call.subject.function;

@@ -41,7 +41,7 @@ enum class Cause : std::uint8_t {
 
 constexpr int CauseCount = 26;
 
-// A set of a function's waits for the system. Bit 0 is the first wait.
+// A set of the steps in which a function waits for the system. Bit 0 is the first one.
 using Steps = std::uint8_t;
 
 struct Suspect {

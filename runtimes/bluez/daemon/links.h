@@ -18,7 +18,7 @@ class Links {
     Links(Connection& connectionOfLinks, Discovery& discoveryOfLinks)
         : connection(connectionOfLinks), discovery(discoveryOfLinks) {}
 
-    // Looks up a device in the daemon's list, or scans for it if this process has found it before.
+    // Looks up a device in the daemon's list. Scans for a device that is no longer in the list.
     void Find(UINT64 address, Found done);
     // Connects if necessary. Calls `done` when the services are resolved and `isThere` returns
     // true, or a short time after the services are resolved.

@@ -56,7 +56,7 @@ HRESULT GetActivationFactory(const char16_t* className, const GUID& iid, void** 
     }
 }
 
-// Linux has no COM apartments and no libraries with factories.
+// Linux has no COM apartments and no DLLs with activation factories, so these do nothing.
 HRESULT JoinMultithreadedApartment() {
     return S_OK;
 }
