@@ -7,7 +7,7 @@ namespace {
 
 using log::Cause;
 
-// When the log reader must report a single cause: never, if the log has result lines, or always.
+// When the log reader must report a single cause: never, only in logs with result lines, or always.
 enum class Alone { Never, WithResult, Always };
 
 struct Refusal {

@@ -13,8 +13,8 @@ GAPS = [
     (DOCUMENT, "`flood`", "`flod`", [
         "truth without a scenario: Notifications that the host does not receive",
         "scenario without a truth: flood"]),
-    (DOCUMENT, "**The host.** The host regularly", "The host regularly",
-     ["truth without **The host.**: A device that disappears"]),
+    (DOCUMENT, "**What the host should do.** The host regularly", "The host regularly",
+     ["truth without **What the host should do.**: A device that disappears"]),
     (DOCUMENT, ": `quiet_device`", ": `noisy`",
      ["truth without a check of orv doctor: Notifications that the host does not receive (noisy)"]),
     (TESTS, '{"cut_name",', '{"cut",', ["scenario without a test: cut_name"]),

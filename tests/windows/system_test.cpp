@@ -75,7 +75,7 @@ bool WorksIn(int apartment) {
     return works;
 }
 
-// Each row needs its own process, because the library requests its factories only once.
+// Each host needs its own process, because the library requests its factories only once.
 [[noreturn]] void RunHost(const Host& host) {
     const bool held = OnThread(ApartmentIsHeld);
     const bool works = OnThread([&] { return WorksIn(host.first) && WorksIn(host.second); });

@@ -92,7 +92,7 @@ class Broker {
     struct Block {
         Message message;
         std::uint64_t device;
-        std::uint64_t number;  // 0 if the message is not a block
+        std::uint64_t number;  // number of the block of received bytes; 0 for other messages
     };
     struct Fact {
         Message message;

@@ -49,8 +49,8 @@ void Links::Add(Request request) {
         requests.push_back(request);
         requests.back().id = ++lastId;
         if (!request.connect) {
-            // A lookup waits for an old link to end, so that the connect after it need not: the
-            // daemon closes a link, and any link opened meanwhile, 2 s after the disconnect call.
+            // The daemon closes a link 2 s after the disconnect call, and with it any link that was
+            // opened meanwhile. The lookup waits for that, so that the connect need not wait.
             Later(lastId, EndOfLinkLimit, [](Request& late) { late.waitedForEnd = true; });
         }
         Step();
