@@ -88,7 +88,7 @@ class OneItem final : public Bare<IVectorView<T>> {
 extern thread_local UINT32 answerDelayMs;
 
 // An operation that is complete when it starts: put_Completed invokes the handler at once. The
-// library's wait for an operation sleeps for answerDelayMs instead (see runtime.cpp).
+// time of an answer, answerDelayMs, passes in the library's wait for the operation (runtime.cpp).
 template <typename T>
 class EndedOperation final : public Bare<IAsyncOperation<T>> {
   public:

@@ -75,7 +75,7 @@ class PtyEntrance : public Entrance {
         bytes.resize(most);
         const ssize_t count = read(terminal.descriptor, bytes.data(), most);
         bytes.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-        return count > 0 ? Io::Done : Io::Nothing;  // Refresh detects that the client has closed
+        return count > 0 ? Io::Done : Io::Nothing;  // Refresh detects a closed terminal
     }
 
     Io Write(std::string_view bytes, std::size_t& written) override {

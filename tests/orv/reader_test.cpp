@@ -15,7 +15,7 @@ struct Text {
     const char* text;
     Kind kind;
     std::uint64_t handle = 0;
-    std::int64_t number = 0;  // a call's second argument; the last number in other lines
+    std::int64_t number = 0;  // second argument of a call; of other log lines, the last number
 };
 
 const Text Texts[] = {

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int Well = 42;
 
-// Returns true if calls succeed that use each Windows Runtime class that the library needs.
+// Calls functions that use every Windows Runtime class of the library. Returns true if all succeed.
 bool EverythingWorks() {
     const std::uint8_t data[] = {1, 2, 3};
     const ResultCode scanner = OrvScanner_Initialize();

@@ -20,7 +20,7 @@ constexpr bool HasEachRow(const Row (&rows)[Count]) {
     return true;
 }
 
-// Returns the row of `value`. The row must exist.
+// Returns the row whose key equals `value`. The row must exist.
 template <auto Key, typename Row, std::size_t Count, typename Value>
 constexpr const Row& RowOf(const Row (&rows)[Count], Value value) {
     const Row* row = rows;
