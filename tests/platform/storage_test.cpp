@@ -91,7 +91,8 @@ std::size_t LongestChain(const AddressHash::Key& key,
 
 TEST(AddressHash, DistributesChosenAddressesEvenly) {
     constexpr std::size_t Count = 4096;
-    constexpr std::size_t Longest = 12;  // random hashes exceed this in one of a million sets
+    // With random hashes, one of a million sets of addresses has a longer chain.
+    constexpr std::size_t Longest = 12;
     std::vector<BluetoothAddress> addresses(Count);
     for (std::size_t pattern = 0; pattern < 5; ++pattern) {
         for (std::size_t i = 0; i < Count; ++i) {
