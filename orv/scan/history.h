@@ -1,4 +1,4 @@
-// Stores the latest name, signal strengths and time of change of each device in a scan.
+// Stores the name, the last signal strengths and the time of the last change of each device.
 #pragma once
 
 #include <cstddef>

@@ -8,8 +8,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Number of dB by which a gateway's signal must be stronger to take a device from one that has no
-// link to it. The signal of a device at rest varies by a few dB.
+// A gateway takes a device over from a gateway without a link to it if it receives the device at
+// least this many dB stronger. The signal of a device at rest varies by a few dB.
 constexpr int StrongerBy = 6;
 // Time until a gateway repeats its claim. Two repetitions may be lost before the claim expires.
 constexpr auto RepeatAfter = 10s;

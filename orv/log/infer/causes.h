@@ -28,7 +28,7 @@ enum class Cause : std::uint8_t {
     NullPointer,
     SystemFailure,
     OutOfMemory,
-    StandardFailure,  // an exception of the C++ library except bad_alloc
+    StandardFailure,  // an exception of the C++ standard library except bad_alloc
     ClosingFailed,    // connect failed, then closing the device wrote a failure line
     ClosingSlow,      // closing the device has no timeout and was slow
     ClosingHangs,
