@@ -26,7 +26,6 @@ void Connection::WhenKnown(Task task) {
 // Requests the Bluetooth daemon's objects. The call starts the daemon if D-Bus activation is
 // configured.
 void Connection::Ask() {
-    knowledge = Knowledge::Asked;
     bus.Open();
     bus.Call(
         "/", "org.freedesktop.DBus.ObjectManager", "GetManagedObjects", nullptr,
@@ -41,6 +40,7 @@ void Connection::Ask() {
             Changed();
         },
         AskLimit);
+    knowledge = Knowledge::Asked;  // after Call, which throws if memory is exhausted
 }
 
 void Connection::Signalled(sd_bus_message* signal) {

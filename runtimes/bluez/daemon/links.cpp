@@ -80,6 +80,11 @@ void Links::Step() {
         return;
     }
     stepping = true;
+    // Also resets `stepping` after an exception, which would otherwise end all later steps.
+    const struct Reset {
+        bool& flag;
+        ~Reset() { flag = false; }
+    } reset{stepping};
     while (std::exchange(changed, false)) {
         for (auto place = requests.begin(); place != requests.end();) {
             const auto current = place++;
@@ -91,7 +96,6 @@ void Links::Step() {
             }
         }
     }
-    stepping = false;
     for (auto place = sessions.begin(); place != sessions.end();) {
         const Session& session = place->second;
         const bool isIdle = session.users == 0 && !session.connecting && !session.disconnecting;

@@ -49,11 +49,15 @@ void Notifications::Subscribe(const Path& characteristic, UINT64 address,
         done(false);
         return;
     }
-    const auto [place, isNew] = entries.try_emplace(characteristic);
-    Entry& entry = place->second;
+    auto place = entries.find(characteristic);
+    const bool isNew = place == entries.end();
     if (isNew) {
-        entry.source = std::make_shared<Source>(characteristic, address);
+        // Created first, because no entry may be without a source if memory is exhausted.
+        auto source = std::make_shared<Source>(characteristic, address);
+        place = entries.try_emplace(characteristic).first;
+        place->second.source = std::move(source);
     }
+    Entry& entry = place->second;
     entry.source->Subscribe(std::move(subscriber));
     if (entry.mode != Mode::Starting) {
         done(true);
