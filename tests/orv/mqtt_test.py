@@ -31,6 +31,8 @@ class SiteTest(WorldCase):
     worlds = {
         "strong": {"devices": [{**DEVICE, "signal": -50}]},
         "weak": {"devices": [{**DEVICE, "signal": -80}]},
+        "connecting": {"devices": [{**DEVICE, "signal": -80,
+                                    "answers": [{"operation": "FindServices", "never": True}]}]},
         "busy": {"devices": [SILENT], "events": [LINES]},
         "flood": {"devices": [SILENT],
                   "events": [{**LINES, "notify": "55" * 4000, "every": 2}]},
@@ -168,10 +170,18 @@ class MqttTest(SiteTest):
         self.site.await_that(lambda: self.site.fact(f"gateway/desk/heard/{FIRST}").get("name") == "ORV-NEW", "new name")
         self.assertLess(sum("/heard/" in topic for _, topic, _ in self.site.history), 6)
 
-    def test_the_stronger_signal_takes_the_device_and_the_weaker_follows(self):
-        self.gateway("weak", "weak")
+    def test_a_stronger_signal_takes_a_device_that_has_no_link(self):
+        self.gateway("weak", "connecting")
+        self.site.publish(f"device/{FIRST}/connect", b"on", retain=True)
+        self.site.await_that(lambda: self.site.fact(f"device/{FIRST}/claim").get("gateway") == "weak", "claim of weak")
+        self.gateway("strong", "strong")
+        self.await_link("strong")
+        self.assertEqual(self.holders(), ["strong"])
+
+    def test_another_gateway_follows_one_that_is_killed_and_keeps_its_link(self):
         strong = self.gateway("strong", "strong")
         self.connect("strong", retain=True)
+        self.gateway("weak", "weak")
         strong.process.send_signal(signal.SIGKILL)
         self.await_link("weak")
         self.gateway("strong", "strong")
