@@ -29,7 +29,8 @@ constexpr std::size_t PerHour = PerSecond * 3600;
 constexpr std::size_t PerPoll = PerSecond / 10;
 constexpr int Rounds = 3;
 
-// Finds the longest of many calls. `place` is the number of a call within its round.
+// Finds the longest of many calls. Repeats all calls in each round and counts only the fastest run
+// of each, because other processes can interrupt a call. `place` is a call's number in its round.
 class Worst {
   public:
     explicit Worst(std::size_t places) : fastest(places, Never), round(places, 0) {}

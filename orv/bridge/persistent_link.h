@@ -61,8 +61,8 @@ class PersistentLink {
 
     // Removes and returns at most `most` received bytes, oldest first.
     std::string Take(std::size_t most);
-    // Drops the received bytes in the queue. Counts them as unread, and `taken` bytes that Take
-    // returned but the caller did not deliver.
+    // Drops the received bytes in the queue and counts them as unread. `taken` is the number of
+    // bytes that Take returned and no client received; they are counted, too.
     void DropReceived(std::size_t taken);
 
     LinkStatus Status();

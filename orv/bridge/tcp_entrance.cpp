@@ -80,7 +80,7 @@ class TcpEntrance : public Entrance {
             if (error || next.non_blocking(true, error)) {
                 return 0;
             }
-            // Replaces a client that sends no more, because it has probably disconnected.
+            // A client that has closed its sending side is replaced, because it has probably ended.
             if (client.is_open() && !hasInputEnded) {
                 note = "refused " + NameOf(address) + ": " + peer + " uses the device";
                 continue;

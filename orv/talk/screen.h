@@ -28,8 +28,8 @@ class Screen {
     Screen& operator=(const Screen&) = delete;
 
     void ShowSent(std::string_view bytes);
-    // Shows received bytes. Keeps an incomplete character for the next call, unless `bytes` is
-    // empty.
+    // Shows received bytes. An incomplete character at the end is shown by the next call; call this
+    // with empty `bytes` to show it at once.
     void ShowReceived(std::string_view bytes);
     void ShowNote(std::string_view text);
     void ShowTyped(const Counters& counters, const LineEditor& typed);

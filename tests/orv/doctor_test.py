@@ -43,7 +43,7 @@ REFUTED = {
 }
 DEVICE = {"address": ADDRESS, "name": NAME, "interval": 100, "echo": 15}
 
-# Other simulated worlds, each with the assumptions to refute.
+# Further simulated worlds, each with the assumptions that orv doctor must refute in it.
 WORLDS = {
     "no_radio": ({"radios": []}, []),
     "radio_not_seen": ({"devices": [DEVICE], "answers": [{"operation": "FindAdapter", "endsAs": "Error"}]},

@@ -1,6 +1,6 @@
-// Lets allocations of the library fail: one, all, or all together with a platform call. Each case
-// runs in its own process, because it may crash, and first on a thread that has not yet handled an
-// exception.
+// Makes memory allocations of the DLL fail: a single one, all of them, or all of them while a
+// platform call fails, too. Each case runs in its own process, because it may crash, and begins on
+// a new thread, because a thread's first exception needs memory.
 #include <gtest/gtest.h>
 
 #include <algorithm>

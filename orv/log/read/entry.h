@@ -72,7 +72,7 @@ struct Entry {
     std::uint64_t line = 0;     // line number in the file
 };
 
-// Reads a line's text. A text of unknown format counts as a line of the host.
+// Reads the text of a line. If the format is unknown, the kind is Host.
 Entry ReadEntry(std::string_view text);
 
 // Returns whether the text is an advertisement whose name continues in the next line.

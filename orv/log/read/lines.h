@@ -32,7 +32,7 @@ class LineReader {
     // Returns the bytes that Next has not used.
     std::string_view Rest() const { return rest; }
 
-    // Returns how many lines without a stamp Next skipped.
+    // Returns the number of skipped lines, which have no time stamp.
     std::uint64_t StrayLines() const { return strayLines; }
     std::uint64_t NextNumber() const { return nextNumber; }
 
