@@ -1,6 +1,6 @@
-// Measures how long notifications and receive calls wait for the mutex that protects the links if
-// threads repeat them without a pause. In further rounds, another thread sends, and holds the mutex
-// until the device answers after 15 ms (two connection intervals of 7.5 ms).
+// Threads repeat notifications and receive calls without a pause. Measures how long these wait for
+// the mutex that protects the links. In half of the rounds, another thread sends and holds the
+// mutex until the device answers after 15 ms (two connection intervals of 7.5 ms).
 //
 // Prints rows of latencies as JSON, in nanoseconds of real time.
 #include <algorithm>
@@ -33,7 +33,6 @@ struct Round {
     Latencies receives;
 };
 
-// Calls `body` until `over` is true. Returns the durations of the calls.
 template <typename Body>
 Latencies Repeat(const std::atomic<bool>& over, Body body) {
     Latencies latencies;

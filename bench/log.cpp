@@ -32,7 +32,7 @@ void WriteByHand(std::string_view line) {
     close(file);
 }
 
-// Switches the library's log on, and empties it and the hand-written one, before each batch.
+// Prepares a batch: empties both logs and switches the library's log on.
 void LogOn() {
     ArrangeLinks(1);
     ArrangeListed(10);
@@ -41,7 +41,6 @@ void LogOn() {
     close(open(FloorPath(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
 }
 
-// Compares a call that logs `line` with WriteByHand(line).
 template <typename Call>
 void Logged(const std::string& row, std::string_view line, Call call) {
     Measure(row, Ours, 50, LogOn, call);

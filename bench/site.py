@@ -4,8 +4,8 @@
 Usage: site.py ORV GATEWAYS DEVICES EVERY_MS BYTES SECONDS [kill-broker] [kill-gateway]
 
 Each gateway is an orv process with its own simulated world. A device sends a numbered notification
-every EVERY_MS. Its latency is the time from when it is due, by the gateway's clock, until the MQTT
-consumer receives it.
+every EVERY_MS. The latency is the time from the notification's due time, by the gateway's clock,
+until the MQTT consumer receives it.
 """
 import json
 import os

@@ -112,7 +112,7 @@ static const char* AddressText(BluetoothAddress address) {
     return text;
 }
 
-/* Returns the value in hexadecimal, or "-" for 0xFF: no scan response has set it. */
+/* Returns the value in hexadecimal, or "-" for 0xFF, the value before a scan response sets it. */
 static const char* ValueText(uint8_t value, char* text) {
     if (value == 0xFF) {
         return "-";
@@ -121,8 +121,8 @@ static const char* ValueText(uint8_t value, char* text) {
     return text;
 }
 
-/* Returns the data in hexadecimal without trailing zeros, or "-" if all bytes are 0: no scan
- * response has set them. */
+/* Returns the data in hexadecimal without trailing zeros, or "-" if no scan response has set it:
+ * all bytes are then 0. */
 static const char* DataText(const uint8_t* data, char* text) {
     int length = 16, i;
     while (length > 0 && data[length - 1] == 0) {

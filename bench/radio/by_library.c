@@ -36,8 +36,8 @@ static int library_start_scan(void) {
     return OrvScanner_Start(scanner);
 }
 
-/* Counts advertising reports by the value that they contain, which the test increments in each.
-   Polls every 100 ms, like a host that lists devices. */
+/* Counts advertising reports: the test increments value0500 in each report. Polls every 100 ms,
+   like a host that lists devices. */
 static int library_scan(void) {
     static int heard, value;
     struct DiscoveredDevice record;

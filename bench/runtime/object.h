@@ -84,11 +84,11 @@ class OneItem final : public Bare<IVectorView<T>> {
     const Abi<T> item;
 };
 
-// The time that a device needs to answer an operation of this thread; may be 0.
+// The time that a device needs to answer an operation of this thread.
 extern thread_local UINT32 answerDelayMs;
 
-// An operation that is complete when it starts: put_Completed invokes the handler at once. The
-// time of an answer, answerDelayMs, passes in the library's wait for the operation (runtime.cpp).
+// An operation that is complete when it starts: put_Completed invokes the handler at once. Only
+// WaitForKernelEvent sleeps for answerDelayMs.
 template <typename T>
 class EndedOperation final : public Bare<IAsyncOperation<T>> {
   public:

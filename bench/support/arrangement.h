@@ -16,8 +16,7 @@ namespace orv::bench {
 
 // Opens links with the addresses 1 (the oldest) to `count`.
 void ArrangeLinks(std::size_t count);
-// Makes link 1 hold exactly `bytes` received bytes, in the library and in the minimal code
-// that it is compared with.
+// Makes link 1 hold exactly `bytes` received bytes, in the library and in the minimal host.
 void ArrangeQueue(std::size_t bytes);
 // Returns the characteristic that the runtime passes to the library's notification callback.
 Reference<IGattCharacteristic> SenderOf(BluetoothAddress address);
@@ -31,7 +30,6 @@ constexpr BluetoothAddress ListedAddress = 0xA0B1C2000000;
 // The platform's watcher of session 0.
 extern Reference<IBluetoothLEAdvertisementWatcher>& watcher;
 
-// The state of the floor, the minimal hand-written host.
 struct FloorLink {
     BluetoothAddress address = 0;
     IGattCharacteristic* characteristic = nullptr;

@@ -31,13 +31,12 @@ struct LinkStatus {
 
 struct LinkOptions {
     std::size_t block = 0;       // maximum size of a write in bytes
-    unsigned probeSeconds = 15;  // silence before an empty write tests the link; 0: never
-    bool isSearched = false;  // scan after a rejection, because the system may not know the device
+    unsigned probeSeconds = 15;  // an empty write tests the link after this silence; 0: never
+    bool isSearched = false;     // scans after a rejected connect, so the system finds the device
 };
 
 // A worker thread connects, sends and disconnects, because these calls can block for seconds. Only
-// Poll and the destructor block. The bytes of a failed write count as unconfirmed and are not sent
-// again.
+// Poll and the destructor block. Failed writes are not repeated.
 class PersistentLink {
   public:
     static constexpr std::size_t SendLimit = 65536;
@@ -61,8 +60,8 @@ class PersistentLink {
 
     // Removes and returns at most `most` received bytes, oldest first.
     std::string Take(std::size_t most);
-    // Drops the received bytes in the queue and counts them as unread. `taken` is the number of
-    // bytes that Take returned and no client received; they are counted, too.
+    // Drops the received bytes in the queue and counts them as unread, and also `taken` bytes that
+    // Take returned but no client received.
     void DropReceived(std::size_t taken);
 
     LinkStatus Status();

@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 
 constexpr std::size_t PieceBytes = 16384;
 // The link stays open for this time after its client has disconnected, for the next command of a
-// script. A client that sends no more can read for this time after the last byte.
+// script. A client whose input has ended is disconnected this long after the last byte.
 constexpr auto Keep = 5s;
 
 }  // namespace

@@ -1,4 +1,4 @@
-// A pseudo-terminal for programs that use serial ports. Its path stays when a program closes it.
+// A pseudo-terminal for programs that use serial ports. Closing it does not change its path.
 #include <errno.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -91,8 +91,8 @@ class PtyEntrance : public Entrance {
         return open(name.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     }
 
-    // Sets raw mode permanently, so that bytes pass unchanged. The programs' side must also be
-    // closed once: before that, poll cannot report whether a program has it open.
+    // Sets raw mode permanently, so that bytes pass unchanged. Also opens and closes the programs'
+    // side once: only then can poll report whether a program uses it.
     void MakeRaw() const {
         const File side(OpenProgramsSide());
         termios settings{};

@@ -59,7 +59,7 @@ class RadioWatch {
   private:
     Library& library;
     Scanner& scanner;
-    double next = RadioPollSeconds;  // not 0, because the command has just checked
+    double next = RadioPollSeconds;  // not 0: the command has just checked the radio
     std::optional<double> offSince;
 };
 

@@ -27,7 +27,7 @@ std::string Fate(std::optional<std::uint64_t> total, std::uint64_t written,
     if (uncertain > 0) {
         text += ", the next " + std::to_string(uncertain) + " may have arrived";
     }
-    if (!total || *total < written + uncertain) {  // a pipe has no size; a file may have grown
+    if (!total || *total < written + uncertain) {  // total unknown: a pipe or a growing file
         text += ", the rest not sent";
     } else if (*total > written + uncertain) {
         text += ", the last " + std::to_string(*total - written - uncertain) + " not sent";

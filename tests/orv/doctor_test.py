@@ -20,8 +20,7 @@ LIBRARY = pathlib.Path(os.environ["ORV_LIBRARY"])
 ADDRESS, NAME = "A0:B1:C2:D3:E4:F5", "ORV-0042"
 SECONDS = 100  # timeout of a run
 
-# The assumptions that orv doctor must refute in each scenario: none if the scenario shows what
-# always happens.
+# The assumptions that orv doctor must refute in each scenario, if any.
 REFUTED = {
     "default": [],
     "close_hangs": ["close_returns"],
@@ -126,7 +125,7 @@ class DoctorTest(unittest.TestCase):
 
     def test_a_person_switches_the_radio(self):
         # This copy of the library lacks the export that switches the radio off and on, so orv asks
-        # the user to do it. Scheduled events do it instead.
+        # the user. Scheduled events switch the radio instead of the user.
         library = self.folder / "person.so"
         library.write_bytes(LIBRARY.read_bytes().replace(b"OrvWorld_SwitchRadio", b"OrvWorld_SwitchOther"))
         world = {"title": "switched", "devices": [DEVICE],

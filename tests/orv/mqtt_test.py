@@ -246,7 +246,7 @@ class MqttTest(SiteTest):
                 self.site.publish(topic, payload)
         self.site.publish(f"device/{FIRST}/send/end", b"still here")
         self.site.await_that(lambda: self.site.bytes_of(FIRST) == b"still here", "echo")
-        # The forged status above may come after the gateway's own.
+        # Searches all status messages, because a forged one may come last.
         self.site.await_that(lambda: any(isinstance(status, dict) and status.get("refused") == 20
                                          for status in self.site.all_facts("gateway/desk/status")), "refusals")
         bridge.shows("refused")

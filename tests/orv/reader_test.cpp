@@ -15,7 +15,7 @@ struct Text {
     const char* text;
     Kind kind;
     std::uint64_t handle = 0;
-    std::int64_t number = 0;  // second argument of a call; of other log lines, the last number
+    std::int64_t number = 0;  // second argument of a call, or last number of another line
 };
 
 const Text Texts[] = {
@@ -169,7 +169,7 @@ TEST(LogProof, NeverRulesOutTheCause) {
     for (const Row& row : rows) {
         std::string bytes;
         for (const char* text : row.texts) {
-            // The log begins 60 s early, because results of calls that began before it are ignored.
+            // The log begins 60 s early: results of calls that began before the log are ignored.
             bytes += (bytes.empty() ? "12:00:00.000\t\n12:01:00.000\t" : "12:01:00.000\t") +
                      std::string(text) + '\n';
         }
@@ -240,8 +240,8 @@ TEST(LogMemory, HoldsAForgedFailureLineOncePerCallInPart) {
     EXPECT_LT(kept, bytes.size() / 10);
 }
 
-// The log was emptied during a call, which wrote the first result line. The second one belongs to
-// the logged call of another thread.
+// The first result belongs to a call that began before the log was emptied, the second to the
+// logged call of another thread.
 TEST(LogBegin, LeavesOutTheResultOfACallBeforeIt) {
     const Findings findings = FindAll(
         "12:00:00.000\tOrvDevice_Receive 5\n"

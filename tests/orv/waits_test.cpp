@@ -19,7 +19,7 @@ struct WaitEnding {
     std::int32_t value;
     Ends ends;
     std::int64_t ms = 0;                  // duration of the wait
-    const char* operations = "01234567";  // one digit per operation that can end so
+    const char* operations = "01234567";  // digits of operations that can end like this
 };
 
 const WaitEnding WaitEndings[] = {
@@ -37,7 +37,7 @@ const WaitEnding WaitEndings[] = {
     {"ResultLacksMemory", OrvAnswer_ResultFails, NoMemory, Ends::ResultRaised},
     {"NullResult", OrvAnswer_NullResult, 1, Ends::ResultRefused, 0, "01235"},
     {"EmptyList", OrvAnswer_EmptyList, 1, Ends::ResultRaised, 0, "35"},
-    // Status 0 means success, but for RequestAccess (operation 4), status 1 does.
+    // Status 0 means success, except for RequestAccess (operation 4): there, 1 means success.
     {"Status0", OrvAnswer_Status, 0, Ends::ResultRefused, 0, "4"},
     {"Status1", OrvAnswer_Status, 1, Ends::ResultRefused, 0, "3567"},
     {"Status2", OrvAnswer_Status, 2, Ends::ResultRefused, 0, "34567"},

@@ -62,7 +62,6 @@ void Close() {
 }
 const std::uint8_t Block[3] = {1, 2, 3};
 
-// Returns the number of match rules of all clients of the bus.
 int CountMatchRules() {
     sd_bus* bus = nullptr;
     sd_bus_message* reply = nullptr;
@@ -318,8 +317,8 @@ TEST_F(DaemonTest, DroppedLinkIsOpenedAgainByTheNextConnect) {
     ExpectEcho();
 }
 
-// Here, opening the notification socket ends the link. After the second time, the library requests
-// D-Bus signals instead.
+// Opening the notification socket ends the link. After two such losses, the library requests D-Bus
+// signals instead.
 TEST_F(DaemonTest, DeviceThatDropsTheLinkWithTheSocketGetsSignals) {
     daemon.Arrange([](Behaviour& b) { b.acquireDropsLink = true; });
     EXPECT_TRUE(Await([&] {
@@ -355,7 +354,7 @@ TEST_F(DaemonTest, WriteEndsByWhoRefusesIt) {
 
 class Values : public DaemonTest, public testing::WithParamInterface<bool> {};
 
-// While the library waits for the write, a lock stops it from storing values. It must still read
+// While a write waits, a lock keeps the library from storing notified values. It must still read
 // them: the daemon loses values if its socket (about 200 values) or the bus's queue is full.
 TEST_P(Values, AreNotLostWhileAWriteHangs) {
     const bool bySocket = GetParam();
@@ -455,7 +454,7 @@ void Forget() {
     OrvScanner_Deinitialize(0);
 }
 
-// The other exports do not call the daemon.
+// All exports that call the daemon.
 const Step Steps[] = {
     {"BluetoothAvailable", 1, Nothing, BluetoothAvailable, 0, Nothing},
     {"Start", 3, Prepare, [] { return OrvScanner_Start(0); }, 0, Forget},

@@ -17,7 +17,7 @@ namespace orv::radio {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Waits until a condition is true. Returns false after `seconds`; the default suits any machine.
+// Waits until a condition is true. Returns false after `seconds`; the default suits slow machines.
 inline bool Await(const std::function<bool()>& condition, int seconds = 60) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
     while (!condition()) {

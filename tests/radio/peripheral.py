@@ -258,7 +258,7 @@ def main():
             reply(answer)
         return True
 
-    # GLib does not notice lines in Python's buffer. It stays empty: the tests wait for each reply.
+    # GLib cannot see lines in Python's buffer. So the tests await each reply before the next line.
     sys.stdin = os.fdopen(0, "r", 1)
     GLib.io_add_watch(0, GLib.IO_IN | GLib.IO_HUP, read)
     loop.run()

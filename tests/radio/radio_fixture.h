@@ -10,7 +10,7 @@
 
 namespace orv::radio {
 
-constexpr const char* FirstText = "00:AA:01:01:00:01";  // the address First as text
+constexpr const char* FirstText = "00:AA:01:01:00:01";
 
 class RadioFixture : public testing::Test {
   protected:

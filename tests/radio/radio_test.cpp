@@ -92,7 +92,7 @@ TEST_F(RadioTest, WritesUpToTheLongestValue) {
 
 TEST_F(RadioTest, SeveralLinksStayApart) {
     Connect(First);
-    // A controller supports one link, so only hci2 scans for peripheral 1.
+    // A controller supports one link, and hci0 has one. So hci2 searches for peripheral 1.
     testBed.Do("appear 1");
     ASSERT_TRUE(Await([&] {
         testBed.Do("scan hci2 on");

@@ -166,8 +166,8 @@ void StandIn::Handle(sd_bus_message* call) {
     }
 }
 
-// Sends `reply`, or an empty reply if it is null, and returns true. If FailReply chose this reply,
-// sends an error and returns false (the call has no effect), or sends nothing and returns true.
+// Sends `reply`, or an empty reply if it is null. If FailReply chose this reply, sends an error or
+// nothing instead. Returns false after an error, because the call then has no effect.
 bool StandIn::Reply(sd_bus_message* call, sd_bus_message* reply) {
     if (reply == nullptr) {
         sd_bus_message_new_method_return(call, &reply);

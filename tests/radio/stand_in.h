@@ -54,10 +54,10 @@ class StandIn {
     void Start();
     void Kill();
 
-    // Makes the n-th reply from now (1 is the next) an error, or omits it if `silently`. Fails
-    // none if n is 0.
+    // Makes the n-th reply from now (1 is the next) an error, or omits it if `silently`. 0 lets all
+    // replies succeed.
     void FailReply(int n, bool silently);
-    // Returns how many replies are left up to the one that fails, or 0 after it.
+    // Returns 1 if the next reply fails, 2 if the second one does, and so on; 0 if none will fail.
     int RepliesLeft() { return Read(failAt); }
 
     void Power(bool on);

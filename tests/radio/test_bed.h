@@ -43,7 +43,7 @@ class TestBed {
     void Do(const std::string& command);
     std::string Ask(const std::string& command);
 
-    // Restarts the daemon if it has crashed, and prints that.
+    // Restarts the daemon and prints a message if it has crashed.
     void Repair();
 
     void KillDaemon();

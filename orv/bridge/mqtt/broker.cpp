@@ -25,10 +25,10 @@ constexpr auto EndWithin = 500ms;
 // Maximum number of unconfirmed messages. libmosquitto sends them again after a reconnect.
 constexpr std::size_t Window = 256;
 constexpr std::size_t LargestPayload = 65536;
-// Maximum size of a received packet and its topic. The broker does not forward larger packets.
+// Maximum size of a received packet, including its topic. The broker forwards no larger packets.
 constexpr std::uint32_t LargestPacket = LargestPayload + 1024;
 constexpr std::size_t ArrivedLimit = 1 << 20;
-// Estimated size in bytes of a message besides its topic and payload.
+// Estimated size in bytes of a message without its topic and payload.
 constexpr std::size_t MessageOverhead = 128;
 // Lowest MQTT reason code that reports a failure.
 constexpr int FirstFailure = 128;

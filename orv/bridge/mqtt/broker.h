@@ -44,7 +44,7 @@ struct Message {
 
 // Counts the blocks of one device that did not reach the broker in this run.
 struct Dropped {
-    std::uint64_t first = 0;  // first number of the latest consecutive dropped blocks
+    std::uint64_t first = 0;  // first block number of the latest uninterrupted loss
     std::uint64_t last = 0;
     std::uint64_t blocks = 0;
     std::uint64_t bytes = 0;
@@ -76,7 +76,7 @@ class Broker {
     // Sends queued messages while fewer than 256 are unconfirmed. Returns the received messages.
     std::vector<Message> Step();
 
-    // Publishes a retained message, and repeats it after each reconnect unless it has a lifetime.
+    // Publishes a retained message. Repeats it after each reconnect if it has no expiry.
     void Retain(const Message& message);
     // Sends the message now, without the queue.
     void Send(const Message& message) { Publish({message, 0, 0}, false); }

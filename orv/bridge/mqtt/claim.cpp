@@ -8,8 +8,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A gateway takes a device over from a gateway without a link to it if it receives the device at
-// least this many dB stronger. The signal of a device at rest varies by a few dB.
+// A claim replaces the held claim if its signal is at least this many dB stronger and neither
+// gateway has a link. The signal of a device at rest varies by a few dB.
 constexpr int StrongerBy = 6;
 // Time until a gateway repeats its claim. Two repetitions may be lost before the claim expires.
 constexpr auto RepeatAfter = 10s;
@@ -34,7 +34,7 @@ bool Beats(const Claim& claim, const Claim& held) {
     if (claim.isOpen != held.isOpen) {
         return claim.isOpen;
     }
-    // Two gateways can have a link after a broker lost the claims. The lower gateway name wins.
+    // If a broker lost the claims, two gateways can have a link. The name that sorts first wins.
     return claim.isOpen ? claim.gateway < held.gateway : claim.signal >= held.signal + StrongerBy;
 }
 
@@ -87,7 +87,7 @@ ClaimBook::Action ClaimBook::Next(const Situation& situation, Time now) {
                                                                             : Action::None;
     }
     if (situation.isOpen && !held) {
-        // The claim expired while this gateway was disconnected from the broker.
+        // Claims again: the claim expired while this gateway was offline.
         return now >= published + AnswerWithin ? Publish(now) : Action::None;
     }
     const bool canBid = situation.isWanted && situation.signal && now >= abstainsUntil &&

@@ -16,7 +16,7 @@ struct Claim {
     bool isOpen = false;  // the gateway has an open link to the device
 };
 
-// The caller passes the current time, so that tests need not wait.
+// Evaluates the claims to one device. The caller passes the time, so that tests need not wait.
 class ClaimBook {
   public:
     explicit ClaimBook(std::string gateway) : own(std::move(gateway)) {}
@@ -28,7 +28,7 @@ class ClaimBook {
 
     // Returns the claim of the gateway that holds the device, if any.
     std::optional<Claim> Current(Time now) const;
-    // Returns true if this gateway holds the device and others have had time to object.
+    // Returns true if this gateway holds the device and other gateways had time to object.
     bool IsOurs(Time now) const;
 
     enum class Action { None, Publish, Remove };

@@ -12,7 +12,7 @@ namespace orv::bridge {
 
 class Gateway {
   public:
-    // `place` is the broker's address, as the table of states shows it.
+    // `place` is the broker's address, for the state table.
     Gateway(Library& library, const SiteDevice::Site& site, std::string place);
 
     // Returns this gateway's status, a retained message that also serves as its last will.

@@ -35,7 +35,7 @@ class HeardDevices {
   private:
     struct Heard {
         DiscoveredDevice device{};
-        Time at;            // when it last changed or a new scan detected it
+        Time at;            // time of the last change or of the first report in a scan
         unsigned scan = 0;  // number of the latest scan that detected the device
         DiscoveredDevice published{};
         Time publishedAt;

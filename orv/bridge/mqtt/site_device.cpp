@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 constexpr std::size_t LargestBlock = 4096;
 constexpr std::size_t RememberedIds = 256;
 constexpr auto CountsEvery = 5s;
-// After this many losses or failed connects in a row, a link is failing. It is retried 4 s later.
+// A gateway removes its claim after this many failed connects and lost links in a row.
 constexpr std::uint64_t FailingAfter = 3;
 
 }  // namespace
@@ -159,7 +159,7 @@ void SiteDevice::Hold() {
     site.broker.Subscribe(topic + "send/+");
 }
 
-// Call this in the state Closed: all received bytes are then queued, and reset() does not block.
+// Call this in the state Closed: all received bytes are queued, and link.reset() does not block.
 void SiteDevice::Release(Time now) {
     PublishBlocks();
     PublishOutcomes(link->Status());

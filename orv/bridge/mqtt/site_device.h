@@ -71,7 +71,7 @@ class SiteDevice {
     const BluetoothAddress address;
     const std::string name;
     const std::string topic;  // topic prefix of the device
-    const std::string own;    // topic prefix of what this gateway publishes about it
+    const std::string own;    // prefix of this gateway's topics for the device
     ClaimBook claims;
     bool isWanted = false;
     Time claimsKnown;          // time by which the device's retained messages have arrived
