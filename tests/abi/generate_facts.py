@@ -16,7 +16,6 @@ ARGUMENTS = {"T": "Radio", "S": "GattCharacteristic", "A": "GattValueChangedEven
 
 
 def split_outside_brackets(text):
-    """Splits a list at its commas, except those inside <>."""
     return [part.strip() for part in re.split(r",(?![^<]*>)", text)]
 
 

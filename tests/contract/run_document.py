@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Builds and runs a document's programs with its commands.
+"""Builds and runs the programs in a document with the commands in the document.
 
 Usage: run_document.py SOURCE DOCUMENT LIBRARY FOLDER ATTEMPTS EXPECTED...
 
 A program is a code block after its file name, such as `host.c`; a command is a line of an sh block.
-LIBRARY is copied to build/demo/simulated, where the commands expect it. The n-th command must succeed
-and print text that matches the n-th EXPECTED.
+LIBRARY is copied to build/demo/simulated, where the commands expect it. Each command runs up to
+ATTEMPTS times, until it succeeds and prints text that matches the EXPECTED at the same position.
 """
 import pathlib
 import re

@@ -63,7 +63,8 @@ TEST_F(LogFileTest, IsBesideADeletedLibrary) {
         void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(library, nullptr) << dlerror();
         const auto enable = reinterpret_cast<ResultCode (*)()>(dlsym(library, "Logging_Enable"));
-        // Linux appends " (deleted)" to the path of a deleted file, but a real name may end so.
+        // Linux appends " (deleted)" to the path of a deleted file. The second file has this ending
+        // in its real name.
         const bool isGone = *name == '\0';
         if (isGone) {
             std::filesystem::remove(file);

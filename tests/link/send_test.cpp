@@ -42,7 +42,8 @@ TEST_F(SendTest, BlocksOfAnySizeArriveUnchanged) {
     }
 }
 
-// Until OrvDevice_Send times out, the other OrvDevice exports wait, and all others return at once.
+// Until OrvDevice_Send times out, calls of OrvDevice exports wait. All other exports return at
+// once.
 TEST_F(SendTest, BlocksOnlyLinkExportsWhileItWaits) {
     AddDevice(OtherAddress, "ORV-0043");
     ASSERT_EQ(OrvDevice_Connect(OtherAddress), 0);

@@ -1,5 +1,5 @@
 """Installs each release artifact in the directory ORV_DIST in an empty prefix, environment or project,
-and runs the first example host of its document.
+and runs the first example host in the artifact's document.
 
 Hosts use the default simulated world in real time. ORV_WORLD is the path of the Windows.dll that
 replaces the system's Bluetooth classes.
@@ -49,7 +49,6 @@ def answers(*command, folder, **environment):
 
 
 def programs(document, folder):
-    """Writes the programs in a document to files."""
     text = (SOURCE / document).read_text(encoding="utf-8")
     for name, code in re.findall(r"`([\w.]+)`:\n\n```\w+\n(.*?)```", text, re.DOTALL):
         assert len(code.splitlines()) <= 25, "%s: %s is longer than 25 lines" % (document, name)
@@ -141,7 +140,6 @@ def test_zip_has_every_document_that_it_points_to(unpacked):
 
 @pytest.fixture
 def environment(tmp_path):
-    """Creates a virtual environment with the wheel for Linux."""
     run("/usr/bin/python3", "-m", "venv", "env", folder=tmp_path)
     run("env/bin/pip", "install", "--no-index", artifact("*manylinux*.whl"), folder=tmp_path)
     return tmp_path
@@ -173,7 +171,6 @@ def test_wheel_for_windows():
 
 @pytest.fixture
 def project(tmp_path):
-    """Creates an empty .NET project with the NuGet package."""
     if not shutil.which("dotnet"):
         pytest.skip("there is no .NET SDK")
     version = re.search(r"Quelvixwinlib\.([\d.]+)\.nupkg", artifact("Quelvixwinlib.*.nupkg")).group(1)
@@ -267,7 +264,6 @@ def test_two_runs_in_different_folders_give_the_same_bytes(tmp_path):
 
 
 def test_bill_of_materials():
-    """Checks that the bill of materials lists every artifact with its contents."""
     with open(artifact("*.spdx.json"), encoding="utf-8") as file:
         document = json.load(file)
     names = {package["SPDXID"]: package["name"] for package in document["packages"]}

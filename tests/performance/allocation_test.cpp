@@ -1,5 +1,5 @@
-// Counts the allocations of each call. The handler of a platform operation is allocated, because it
-// may outlive the call.
+// Counts the allocations of each call. A platform operation needs a handler, which is allocated
+// because it may outlive the call.
 #include <gtest/gtest.h>
 
 #include "bench/support/allocations.h"

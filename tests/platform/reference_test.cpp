@@ -8,7 +8,6 @@
 namespace orv {
 namespace {
 
-// A runtime object that only counts references.
 struct Counted : IClosable {
     int references = 1;
     HRESULT answer = S_OK;

@@ -43,7 +43,7 @@ TEST(ReceiveQueue, IsOneStreamWhateverTheSizes) {
     }
 }
 
-// Returns address `i` of a pattern, whose addresses collide if a hash is weak.
+// Returns address `i` of a pattern. The addresses of a pattern collide if the hash is weak.
 BluetoothAddress Pattern(std::size_t pattern, BluetoothAddress i) {
     switch (pattern) {
         case 0:
@@ -53,7 +53,7 @@ BluetoothAddress Pattern(std::size_t pattern, BluetoothAddress i) {
         case 2:
             return i << 48;
         case 3:
-            return i * 0x10001;  // an XOR of the 16-bit parts is 0
+            return i * 0x10001;  // the XOR of the two 16-bit parts is 0
         default:
             return i % 2 ? ~i : i << 12;
     }
@@ -78,7 +78,7 @@ TEST(DiscoveredDevices, AreFoundWhereTheyWereAppended) {
     }
 }
 
-// Returns the number of addresses in the fullest bucket. On average, a bucket has one.
+// Returns the number of addresses in the fullest bucket. The average is one.
 std::size_t LongestChain(const AddressHash::Key& key,
                          const std::vector<BluetoothAddress>& addresses) {
     const AddressHash hashOf(key);

@@ -42,7 +42,7 @@ void ScanAndList() {
     OrvWorld_SetSignal(Address, -50);
 }
 
-// Returns the index of the latest handler registration. Those of earlier rounds still exist.
+// Returns the index of the latest registration. Registrations of earlier rounds still exist.
 std::int32_t Youngest(const char* registration) {
     return OrvWorld_CallCount(registration) - 1;
 }

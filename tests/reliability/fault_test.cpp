@@ -52,8 +52,8 @@ namespace {
 
 class Faults : public WorldTest, public testing::WithParamInterface<Step> {
   protected:
-    // Runs the step with the `nth` fault, which `arm` sets, and checks its effects. Returns true if
-    // the fault occurred.
+    // Sets the `nth` fault with `arm`, runs the step, and checks the effects of the fault. Returns
+    // the result of `struck`: true if the fault occurred.
     bool Survives(int nth, const std::function<void()>& arm, const std::function<bool()>& struck,
                   const char* failureLine) {
         const Step& step = GetParam();

@@ -1,5 +1,5 @@
-// Watches the library's three locks in all tests of the program. A thread may hold only one at a
-// time, and only the links' lock while it waits for the platform. A violation ends the program.
+// Watches the library's three locks in all tests of the program. A thread may hold only one lock.
+// While it waits for the platform, that may only be the links' lock. A violation ends the program.
 #include <gtest/gtest.h>
 #include <pthread.h>
 

@@ -27,8 +27,8 @@ rc::Gen<std::uint8_t> Below(int limit) {
                            rc::gen::cast<std::uint8_t>(rc::gen::inRange(0, limit)));
 }
 
-// Runs random sequences of commands, of the kinds that `what` generates. Each begins with
-// `opening`. RC_PARAMS="seed=..." replaces the fixed seed.
+// Runs `opening` and then random commands, many times. `what` generates the kinds of the commands.
+// RC_PARAMS="seed=..." replaces the fixed seed.
 void CheckSequences(const rc::Gen<std::uint8_t>& what, const std::vector<Command>& opening) {
     constexpr int MeanLength = 50;
     auto parameters = rc::detail::configuration().testParams;
@@ -66,7 +66,7 @@ TEST(Model, LibraryMatchesTheReferenceForPackets) {
                    {{Initialize, 0, 0, {}}, {Start, 1, 0, {}}});
 }
 
-// While a link with bytes exists, each platform operation ends in each way, then normally again.
+// With an existing link, tests each answer of each platform operation, then the standard answer.
 TEST(Model, LibraryMatchesTheReferenceForEachAnswer) {
     for (std::uint8_t operation = 0; operation <= OrvOperation_WriteValue; ++operation) {
         for (std::uint8_t answer = 0; answer < 56; ++answer) {  // 14 answers with 4 statuses each

@@ -23,7 +23,6 @@ BluetoothAddress AddressOf(int thread) {
     return 0x0200 + static_cast<BluetoothAddress>(thread);
 }
 
-// Stores the first condition that does not hold.
 struct Findings {
     void Expect(bool holds, const char* what) {
         if (!holds) {

@@ -133,7 +133,7 @@ using SessionFaults = WorldTest;
 
 TEST_F(SessionFaults, EachSessionDrawsBothHalvesOfItsKey) {
     Logging_Disable();
-    ASSERT_EQ(OrvScanner_Initialize(), 0);  // later calls do not call KeepModuleLoaded
+    ASSERT_EQ(OrvScanner_Initialize(), 0);  // so KeepModuleLoaded is not called below
     for (const int half : {1, 2}) {
         EXPECT_EQ(FailDuring(half, [] { EXPECT_EQ(OrvScanner_Initialize(), -1); }), Random);
     }
@@ -155,12 +155,12 @@ TEST_F(LogFaults, LeaveTheLogOffOrLoseALine) {
     EXPECT_EQ(LogLines(), (Lines{"x", "x"}));
 }
 
-// Needs its own process, because only the first call makes the library stay loaded.
+// Needs its own process, because handlers call KeepModuleLoaded only until a call succeeds.
 TEST(KeepingLoadedDeathTest, FailureFailsTheCallThatNeedsIt) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
-            // Joins the apartment first, because joining calls KeepModuleLoaded, too.
+            // Joins the apartment before the fault, because joining calls KeepModuleLoaded, too.
             OrvDevice_Send(1, 0, nullptr);
             ResultCode first = 0;
             const Call call = FailDuring(1, [&] { first = OrvScanner_Initialize(); });

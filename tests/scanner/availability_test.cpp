@@ -12,7 +12,7 @@ struct Machine {
     const char* name;
     void (*arrange)();
     ResultCode result;
-    const char* asked;  // how often adapter, radios, kinds and states are read: a digit each
+    const char* asked;  // how often the adapter, radios, kinds, states are read (one digit each)
     const char* failure = nullptr;
 };
 

@@ -1,5 +1,5 @@
 // Tests the scanner's platform calls, and which exports wait for them. The tests with the reference
-// model check its results, lists and states.
+// model check the scanner's results, lists and states.
 #include <thread>
 
 #include "support/world.h"

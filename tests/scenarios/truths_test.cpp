@@ -177,7 +177,7 @@ const Truth Truths[] = {
                  "= <ORV-Messgerät-Süd-Tür-Ger\xC3> -60\n"},
 };
 
-// Returns the log, but with each result that Answer() wrote as a result line of a host.
+// Returns the log, but replaces each line of Answer() by the result line that a host would write.
 std::string LogWithResults() {
     const std::string bytes = LogBytes();
     std::string log, call;
@@ -200,8 +200,8 @@ std::string LogWithResults() {
     return log;
 }
 
-// Fails the test if the log reader does not report `named`, or reports another cause as the only
-// one of a call. OrvDevice_Flush is exempt, because it fails for one reason only.
+// The log reader must report `named`. If it finds only one cause for a call, this must be `named`,
+// except for OrvDevice_Flush, which fails for one reason only.
 void ExpectExplained(std::string_view named) {
     const log::Findings findings = log::FindAll(LogWithResults(), log::Threads::One);
     std::set<std::string_view> ids;

@@ -18,9 +18,8 @@ std::string LogPath();
 // Returns all bytes of the log, or an empty string if it does not exist.
 std::string LogBytes();
 
-// Returns the texts after the time stamps. A line ends at a carriage return and line feed that
-// precede the next stamp or the end of the file, so a text may contain line ends. Fails the test if
-// a stamp or a line end is missing.
+// Returns the texts after the time stamps. A text may contain line ends: only CR LF before a stamp
+// or at the end of the file ends a line. Fails the test if a stamp or line end is missing.
 Lines LogLines();
 
 // Empties the log and returns the lines that `body` writes.

@@ -43,7 +43,6 @@ Bytes Sequence(std::size_t count, std::size_t first = 0);
 // Returns the library's platform calls from index `from` on, except QueryInterface.
 Lines Calls(std::int32_t from = 0);
 
-// Empties the log, makes the call, and checks the call's result and log lines.
 template <typename Call>
 void ExpectCall(Call&& call, ResultCode result, const Lines& lines) {
     EXPECT_EQ(LinesOf([&] { EXPECT_EQ(call(), result); }), lines);

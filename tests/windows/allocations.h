@@ -7,7 +7,7 @@ namespace orv {
 // Returns the number of replaced functions.
 int ReplaceAllocations();
 
-// Lets the n-th next allocation fail (1 is the next one), or all allocations from that one on.
+// Let the n-th allocation from now on fail. FailAllocationsFrom also fails all later ones.
 void FailAllocation(int n);
 void FailAllocationsFrom(int n);
 

@@ -78,7 +78,6 @@ GOOD_DEBUG = pathlib.Path(DEBUG).read_bytes()
 
 
 def with_symbol(name):
-    """Returns a copy of the debug file in which OrvDevice_Disconnect is renamed to `name`."""
     old = b"\0OrvDevice_Disconnect\0"
     return GOOD_DEBUG.replace(old, b"\0" + name.ljust(len(old) - 2, b"\0") + b"\0")
 

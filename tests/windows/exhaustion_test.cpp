@@ -15,10 +15,9 @@
 namespace orv {
 namespace {
 
-// Values of the parameter `plan`, which selects what fails: Refused means all allocations and the
-// first platform call, Every all allocations, and n > 0 the n-th allocation.
-constexpr int Refused = -1;
-constexpr int Every = 0;
+// The parameter `plan` selects what fails: one of these values, or n > 0 for the n-th allocation.
+constexpr int Refused = -1;  // all allocations and the first platform call
+constexpr int Every = 0;     // all allocations
 
 enum Outcome { FailureMet = 42, NoFailureMet = 43 };
 

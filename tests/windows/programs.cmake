@@ -1,7 +1,7 @@
 # The test programs of the cross build run in three ways. `simulated` uses the simulated DLL. The
 # others use the shipped DLL and Windows.dll, which has the simulated classes. With `lookup`, the
-# library finds Windows.dll in the system directory; with `registered`, the runtime finds it by its
-# classes.
+# library finds Windows.dll in the system directory; with `registered`, the runtime finds it,
+# because its classes are registered.
 
 set(wine ${CMAKE_CURRENT_LIST_DIR}/wine)
 set(prefix ${PROJECT_BINARY_DIR}/wine)
@@ -54,7 +54,7 @@ function(orv_shipped_test name)
     orv_wine_test(${name} registered ${name}_shipped ${shippedDll} ${ARGN})
 endfunction()
 
-# The next two functions replace those of the same names in native builds.
+# The next two functions replace those of the same names in tests/CMakeLists.txt.
 function(orv_test name)
     add_library(${name}_objects OBJECT ${ARGN})
     target_include_directories(${name}_objects PRIVATE

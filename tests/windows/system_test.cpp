@@ -50,7 +50,7 @@ bool OnThread(Body&& body) {
 // The apartments from which a host thread calls the library; -1 is no apartment.
 struct Host {
     const char* name;
-    int first;  // the thread leaves it before the next calls
+    int first;  // the thread leaves it before it enters `second`
     int second;
 };
 

@@ -1,7 +1,8 @@
 # Tests that need Windows (unloading modules, file sharing, apartments), and tests of the ZIP's
 # files and of hosts that are built with them.
 
-# orv_windows_test(<name> [FILES <files beside it>] [SOURCES <more sources or objects>])
+# orv_windows_test(<name> [FILES <files>] [SOURCES <sources or objects>]) adds tests that run
+# windows/<name>.cpp with the shipped DLL. SOURCES are linked; FILES are put beside the program.
 function(orv_windows_test name)
     cmake_parse_arguments(ARG "" "" "FILES;SOURCES" ${ARGN})
     add_executable(${name}_shipped windows/${name}.cpp ${ARG_SOURCES})
@@ -29,8 +30,8 @@ function(orv_host name)
     add_custom_target(host_${name} ALL DEPENDS ${hosts}/${name}.exe)
 endfunction()
 
-# orv_run_host(<way> <name> <DLL>) runs a host with the default world. It runs in real time and
-# fails if the machine stalls for two seconds, so these tests run one at a time.
+# orv_run_host(<way> <name> <DLL>) runs a host with the default world. A host runs in real time
+# and fails if the machine stalls for two seconds, so these tests run one at a time.
 function(orv_run_host way name dll)
     set(test ${way}.host_${name})
     add_test(NAME ${test} COMMAND ${wine} run
@@ -68,7 +69,7 @@ set_property(TEST wine.register APPEND PROPERTY DEPENDS lookup.host_gcc lookup.h
 
 include(${CMAKE_CURRENT_LIST_DIR}/hosts/hosts.cmake)
 
-# orv.exe must find both libraries in the directories where the ZIP puts them.
+# orv.exe must find the shipped and the simulated DLL in the directories of the ZIP.
 add_test(NAME lookup.orv COMMAND Python3::Interpreter
     ${CMAKE_CURRENT_SOURCE_DIR}/orv/host_test.py)
 set_tests_properties(lookup.orv PROPERTIES
@@ -98,7 +99,7 @@ set_tests_properties(lookup.orv_doctor PROPERTIES
     ENVIRONMENT "WINEPREFIX=${prefix};ORV=${unpacked}/orv.exe;ORV_LIBRARY=${simulatedDll};ORV_WINE=1;WINEDEBUG=-all")
 set_property(TEST wine.register APPEND PROPERTY DEPENDS lookup.orv_doctor)
 
-# The shipped DLL has check_dll's default size limit, the lowest, because hosts ship it.
+# The shipped DLL has the lowest size limit, check_dll's default, because each host ships it.
 set(check Python3::Interpreter ${PROJECT_SOURCE_DIR}/tools/check_dll)
 set(header ${unpacked}/include/quelvixwinlib.h)
 add_test(NAME packed.dll COMMAND ${check} ${shippedDll} --version ${PROJECT_VERSION}

@@ -35,7 +35,7 @@ struct Step {
     }
 };
 
-// Evaluates `expected`, then `call`, and compares the results and the elapsed time.
+// Compares `call` with `expected`, and the elapsed time with reference.now, which `expected` sets.
 #define COMPARE(step, call, expected)                                    \
     do {                                                                 \
         const std::int64_t wanted = (expected);                          \
@@ -208,7 +208,7 @@ void RunSetName(Step& step) {
 void RunSetSections(Step& step) {
     constexpr std::uint8_t Keys[][2] = {{0x00, 0x05}, {0x30, 0x11}, {0x18, 0x11}, {0x05, 0x00},
                                         {0x00, 0x05}, {0x30, 0x11}, {0x18, 0x11}, {0x11, 0x18}};
-    const std::int32_t packet = step.a / 2 % 4 != 0;  // in three of four cases 1, a scan response
+    const std::int32_t packet = step.a / 2 % 4 != 0;  // 1 is a scan response
     auto& sections = step.reference.devices[step.known].packets[packet != 0].sections;
     if (step.b % 8 == 7) {
         sections.clear();
@@ -273,7 +273,6 @@ void RunArrange(Step& step) {
     OrvWorld_Answer(of, operation, answer.manner, answer.value);
 }
 
-// Makes one more platform function fail, or ends all failures.
 void RunBreak(Step& step) {
     auto& failing = step.reference.failing;
     if (step.a % 2) {

@@ -30,8 +30,8 @@ enum What : std::uint8_t { ORV_COMMANDS(ORV_COMMAND) CommandCount };
 std::string Text(const Command& command);
 
 // Runs commands in the library and the reference, and throws std::runtime_error if the results
-// differ. At construction, the library must have no sessions or links. The destructor removes those
-// that commands created.
+// differ. At construction, the library must have no sessions or links. The destructor removes all
+// sessions and links.
 class Model {
   public:
     Model();

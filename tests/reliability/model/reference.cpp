@@ -9,7 +9,6 @@ const char* FailureLine(std::int32_t code) {
     return code == NoMemory ? "Exception: bad allocation" : "Exception: unknown type";
 }
 
-// Converts UTF-16 to UTF-8, and replaces each lone surrogate.
 std::string Utf8(const std::u16string& units) {
     std::string text;
     for (std::size_t i = 0; i < units.size(); ++i) {

@@ -1,6 +1,5 @@
-# Tests with programs that contain no code of this project: a host in Node for Windows and, if the
-# .NET SDK is installed, a .NET host and a client of the runtime with the platform's own
-# declarations.
+# Tests with programs that contain no code of the library: a host in Node for Windows and, if the
+# .NET SDK is installed, a .NET host and a .NET client of the Windows Runtime.
 
 # orv_run_foreign(<name> <program> <arguments...>) adds a test that runs one of these programs.
 function(orv_run_foreign name)
