@@ -16,8 +16,8 @@ endfunction()
 orv_header_only(json nlohmann nlohmann-json3-dev)
 orv_header_only(cli11 CLI libcli11-dev)
 orv_header_only(asio asio libasio-dev)
-# Keeps Asio from using Boost and, on Windows, mswsock.dll, which Windows may load from the
-# program's directory, where anybody could place it.
+# Makes Asio independent of Boost and, on Windows, of mswsock.dll: Windows may load a forged
+# mswsock.dll from the program's directory.
 target_compile_definitions(header_only_asio INTERFACE ASIO_STANDALONE
     $<$<PLATFORM_ID:Windows>:_WIN32_WINNT=0x0A00>
     $<$<PLATFORM_ID:Windows>:ASIO_DISABLE_IOCP>)

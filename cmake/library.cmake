@@ -18,7 +18,7 @@ function(orv_read_exports result)
 endfunction()
 
 # orv_library(<target> FOLDER <output directory> OBJECTS <object libraries> [EXCEPT <regular expression>]
-#     EXPORTS <.def files>) leaves out the objects whose path matches EXCEPT.
+#     EXPORTS <.def files>) adds a library without the objects whose path matches EXCEPT.
 function(orv_library target)
     cmake_parse_arguments(ARG "" "FOLDER;EXCEPT" "OBJECTS;EXPORTS" ${ARGN})
     list(TRANSFORM ARG_EXPORTS PREPEND ${PROJECT_SOURCE_DIR}/)
@@ -47,7 +47,7 @@ function(orv_library target)
         target_sources(${target} PRIVATE ${list})
         set_target_properties(${target} PROPERTIES PREFIX "")
     else()
-        # The version script names no version, because a version's name is exported as a symbol.
+        # The script defines no version, because the library would export its name as a symbol.
         list(JOIN names ";\n    " lines)
         set(list ${PROJECT_BINARY_DIR}/${target}.exports)
         file(CONFIGURE OUTPUT ${list}

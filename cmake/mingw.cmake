@@ -1,5 +1,5 @@
-# Cross build for Windows x86-64 with MinGW-w64; tests run under Wine. Uses the `posix` compiler,
-# because only its standard library has threads.
+# Cross build for Windows x86-64 with MinGW-w64; tests run under Wine. Uses the `posix`
+# variant of gcc: only its standard library has threads.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR AMD64)

@@ -5,8 +5,8 @@ Usage: origins.py notices BUILD TARGET...            writes the notices to stand
        origins.py sbom VERSION OUTPUT (ARTIFACT=BUILD:TARGET,TARGET...)...
 
 Link maps list every object file and archive member, ninja lists the headers of each object, and lock
-files list npm's packages. origins.json has the licence of each origin, such as Asio; a missing one
-is an error.
+files list npm's packages. origins.json has the licence of each origin, such as Asio; a missing
+licence is an error.
 """
 import hashlib
 import json
@@ -88,7 +88,7 @@ def origins(build, targets):
         for path in objects + [path for path, _ in members]:
             if path.startswith("/") and build not in pathlib.Path(path).parents:
                 others.add(os.path.realpath(path))
-        # For archives of the build, link maps contain only the members' file names.
+        # Link maps give only the file names of members of our own archives.
         taken = {member for path, member in members if not path.startswith("/") or str(build) in path}
         for path, included in headers.items():
             if path in own or pathlib.Path(path).name in taken:

@@ -1,5 +1,4 @@
 # Defines the targets quelvixwinlib::radio and quelvixwinlib::simulated for MSVC and MinGW.
-# find_package(quelvixwinlib COMPONENTS radio) fails without the first.
 if(NOT CMAKE_SIZEOF_VOID_P EQUAL 8)
     set(quelvixwinlib_FOUND FALSE)
     set(quelvixwinlib_NOT_FOUND_MESSAGE "quelvixwinlib.dll is for x86-64 only")

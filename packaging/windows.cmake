@@ -1,5 +1,4 @@
-# Appends to `entries` the ZIP's files for CMake and pkg-config, and every document that its
-# documents and headers refer to.
+# Appends the ZIP's files for CMake and pkg-config, orv.ps1, licences and documents to `entries`.
 
 set(packaged ${PROJECT_BINARY_DIR}/packaging)
 foreach(name quelvixwinlib quelvixwinlib-simulated)

@@ -91,8 +91,8 @@ namespace __cxxabiv1 {
 
 extern "C" {
 
-// Uses the heap if the object fits no slot or no slot is free. Neither happens to exceptions of the
-// library itself.
+// Uses the heap if the object is too large for a slot or all slots are used. The library's own
+// exceptions always get a slot.
 void* __cxa_allocate_exception(std::size_t size) noexcept {
     unsigned char* memory = TakeSlot(HeaderSize + size);
     if (!memory) {

@@ -279,7 +279,7 @@ class DeviceStream extends EventEmitter {
         return this.#library.check(`flush ${this.address}`, "OrvDevice_Flush", this.#link());
     }
 
-    /** Closes the link. After an error the stream stays open and can be closed again. */
+    /** Closes the link. If this fails, the stream stays open, and `close` can be called again. */
     async close() {
         if (!this.#open) return;
         this.#open = false;
@@ -317,7 +317,7 @@ class DeviceStream extends EventEmitter {
 /** Connects to a device, whether or not a scan has found it. */
 async function connect(address, native = library()) {
     const number = addressNumber(address);
-    // Rejects a second link, because both would share one queue of received bytes.
+    // Rejects a second link: two links would share one queue of received bytes.
     if (native.linked.has(number)) throw new OrvError(`cannot connect to ${address}: this process is already connected to it`, "in use");
     native.linked.add(number);
     try {

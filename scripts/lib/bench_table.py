@@ -94,8 +94,9 @@ def number(value):
 
 
 def lengths(rows, misses):
-    """Prints the cost of operations on device lists, by list length. It may be
-    LARGEST_GROWTH times that of the shortest list, plus a memory access per added cache miss."""
+    """Prints the cost of operations on device lists, by list length. The cost
+    may be LARGEST_GROWTH times the cost of the shortest list, plus a memory access per added
+    cache miss."""
     missed = []
     access = {n: rows["memory access, %d listed" % n]["ours"][0] for n in LENGTHS}
     print("\n| by listed devices | %s | memory accesses | allowed |" % " | ".join(
@@ -141,7 +142,6 @@ def flooded(found):
 
 
 def rates(rows):
-    """Prints the cost per record and the speed of receiving."""
     missed = []
     print()
     for n in LENGTHS:

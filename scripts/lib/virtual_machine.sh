@@ -33,8 +33,8 @@ prepare_machine() (
         nobody:x:65534:65534::/:/bin/false >root/etc/passwd
     printf '%s\n' root:x:0: bluetooth:x:101: netdev:x:102: messagebus:x:100: lp:x:7: \
         nogroup:x:65534: >root/etc/group
-    # Enables only low energy and one ATT channel. One daemon manages both ends of a link, so its
-    # enhanced ATT channels would connect to itself.
+    # Enables only low energy and one ATT channel. One daemon manages both ends of each link: with
+    # more ATT channels it would connect to itself.
     sed 's/^#*ControllerMode.*/ControllerMode = le/; s/^#*Channels.*/Channels = 1/' \
         /etc/bluetooth/main.conf >root/etc/bluetooth/main.conf
     for module in "${modules[@]}"; do

@@ -28,7 +28,7 @@ internal readonly record struct Definition(MetadataReader Reader, TypeDefinition
 /// <summary>All types in a directory of metadata files.</summary>
 internal sealed class Library
 {
-    // Searches src/platform/abi's names only in these namespaces; others repeat some names.
+    // Looks names up only in these namespaces, because other namespaces repeat some of them.
     private static readonly string[] Namespaces =
         ["Windows.Foundation", "Windows.Storage.Streams", "Windows.Devices.Bluetooth", "Windows.Devices.Radios",
          "Windows.Devices.Enumeration"];

@@ -30,7 +30,6 @@ def parameters(types):
 
 
 def read(lines):
-    """Reads facts from lines of subject, aspect and value, separated by tabs."""
     facts = {}
     for line in lines:
         subject, aspect, value = line.rstrip("\n").split("\t")
@@ -41,8 +40,8 @@ def read(lines):
 
 
 def compare(name, facts, official):
-    """Compares a source's facts with official ones. Returns how many each official source has,
-    and a line for each difference. A fact that no official source has is a difference."""
+    """Compares facts with those of each official source. Returns the number of facts found in
+    each, and a line for each difference. A fact that no official source has is a difference."""
     counts, differences = dict.fromkeys(official, 0), []
     for (subject, aspect), value in facts.items():
         known = {place: known[subject, aspect] for place, known in official.items()

@@ -7,7 +7,7 @@ import subprocess
 
 import facts
 
-# The official headers to include; they include the others.
+# The official headers to include; they include the other official headers.
 INCLUDED = ("windows.h", "activation.h", "robuffer.h", "windows.devices.bluetooth.h",
             "windows.devices.bluetooth.advertisement.h",
             "windows.devices.bluetooth.genericattributeprofile.h", "windows.devices.enumeration.h",
@@ -16,9 +16,9 @@ INCLUDED = ("windows.h", "activation.h", "robuffer.h", "windows.devices.bluetoot
 READ = INCLUDED[1:] + ("unknwnbase.h", "objidlbase.h", "inspectable.h", "asyncinfo.h",
                        "eventtoken.h", "windows.foundation.h", "windows.foundation.collections.h",
                        "windowscontracts.h")
-# System headers to use from the SDK. It has no C library, so all others are MinGW's.
+# System headers of the official SDK. All other system headers are MinGW's.
 CLASSIC = ("unknwn.h", "unknwnbase.h", "objidl.h", "objidlbase.h")
-# Maps the headers' type names to those of the other sources.
+# Maps type names in the headers to the names in facts.
 TYPES = {"short": "INT16", "int": "INT32", "IID": "GUID", "REFIID": "GUID*", "byte": "BYTE"}
 DELEGATES = ("AsyncOperationCompletedHandler", "TypedEventHandler")
 
@@ -109,7 +109,6 @@ def read_interfaces(text, found):
 
 
 def read_enumerations(text, found):
-    """Reads the underlying types of enumerations; the default is int."""
     for name, declared in re.findall(r"\benum (\w+)(?: : (unsigned int|int))?\s*\{", text):
         if not name.startswith("__x_ABI"):
             found[name, "type"] = "UINT32" if declared == "unsigned int" else "INT32"
@@ -157,7 +156,6 @@ def program(tables, declared, text):
 
 
 def read_headers(root, declared, build):
-    """Returns the facts in the official headers below `root`."""
     folder = build / "include"
     link_headers(root, folder)
     text = "\n".join((folder / name).read_text(encoding="latin-1") for name in READ)

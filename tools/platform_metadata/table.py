@@ -85,8 +85,8 @@ class Table:
         self.facts[name, "slots"] = str(count)
 
     def parameter(self, text, arguments):
-        """Returns the type in a parameter's text. A class that replaces a bare type parameter is
-        passed as a pointer; the table writes the * only for S (sender) and A (arguments)."""
+        """Returns the type in `text`, such as "S* sender", with T, S and A replaced by `arguments`.
+        A class or interface becomes a pointer, so the * of S* and A* is dropped."""
         declared = text.rpartition(" ")[0]
         alone = re.fullmatch(r"([SA])\*|(T)(\*?)", declared)
         if alone and arguments:

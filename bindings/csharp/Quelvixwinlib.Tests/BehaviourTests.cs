@@ -35,7 +35,7 @@ public sealed class BehaviourTests
         var device = Assert.Single(await Scanner.ScanAsync(TimeSpan.FromSeconds(1)));
         await using var stream = await device.ConnectAsync();
         var buffer = new byte[16];
-        stream.ReadTimeout = Timeout.Infinite; // a timeout in simulated time would end before the cancellation
+        stream.ReadTimeout = Timeout.Infinite; // a simulated timeout would expire before the cancellation
         using var cancellation = new CancellationTokenSource();
         var reading = stream.ReadAsync(buffer, 0, 16, cancellation.Token);
         cancellation.Cancel();

@@ -146,7 +146,7 @@ internal sealed class Run
         }
         catch (OrvException error) when (error.Failure == OrvFailure.Timeout && stream.ReadTimeout == 0)
         {
-            return ""; // a read that does not wait returns no bytes
+            return ""; // a read that did not wait found no bytes
         }
     }
 

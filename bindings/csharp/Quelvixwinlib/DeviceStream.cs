@@ -31,7 +31,7 @@ public sealed class DeviceStream : Stream
         var number = OrvAddress.Parse(address);
         lock (Linked)
         {
-            // Rejects a second link, because both would share one queue of received bytes.
+            // Rejects a second link: two links would share one queue of received bytes.
             if (!Linked.Add(number))
             {
                 throw new OrvException($"cannot connect to {address}: this process is already connected to it", OrvFailure.InUse);

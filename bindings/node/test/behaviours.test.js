@@ -13,7 +13,6 @@ const world = new Library({ flavour: "simulated" });
 const echo = { title: "echo", devices: [
     { address: "A0:B1:C2:D3:E4:F5", name: "ORV-0042", interval: 100, echo: 15 }] };
 
-/** Carries out the steps of one behaviour. */
 class Run {
     named = new Map();
 

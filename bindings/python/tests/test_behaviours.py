@@ -21,8 +21,6 @@ def load(variable):
 
 
 class Run:
-    """Carries out the steps of one behaviour."""
-
     def __init__(self, world):
         self.world, self.named = world, {}
 

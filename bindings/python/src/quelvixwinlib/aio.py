@@ -23,7 +23,7 @@ async def scan(seconds: float = 2.0, native: Optional[Library] = None) -> AsyncI
 
 
 class Stream:
-    """The link to a device. After a cancelled `read`, the next `read` returns its bytes, so none are lost."""
+    """The link to a device. A cancelled `read` loses no bytes: the next `read` returns them."""
 
     def __init__(self, stream: streams.Stream) -> None:
         self._stream = stream
@@ -38,7 +38,7 @@ class Stream:
         return await asyncio.to_thread(self._stream.write, data)
 
     async def read(self, size: int = 65536, timeout: Optional[float] = -1) -> bytes:
-        """Reads like `quelvixwinlib.Stream.read`. After a cancelled read it may return more than `size` bytes."""
+        """Reads like `quelvixwinlib.Stream.read`. After a cancelled read, ignores `size` and returns its bytes."""
         reading = self._late or asyncio.ensure_future(
             asyncio.to_thread(self._stream.read, size, timeout))
         self._late = reading

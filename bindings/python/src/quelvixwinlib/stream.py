@@ -24,7 +24,7 @@ class Stream:
         self.timeout = timeout
         self._open = False
         with self._library.lock:
-            # Rejects a second link, because both would share one queue of received bytes.
+            # Rejects a second link: two links would share one queue of received bytes.
             if self._number in self._library.open_addresses:
                 raise LinkInUse("cannot connect to %s: this process is already connected to it" % self.address)
             self._library.open_addresses.add(self._number)
@@ -65,7 +65,7 @@ class Stream:
         return self._library.check("flush " + self.address, "OrvDevice_Flush", self._link())
 
     def close(self) -> None:
-        """Closes the link. After an error the stream stays open and can be closed again."""
+        """Closes the link. If this fails, the stream stays open, and `close` can be called again."""
         with self._library.lock:
             if not self._open:
                 return
