@@ -7,7 +7,7 @@
 #include <iterator>
 #include <new>
 
-#include "runtimes/objects/module.h"
+#include "runtimes/objects/thread.h"
 
 namespace orv::bluez {
 
@@ -21,8 +21,7 @@ int Checked(int descriptor) {
 Loop::Loop() : wake(Checked(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {}
 
 void Loop::Start() {
-    objects::KeepModuleLoaded();
-    std::thread([this] { Run(); }).detach();
+    objects::StartThread([this] { Run(); }).detach();
 }
 
 void Loop::Post(Task task) {

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "runtimes/bluez/bus/loop.h"
+#include "runtimes/objects/thread.h"
 
 namespace orv::bluez {
 
@@ -35,7 +36,7 @@ Pump::Pump(std::function<void(const SharedSource&)> endedOfPump)
 
 void Pump::Start() {
     for (int i = 0; i < 2; ++i) {
-        std::thread([this, i] { Run(i); }).detach();
+        objects::StartThread([this, i] { Run(i); }).detach();
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "runtimes/objects/module.h"
+#include "runtimes/objects/thread.h"
 
 namespace orv::simulated {
 
@@ -304,8 +304,7 @@ bool Clock::Settle() {
 
 void Clock::StartTimerThread() {
     if (!simulated && !timerThread.joinable()) {
-        objects::KeepModuleLoaded();
-        timerThread = std::thread([this] { RunTimerThread(); });
+        timerThread = objects::StartThread([this] { RunTimerThread(); });
     }
 }
 

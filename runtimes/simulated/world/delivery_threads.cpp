@@ -1,6 +1,6 @@
 #include "runtimes/simulated/world/delivery_threads.h"
 
-#include "runtimes/objects/module.h"
+#include "runtimes/objects/thread.h"
 
 namespace orv::simulated {
 
@@ -38,9 +38,8 @@ void DeliveryThreads::Prepare(Lane lane) {
     if (state.prepared) {
         return;
     }
-    objects::KeepModuleLoaded();
     for (std::size_t i = 0; i < ThreadsOfLane[IndexOf(lane)]; ++i) {
-        threads[threadCount] = std::thread([this, lane] { Run(lane); });
+        threads[threadCount] = objects::StartThread([this, lane] { Run(lane); });
         ++threadCount;
         // One thread suffices for this kind of task if the system refuses more.
         state.prepared = true;
