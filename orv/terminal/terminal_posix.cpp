@@ -7,32 +7,42 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <thread>
+
+#include "orv/background.h"
 #include "orv/terminal/terminal.h"
 
 namespace orv::terminal {
 
 namespace {
 
-volatile sig_atomic_t interrupted = 0;  // number of the received signal, or 0
+std::atomic<int> interrupted{0};  // number of the received signal, or 0
 
 termios before;
-volatile sig_atomic_t isRaw = 0;
+std::atomic<bool> isRaw{false};
 
-// The second interrupt restores the terminal and ends the program, because a pending call may never
-// return.
-void OnSignal(int number) {
-    if (interrupted) {
-        constexpr char Usual[] = "\033[?7h\033[?25h";
-        if (isRaw) {
-            tcsetattr(STDIN_FILENO, TCSANOW, &before);
-        }
-        if (isatty(STDOUT_FILENO) && write(STDOUT_FILENO, Usual, sizeof Usual - 1) < 0) {
-            // A failed write is ignored, because the program ends.
-        }
-        signal(number, SIG_DFL);
-        raise(number);
+void RestoreTerminal() {
+    constexpr char Usual[] = "\033[?7h\033[?25h";
+    if (isRaw) {
+        tcsetattr(STDIN_FILENO, TCSANOW, &before);
     }
-    interrupted = number;
+    if (isatty(STDOUT_FILENO) && write(STDOUT_FILENO, Usual, sizeof Usual - 1) < 0) {
+        // A failed write is ignored, because the program ends.
+    }
+}
+
+// Runs on a thread of its own. A signal handler would run within any other call, and the thread
+// sanitizer of clang 14 loses some signals that arrive just before a blocking call.
+void AwaitSignals(sigset_t signals) {
+    for (int number = 0; sigwait(&signals, &number) == 0;) {
+        if (interrupted.exchange(number) != 0) {
+            RestoreTerminal();
+            signal(number, SIG_DFL);
+            pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+            raise(number);
+        }
+    }
 }
 
 }  // namespace
@@ -59,11 +69,13 @@ Size SizeOf() {
 }
 
 void CatchInterrupts() {
-    struct sigaction action = {};
-    action.sa_handler = OnSignal;
+    sigset_t signals;
+    sigemptyset(&signals);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        sigaction(number, &action, nullptr);
+        sigaddset(&signals, number);
     }
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);  // later threads inherit this
+    LeaveRunning(std::thread(AwaitSignals, signals));
     signal(SIGPIPE, SIG_IGN);  // a write to a closed pipe fails instead of ending the program
 }
 
@@ -98,7 +110,7 @@ RawInput::RawInput() {
 RawInput::~RawInput() {
     if (isRaw) {
         tcsetattr(STDIN_FILENO, TCSANOW, &before);
-        isRaw = 0;
+        isRaw = false;
     }
 }
 
