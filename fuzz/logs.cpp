@@ -1,5 +1,5 @@
-// Fuzzes the log reader with any bytes: it must explain them, pass no control characters to a
-// terminal or page, and keep time, memory and output in proportion to the log.
+// Fuzzes the log reader with any bytes. Its output must contain no control characters. Its output
+// and its memory must be at most proportional to the size of the log.
 #include <malloc.h>
 
 #include <algorithm>
@@ -50,7 +50,7 @@ namespace {
 
 // Limits of output and memory per byte of the log. A failed call takes at least 33 bytes in the
 // log, and the reader prints at most a dozen possible causes of 110 bytes each (more in JSON).
-// `Constant` covers texts that occur once.
+// `Constant` is added to each limit, for texts that occur once.
 constexpr std::size_t MostTextPerByte = 60;
 constexpr std::size_t MostJsonPerByte = 150;
 constexpr std::size_t MostHeldPerByte = 40;
@@ -129,7 +129,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         CheckExplained(log, size, Threads::One);
         CheckExplained(log, size, Threads::Many);
         CheckPage(log, Threads::Many);
-        // Lengthens only inputs whose size is a multiple of 4, because long logs take most time.
+        // Lengthens only inputs whose size is a multiple of 4, because long logs are slow.
         if (size % 4 == 0) {
             const std::string stretched = Stretched(bytes);
             LogFile longLog = LogFile::OfBytes(stretched);

@@ -188,8 +188,8 @@ QUELVIXWINLIB_API ResultCode OrvScanner_Deinitialize(int32_t scannerId);
  * Returns  0: started; this does not mean that the radio is on, call BluetoothAvailable to find
  *          out. -1: no session has this id, or the system reported an error; after an error, the
  *          list is empty, too.
- * Blocks   for the scanner lock and while the system starts the scan, which has no timeout. Every
- *          other OrvScanner_ function waits until then.
+ * Blocks   for the scanner lock and while the system starts the scan, which has no timeout. During
+ *          this time, every other OrvScanner_ function waits.
  */
 QUELVIXWINLIB_API ResultCode OrvScanner_Start(int32_t scannerId);
 
@@ -336,7 +336,7 @@ QUELVIXWINLIB_API ResultCode Logging_Disable(void);
  * text     length bytes, written unchanged except that a line feed becomes carriage return and line
  *          feed. A terminating zero is not needed. May be null when length is 0 or less.
  * length   number of bytes of text; 0 or less writes a line without text.
- * Blocks   only for file access. While the log is off, the call only checks that.
+ * Blocks   only for file access. While the log is off, returns at once.
  */
 QUELVIXWINLIB_API ResultCode Logging_AppendLine(const char* text, int32_t length);
 

@@ -72,10 +72,10 @@ ORV_WORLD_API int32_t OrvWorld_Default(void);
  * Loads a world from a JSON file; docs/simulated_world.md describes the format. The file is checked
  * completely; then the world is reset as by OrvWorld_Reset and configured. Time and the file's
  * events start at 0. Returns 0, or 1 when simulated time was requested but only real time is
- * available. Returns -1 and changes nothing if the file is invalid or cannot be read. `error`,
- * unless it is null, then contains "FILE:LINE: FIELD: what is wrong, what would be right",
- * zero-terminated and cut to `size` bytes. LINE is 0 if the error has no line. On Windows `path` is
- * in the process's ANSI code page.
+ * available. Returns -1 and changes nothing if the file is invalid or cannot be read. In this case,
+ * if `error` is not null, the function writes a message to it: "FILE:LINE: FIELD: what is wrong,
+ * what would be right", zero-terminated and cut to `size` bytes. LINE is 0 if the error has no
+ * line. On Windows `path` is in the process's ANSI code page.
  */
 ORV_WORLD_API int32_t OrvWorld_PlayScenario(const char* path, int32_t simulatedTime, char* error,
                                             int32_t size);
@@ -86,8 +86,8 @@ ORV_WORLD_API const char* OrvWorld_Version(void);
 /*
  * Waits until every event and answer that is due is delivered and its handler has returned. The
  * caller must not hold a lock that a handler needs. Returns 0, or -1 if nothing progresses for 30 s
- * of real time or a handler makes the call. OrvWorld_Reset, OrvWorld_Default and OrvWorld_PassTime
- * fail in the same cases and then have no further effect.
+ * of real time or if a handler calls this function. OrvWorld_Reset, OrvWorld_Default and
+ * OrvWorld_PassTime fail in the same cases and then have no further effect.
  */
 ORV_WORLD_API int32_t OrvWorld_Settle(void);
 
@@ -116,8 +116,8 @@ ORV_WORLD_API int32_t OrvWorld_PassTime(int32_t milliseconds);
 
 /*
  * Waits until `count` threads wait inside the library. Call it before OrvWorld_PassTime if another
- * thread must already wait there; the recorded calls do not show waits. Returns 0, or -1 after 30 s
- * of real time or if the world is not linked into the library.
+ * thread must already be waiting. The recorded calls do not contain waits. Returns 0, or -1 after
+ * 30 s of real time or if the world is not linked into the library.
  */
 ORV_WORLD_API int32_t OrvWorld_AwaitWaits(int32_t count);
 
@@ -137,8 +137,8 @@ ORV_WORLD_API int32_t OrvWorld_SetAdapter(int32_t present);
 ORV_WORLD_API int32_t OrvWorld_AddRadio(int32_t kind, int32_t state);
 ORV_WORLD_API int32_t OrvWorld_SetRadio(int32_t index, int32_t kind, int32_t state);
 /* Switches a radio, as a user does. When the last Bluetooth radio goes off, the system stops all
- * scans; a start has no effect until a Bluetooth radio is on again. Links and their operations
- * continue. */
+ * scans; starting a scan has no effect until a Bluetooth radio is on again. Links and their
+ * operations continue. */
 ORV_WORLD_API int32_t OrvWorld_SwitchRadio(int32_t index, int32_t state);
 
 /* ---- devices */

@@ -13,10 +13,9 @@ namespace orv::objects {
 
 struct PacketContent {
     std::optional<std::u16string> name;
-    std::vector<std::vector<BYTE>> sections;  // the data of each section
+    std::vector<std::vector<BYTE>> sections;
 };
 
-// An advertisement or a scan response.
 struct Packet {
     UINT64 address;
     INT16 signal;  // in dBm
@@ -28,7 +27,6 @@ using SharedPacket = std::shared_ptr<const Packet>;
 using ReceivedArgs = Object<Stub<IBluetoothLEAdvertisementReceivedEventArgs>,
                             Stub<IBluetoothLEAdvertisementReceivedEventArgs2>>;
 
-// Returns the event arguments that pass `packet` to a watcher's handler.
 Ref<ReceivedArgs> MakeReceivedArgs(SharedPacket packet);
 
 }  // namespace orv::objects

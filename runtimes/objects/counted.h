@@ -10,7 +10,6 @@ namespace orv::objects {
 class ReferenceCount {
   public:
     ULONG Add() { return count.fetch_add(1, std::memory_order_relaxed) + 1; }
-    // Deletes `owner` if no reference is left.
     template <typename Owner>
     ULONG Remove(Owner* owner) {
         const ULONG left = count.fetch_sub(1, std::memory_order_acq_rel) - 1;

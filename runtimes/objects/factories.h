@@ -1,4 +1,4 @@
-// The objects that create the six Windows Runtime classes by name, shared by all runtimes.
+// The factories of the Windows Runtime classes that the library uses, shared by all runtimes.
 #pragma once
 
 #include <string_view>
@@ -9,8 +9,8 @@
 
 namespace orv::objects {
 
-// Functions that each runtime supplies to the class factories, which hold no lock when they call
-// them.
+// Functions that each runtime supplies to the class factories. The factories hold no lock when they
+// call these functions.
 struct Activations {
     template <typename... Arguments>
     using Function = HRESULT (*)(Arguments...);
@@ -28,8 +28,8 @@ class Factories {
   public:
     explicit Factories(const Activations& ofRuntime);
 
-    // Returns the factory of the class, or REGDB_E_CLASSNOTREG for an unknown name. Does not record
-    // the call: only the caller knows which function the library called.
+    // Returns the factory of the class, or REGDB_E_CLASSNOTREG for an unknown name. The caller must
+    // record the call, because only the caller knows which function the library called.
     HRESULT Find(std::u16string_view className, const GUID& iid, void** factory);
 
   private:

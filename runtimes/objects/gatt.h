@@ -76,7 +76,6 @@ class CharacteristicObject : public Object<Stub<IGattCharacteristic>, Stub<IGatt
   private:
     virtual HRESULT Write(const Ref<MemoryBuffer>& block,
                           IAsyncOperation<GattCommunicationStatus>** operation) = 0;
-    // Enables notifications, or disables them if `on` is false.
     virtual HRESULT EnableNotifications(bool on,
                                         IAsyncOperation<GattCommunicationStatus>** operation) = 0;
     virtual EventRegistrationToken AddHandler(SharedHandler<ValueChangedHandler> handler) = 0;
@@ -84,7 +83,6 @@ class CharacteristicObject : public Object<Stub<IGattCharacteristic>, Stub<IGatt
     const Ref<ServiceObject> service;
 };
 
-// Returns the event arguments that pass `value` to a notification handler.
 Ref<Object<Stub<IGattValueChangedEventArgs>>> MakeValueChangedArgs(const std::vector<BYTE>& value);
 
 }  // namespace orv::objects

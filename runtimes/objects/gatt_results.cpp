@@ -1,4 +1,4 @@
-// Names under which calls to the results of lookups are recorded.
+// Names under which calls to lookup results are recorded.
 #include "runtimes/objects/gatt_results.h"
 
 namespace orv::objects {

@@ -107,8 +107,7 @@ Ref<T> Make(Arguments&&... arguments) {
     return Ref<T>(new T(std::forward<Arguments>(arguments)...));
 }
 
-// Returns `object` as a pointer to its base class. The pointer owns a reference of the
-// runtime.
+// Returns `object` as a pointer to its base class. The pointer owns an internal reference.
 template <typename Base, typename T>
 std::shared_ptr<Base> ShareAs(T* object) {
     const auto owner = std::make_shared<Ref<T>>(object);
@@ -128,7 +127,7 @@ HRESULT Give(Interface** receiver, const Ref<T>& object) {
     return S_OK;
 }
 
-// An object with these interfaces. The first interface derives from IInspectable and is the
+// An object that implements `Interfaces`. The first one derives from IInspectable and is the
 // object's identity and default interface.
 template <typename... Interfaces>
 class Object : public Interfaces..., public ObjectBase {

@@ -76,7 +76,7 @@ class Operation final : public Object<IAsyncOperation<T>, Stub<IAsyncInfo>> {
         });
     }
 
-    // The library uses only the handler. The next three functions are for other clients.
+    // The library does not call the next three functions; other clients do.
     HRESULT get_Status(AsyncStatus* status) override {
         return Property(getStatusMember, status, CurrentEnding().status);
     }

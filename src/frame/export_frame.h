@@ -13,7 +13,6 @@ namespace orv {
 
 constexpr ResultCode Failure = ORV_FAILED;
 
-// Converts a count to a result, limited to the maximum of ResultCode.
 inline ResultCode CountResult(std::size_t count) {
     constexpr auto Largest = std::numeric_limits<ResultCode>::max();
     return count < Largest ? static_cast<ResultCode>(count) : Largest;

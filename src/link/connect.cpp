@@ -76,14 +76,13 @@ bool SwitchNotificationsOn(DeviceLink& link) {
     return status == GattCommunicationStatus::Success;
 }
 
-// Moves the only link in `built` to the end of the table.
 void Enter(std::list<DeviceLink>& built) {
     const Lock lock(connectionTable.mutex);
     connectionTable.links.splice(connectionTable.links.end(), built);
 }
 
 // Closes the service or device after a failed connect. Logs a failure instead of throwing it, so
-// that the caller can still close the other one.
+// that the caller can still close the second object.
 template <typename Interface>
 void CloseAfterFailure(const Reference<Interface>& object) noexcept {
     if (object) {

@@ -19,7 +19,7 @@ struct DeviceLink {
     Reference<IBluetoothLEDevice> device;
     Reference<IGattDeviceService> service;          // null after OrvDevice_Disconnect closed it
     Reference<IGattCharacteristic> characteristic;  // sender of the link's notifications
-    ReceiveQueue receiveQueue;                      // bytes that the host has not yet received
+    ReceiveQueue receiveQueue;
 };
 
 // All open links of the process, oldest first. `mutex` guards the links and their queues.

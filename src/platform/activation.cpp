@@ -10,12 +10,13 @@ namespace orv {
 
 namespace {
 
-// The first call that succeeds adds a usage count to the process's multithreaded apartment. The
-// count is never removed, because cached factories must outlive the host's own apartments.
+// Keeps the process's multithreaded apartment alive, because cached factories must outlive the
+// host's own apartments. The first successful call adds a usage count, which is never removed.
 // Concurrent first calls may each add a count, which is harmless. Returns false when the system
 // refuses.
 //
-// First makes the library stay loaded: after an unload, the next load would add another count.
+// Keeps the library loaded, because a library that is unloaded and loaded again would add another
+// count.
 bool JoinApartment() noexcept {
     static std::atomic<bool> joined{false};
     if (joined.load(std::memory_order_acquire)) {

@@ -21,9 +21,9 @@ HMODULE OwnModule(::DWORD flags) {
                : nullptr;
 }
 
-// Returns whether `path`, in the code page of file names, is the path of the module. It is not if
-// the system replaced characters that the code page lacks. Compares only the beginning, because the
-// system cuts long paths and drops an incomplete character at the cut.
+// Returns whether `path`, in the code page of file names, is the path of the module. Returns false
+// if the system replaced characters that the code page lacks. Compares only the beginning, because
+// the system cuts long paths and drops an incomplete character at the cut.
 bool LeadsBack(const char* path, HMODULE module) {
     wchar_t names[2][MAX_PATH];
     const std::wstring_view own(names[0], GetModuleFileNameW(module, names[0], MAX_PATH));

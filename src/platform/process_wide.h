@@ -5,8 +5,8 @@
 namespace orv {
 
 // Creates its object when the library is loaded and never destroys it, because releasing runtime
-// objects or taking locks at process end can deadlock or crash. An unload finds the object empty,
-// because every session or link has a handler that keeps the library loaded.
+// objects or taking locks at process end can deadlock or crash. If the library is unloaded, the
+// object is empty, because every session or link has a handler that keeps the library loaded.
 template <typename T>
 class ProcessWide {
   public:

@@ -52,7 +52,6 @@ class Reference {
     // Returns the object and becomes null; the caller must release the object.
     Interface* Detach() { return std::exchange(object, nullptr); }
 
-    // Returns a borrowed pointer, or null.
     Interface* Get() const { return object; }
     explicit operator bool() const { return object != nullptr; }
 

@@ -41,7 +41,6 @@ class StringReference {
     StringHeader header;
 };
 
-// Returns the system's last error as a failure code; E_FAIL if the last error is 0.
 HRESULT LastErrorResult() {
     const auto error = static_cast<HRESULT>(GetLastError());
     if (error == 0) {

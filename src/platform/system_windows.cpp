@@ -1,6 +1,6 @@
 // The system's header comes last: its macros have names that our headers declare.
 // clang-format off
-#define _CRT_RAND_S  // declares rand_s, which is in msvcrt.dll and imports no other DLL
+#define _CRT_RAND_S  // makes <cstdlib> declare rand_s, which needs only msvcrt.dll
 #include "platform/system.h"
 
 #include <cstdlib>

@@ -33,8 +33,8 @@ void TraceAdvertisement(const Heard& heard) {
     AppendLogLine(line.View());
 }
 
-// Returns whether the packet is a scan response. On old platforms, which lack the interface, every
-// packet counts as an advertisement, so that names are updated.
+// Returns whether the packet is a scan response. Old systems lack the interface that reports this.
+// There, every packet counts as an advertisement, so that names are updated.
 bool IsScanResponse(const Reference<IBluetoothLEAdvertisementReceivedEventArgs>& arguments) {
     Reference<IBluetoothLEAdvertisementReceivedEventArgs2> newer;
     const HRESULT code = arguments.Query(newer);

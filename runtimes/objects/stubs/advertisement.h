@@ -1,4 +1,3 @@
-// Stubs of the interfaces in Windows.Devices.Bluetooth.Advertisement.
 #pragma once
 
 #include "platform/abi/advertisement.h"

@@ -1,4 +1,3 @@
-// Stubs of the interfaces in Windows.Devices.Bluetooth.
 #pragma once
 
 #include "platform/abi/bluetooth.h"

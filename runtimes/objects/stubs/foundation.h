@@ -1,4 +1,3 @@
-// Stub of IAsyncInfo: every function returns E_NOTIMPL.
 #pragma once
 
 #include "platform/abi/foundation.h"

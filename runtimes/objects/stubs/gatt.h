@@ -1,4 +1,3 @@
-// Stubs of the interfaces in abi/gatt.h: every function returns E_NOTIMPL.
 #pragma once
 
 #include "platform/abi/gatt.h"

@@ -1,4 +1,3 @@
-// Stubs of the interfaces in Windows.Devices.Radios.
 #pragma once
 
 #include "platform/abi/radios.h"

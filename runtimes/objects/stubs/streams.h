@@ -1,4 +1,3 @@
-// Stubs of the interfaces in Windows.Storage.Streams.
 #pragma once
 
 #include "platform/abi/streams.h"

@@ -1,5 +1,5 @@
-// Makes the simulated world a separate DLL, which is loaded when the system lacks a Bluetooth
-// class.
+// Implements the export of the DLL that contains the simulated world. The library loads this DLL
+// when the system lacks a Bluetooth class.
 #include "runtimes/simulated/exports/factories.h"
 #include "runtimes/simulated/exports/flavour.h"
 #include "runtimes/simulated/world/world.h"

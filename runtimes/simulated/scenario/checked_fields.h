@@ -32,7 +32,7 @@ class ScenarioField {
         const char* text;
         INT32 value;
     };
-    // Returns the value that `words` assigns to the field's text. Throws if `words` lacks it.
+    // Returns the value that `words` assigns to the field's text. Throws if `words` lacks the text.
     INT32 OneOf(std::initializer_list<Word> words) const;
 
     std::vector<ScenarioField> Items() const;

@@ -9,7 +9,6 @@ namespace {
 constexpr std::size_t UuidLength = 36;
 constexpr int AddressBytes = 6;
 
-// Returns the value of a hexadecimal digit, or -1 if `c` is not one.
 int DigitOf(char c) {
     const char* const digits = "0123456789abcdef";
     const char lower = c >= 'A' && c <= 'F' ? static_cast<char>(c - 'A' + 'a') : c;

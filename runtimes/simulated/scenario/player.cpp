@@ -6,7 +6,8 @@ namespace {
 
 using SharedEvent = std::shared_ptr<const ScenarioEvent>;
 
-// Schedules only the next repetition, so that a repeated event uses one timer at a time.
+// Runs the event and schedules only its next repetition, so that a repeated event uses one timer at
+// a time.
 void RunEvent(World& world, const SharedEvent& event, INT32 left) REQUIRES(worldMutex) {
     event->action(world);
     if (left > 1) {

@@ -11,8 +11,8 @@ using EventAction = std::function<void(World&)>;
 
 struct ScenarioEvent {
     EventAction action;
-    Duration delay{0};    // time after the reset or the first link
-    UINT64 linkedTo = 0;  // address of that link's device; 0 if `delay` starts at the reset
+    Duration delay{0};    // time after the reset, or after the first link to `linkedTo`
+    UINT64 linkedTo = 0;  // address of a device, or 0 if `delay` starts at the reset
     INT32 times = 1;
     Duration every{0};
 };

@@ -19,8 +19,9 @@ constexpr std::size_t MostFields = 64;
 // Maximum number of values in a scenario, to limit memory. Scenarios that orv records have fewer.
 constexpr std::size_t MostValues = 2'000'000;
 
-// Tracks the line of the last token: the line of the last character that is not white space. The
-// character that the parser reads past a number is white space or on the number's line.
+// Tracks the line of the last token, which is the line of the last character that is not white
+// space. The parser reads one character past a number. This character is white space or on the same
+// line.
 struct Reading {
     int line = 1;
     int lineOfToken = 1;
@@ -58,7 +59,8 @@ class CountingIterator {
     Reading* reading;
 };
 
-// Builds the tree from the parser's events. The parser requires these names and parameters.
+// Builds the tree from the parser's events. The parser calls the public functions by the names that
+// it defines.
 class TreeBuilder {
   public:
     explicit TreeBuilder(const Reading& readingOfText) : reading(readingOfText) {}

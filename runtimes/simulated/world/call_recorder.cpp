@@ -32,7 +32,8 @@ bool IsNamed(const Member& member, const char* name) {
            std::strcmp(member.name, name + ownerLength + 1) == 0;
 }
 
-// Packs the number of resets, the number of the call, and whether its argument is a number.
+// Returns an entry's `number`. It packs the number of resets, the number of the call, and whether
+// the call's argument is a number.
 UINT64 EntryNumber(UINT32 generation, UINT64 call, bool hasValue) {
     return UINT64{generation} << 40 | (call & ((UINT64{1} << 39) - 1)) << 1 | (hasValue ? 1 : 0);
 }
@@ -41,7 +42,7 @@ UINT64 EntryNumber(UINT32 generation, UINT64 call, bool hasValue) {
 
 CallRecorder::CallRecorder()
     : ledger(new Ledger),
-      // The system zeroes this memory on first use. It is never freed.
+      // Uses calloc, because the system then zeroes each page on first use. Never freed.
       entries(static_cast<Entry*>(std::calloc(Remembered, sizeof(Entry)))) {
     if (entries == nullptr) {
         throw std::bad_alloc();

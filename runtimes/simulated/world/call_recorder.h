@@ -11,8 +11,8 @@
 
 namespace orv::simulated {
 
-// Recording a call without a configured fault takes a few atomic operations and no lock, because
-// benchmarks measure it. Do not call any function while holding the world's mutex.
+// If no fault is configured, recording a call takes a few atomic operations and no lock, because
+// benchmarks include this time. Do not call any function while holding the world's mutex.
 class CallRecorder final : public objects::CallObserver {
   public:
     CallRecorder();

@@ -55,7 +55,7 @@ class Clock {
     // Waits until `count` threads wait for an event. Returns false after 30 s of real time.
     bool AwaitWaits(int count) REQUIRES(worldMutex);
 
-    // Returns the time since 1970. A reset sets simulated time to the real time.
+    // Returns the time since 1970. Simulated time starts at the real time of the reset.
     std::chrono::milliseconds SystemTime() const;
     static std::chrono::milliseconds RealSystemTime();
 

@@ -52,7 +52,7 @@ void World::ArrangeDefault() {
     lamp->services.clear();
     lamp->SetInterval(100);
 
-    // A watcher may have started before these devices were added.
+    // Needed if a watcher was started before these devices were added.
     WakeAdvertisers();
 }
 

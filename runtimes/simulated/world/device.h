@@ -90,8 +90,8 @@ class SimulatedGattCharacteristic final : public objects::CharacteristicObject,
 using SimulatedServicesResult = objects::ServicesResult<SimulatedGattDeviceService>;
 using SimulatedCharacteristicsResult = objects::CharacteristicsResult<SimulatedGattCharacteristic>;
 
-// Return a result with the services or characteristics that have this UUID. `answer` can set
-// another status and make the list empty.
+// Return a result with the services or characteristics that have this UUID. `answer` can replace
+// the status and empty the list.
 objects::Ref<SimulatedServicesResult> FindServices(
     const objects::Ref<SimulatedBluetoothLEDevice>& device, const GUID& uuid, const Answer& answer);
 objects::Ref<SimulatedCharacteristicsResult> FindCharacteristics(

@@ -1,4 +1,3 @@
-// The simulator's unit of time.
 #pragma once
 
 #include <chrono>

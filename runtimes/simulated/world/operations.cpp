@@ -11,8 +11,8 @@ void PostInvocation(std::function<void()> invocation) {
     world.clock.Post(std::move(task));
 }
 
-// Waits until the invoked handler has returned, as if the operation ended while the library
-// registered the handler.
+// Invokes the handler on another thread and waits until it has returned. To the library, the
+// operation seems to end during the registration of the handler.
 void InvokeAndWait(std::function<void()> invocation) {
     struct Return {
         Mutex mutex;

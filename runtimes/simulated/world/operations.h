@@ -4,8 +4,8 @@
 
 namespace orv::simulated {
 
-// If the library registers a handler after the operation has ended, the returned function invokes
-// it.
+// Returns a function that invokes a handler which the library registers after the operation has
+// ended.
 objects::Invoker InvokerOf(const Answer& answer);
 void EndAfter(const Answer& answer, Duration standardDelay, std::function<void()> end);
 

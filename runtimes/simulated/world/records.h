@@ -115,11 +115,10 @@ struct DeviceRecord {
     // Empty after the device's first link has begun to open.
     std::vector<PendingEvent> pendingEvents GUARDED_BY(worldMutex);
     std::vector<std::vector<BYTE>> writes GUARDED_BY(worldMutex);
-    std::atomic<INT32> openObjects{0};  // number of open device and service objects
+    std::atomic<INT32> openObjects{0};
 };
 using Device = std::shared_ptr<DeviceRecord>;
 
-// Returns the packet that the device sends now.
 Packet PacketOf(const DeviceRecord& device, bool asScanResponse) REQUIRES(worldMutex);
 
 }  // namespace orv::simulated

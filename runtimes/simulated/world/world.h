@@ -61,13 +61,12 @@ class World {
 
     // Schedules the next packets if the device has an advertising interval and a watcher runs.
     void StartAdvertising(const Device& device) REQUIRES(worldMutex);
-    // Starts the advertising of all devices.
     void WakeAdvertisers() REQUIRES(worldMutex);
     // Processes a block that was written to the device. Returns the time until the device
     // acknowledges the write.
     Duration Receive(const Device& device, const std::vector<BYTE>& block) REQUIRES(worldMutex);
-    // Adds a notification handler. The library does so first when it opens a link, so this also
-    // schedules the device's pending events. Does nothing for a device that a reset has removed.
+    // Adds a notification handler. The first handler belongs to the device's first link, so adding
+    // it schedules the pending events. Does nothing for a device that a reset has removed.
     void AddRegistration(DeviceRecord& device, Registration registration) REQUIRES(worldMutex);
     // Returns the answer to an operation that starts now. A device that a reset has removed never
     // answers.
@@ -92,7 +91,6 @@ class World {
 // How long the system tries to reach a device that is out of range.
 constexpr Duration AbsenceLimit = std::chrono::seconds(7);
 
-// UUIDs of the device family's service and characteristic.
 constexpr GUID LinkServiceUuid = Guid("4880c12c-fdcb-4077-8920-a450d7f9b907");
 constexpr GUID LinkCharacteristicUuid = Guid("fec26ec4-6d71-4442-9f81-55bc21d658d6");
 

@@ -149,8 +149,8 @@ struct IMarshal : IUnknown {
     virtual HRESULT DisconnectObject(DWORD reserved) = 0;
 };
 
-// The identifier of an interface. The specialization for an instance of a generic interface is
-// beside its argument types.
+// The identifier of an interface. For an instance of a generic interface, the header that declares
+// the argument types contains a specialization.
 template <typename Interface>
 inline constexpr GUID IidOf = Interface::Iid;
 
