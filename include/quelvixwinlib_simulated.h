@@ -72,10 +72,11 @@ ORV_WORLD_API int32_t OrvWorld_Default(void);
  * Loads a world from a JSON file; docs/simulated_world.md describes the format. The file is checked
  * completely; then the world is reset as by OrvWorld_Reset and configured. Time and the file's
  * events start at 0. Returns 0, or 1 when simulated time was requested but only real time is
- * available. Returns -1 and changes nothing if the file is invalid or cannot be read. In this case,
- * if `error` is not null, the function writes a message to it: "FILE:LINE: FIELD: what is wrong,
- * what would be right", zero-terminated and cut to `size` bytes. LINE is 0 if the error has no
- * line. On Windows `path` is in the process's ANSI code page.
+ * available. Returns -1 and changes nothing if the file cannot be read, is invalid, or requires a
+ * world that is linked into the library. Also returns -1 where OrvWorld_Reset does. If `error` is
+ * not null, the function writes a zero-terminated text to it, cut to `size` bytes: an empty text
+ * after success, otherwise "FILE:LINE: FIELD: what is wrong, what would be right". LINE is 0 if the
+ * error has no line. On Windows `path` is in the process's ANSI code page.
  */
 ORV_WORLD_API int32_t OrvWorld_PlayScenario(const char* path, int32_t simulatedTime, char* error,
                                             int32_t size);
@@ -238,7 +239,7 @@ ORV_WORLD_API int32_t OrvWorld_Answer(uint64_t address, int32_t operation, int32
 
 /*
  * Sends one packet of a device as it is configured now. If `watcher` is -1, every started watcher
- * that accepts the packet receives it. Otherwise, the watcher of this number receives it, even if
+ * that accepts the packet receives it. Otherwise, the watcher with this number receives it, even if
  * it is stopped or released; 0 is the first since OrvWorld_Reset. Returns the number of watchers
  * that will receive the packet, without waiting for them.
  */
@@ -319,7 +320,7 @@ ORV_WORLD_API int32_t OrvWorld_FailMember(const char* member, int32_t code);
 ORV_WORLD_API int32_t OrvWorld_Hang(const char* member);
 ORV_WORLD_API int32_t OrvWorld_Release(const char* member);
 
-/* 1, the default, allows the use of factories on any thread. 0 does not. */
+/* Sets whether factories may be used on any thread: 1, the default, or 0. */
 ORV_WORLD_API int32_t OrvWorld_SetFactoriesAgile(int32_t agile);
 
 /*

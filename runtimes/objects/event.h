@@ -7,7 +7,7 @@
 
 namespace orv::objects {
 
-// This class has no lock. Its owner copies the handlers under a lock and invokes them without it.
+// Has no lock: its owner copies the handlers under a lock, releases the lock, and invokes them.
 template <typename Interface>
 class Event {
   public:

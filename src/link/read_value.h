@@ -18,9 +18,9 @@ inline void ReadByte(Reader* reader, BYTE* place) {
     CheckResult(reader ? reader->ReadByte(place) : E_POINTER);
 }
 
-// Appends all bytes of `reader` to the queue. Throws if the reader is null or fails. A template, so
-// that the compiler can inline a reader without virtual functions, as in
-// runtimes/bluez/exports/receive.cpp.
+// Appends all bytes of `reader` to the queue. Throws if the reader is null or fails. This is a
+// template, so that the compiler can inline a reader without virtual functions, as in the BlueZ
+// runtime.
 template <typename Reader>
 inline void ReadValue(Reader* reader, ReceiveQueue::Filling& filling) {
     while (BytesLeftIn(reader) > 0) {

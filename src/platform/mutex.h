@@ -5,8 +5,8 @@
 
 namespace orv {
 
-// A mutex that is not recursive, is constant-initialized and never destroyed, and whose locking
-// cannot fail. The library has three mutexes, and no function holds two of them at once.
+// A non-recursive mutex. It is constant-initialized and never destroyed. Locking cannot fail.
+// The library has three mutexes, and no function holds two of them at once.
 class CAPABILITY("mutex") Mutex {
   public:
     void Acquire() ACQUIRE() { system::AcquireLock(state); }

@@ -24,8 +24,8 @@ Reference<IBluetoothLEAdvertisementWatcher> CreateWatcher() {
     return watcher;
 }
 
-// Creates a random key. Call it without holding scannerMutex, because the system may load a
-// library for it, which can block.
+// Creates a random key. Do not hold scannerMutex, because the system may load a library to create
+// random numbers, which can block.
 AddressHash::Key DrawKey() {
     return {system::RandomBits(), system::RandomBits()};
 }
