@@ -1,4 +1,3 @@
-// The options with which every command selects the library.
 #pragma once
 
 #include <string>
@@ -13,7 +12,7 @@ struct LibraryOptions {
     std::string scenario;
     bool simulated = false;
     bool log = false;
-    bool simulatedTime = false;  // plays a scenario in simulated time
+    bool simulatedTime = false;
 };
 
 // Adds the options to a command or the program, so that users may give them before or after the

@@ -1,4 +1,3 @@
-// The exit statuses of orv, and the exception for failures.
 #pragma once
 
 #include <stdexcept>
@@ -26,8 +25,8 @@ struct Problem : std::runtime_error {
     bool isReported = false;
 };
 
-// In the first call only, prints the text on the standard error, with control characters escaped.
-// Returns the status.
+// Prints the text on the standard error, with control characters escaped. A second call for the
+// same problem prints nothing. Returns the status.
 ExitStatus Report(Problem& problem);
 
 }  // namespace orv

@@ -76,7 +76,6 @@ std::string Reason(CLI::App* command, const CLI::ParseError& error) {
     return WhyMismatched(command, text);
 }
 
-// Returns the last command that the parser recognized.
 CLI::App* NamedCommand(CLI::App* program) {
     CLI::App* command = program;
     while (!command->get_subcommands().empty()) {

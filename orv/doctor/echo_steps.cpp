@@ -16,7 +16,7 @@ constexpr std::size_t StreamBlock = 244;
 constexpr std::size_t StreamBytes = 4096;
 constexpr int LeastBytesPerSecond = 100;
 constexpr double LeastWriteMs = 3.75;
-constexpr int UnderWayMs = 20;  // time for callbacks that began before the disconnect to end
+constexpr int UnderWayMs = 20;  // time allowed for callbacks that began before the disconnect
 constexpr int LateMs = 1000;
 
 std::string Pattern(std::size_t size) {
@@ -31,8 +31,8 @@ bool CanEcho(const Examination& run) {
     return run.WhyNoLink().empty() && run.whyNoEcho.empty();
 }
 
-// Call this after a send timed out. Connects again. If that succeeds, the device was reachable,
-// which refutes the assumption WriteAnswered.
+// Call this after a send timed out. Connects again. A successful connect refutes WriteAnswered,
+// because the device was reachable.
 void JudgeTimeout(Examination& run, ScopedLink& link, std::size_t size) {
     run.whyNoEcho = "a send timed out";
     link.Close();

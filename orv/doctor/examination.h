@@ -22,7 +22,7 @@ struct Examination : std::enable_shared_from_this<Examination> {
     std::uintmax_t LogSize() const;
     // Returns why no link can be opened now, or an empty string.
     std::string WhyNoLink() const;
-    // Returns why a check with this need was skipped.
+    // Returns why the checks that require `need` were skipped.
     std::string WhyNotTested(Need need) const;
 
     Library library;
@@ -39,7 +39,7 @@ struct Examination : std::enable_shared_from_this<Examination> {
     bool isHeard = false;            // the scan has listed the device
     bool isRejectedUnheard = false;  // a connect was rejected before the scan
     bool isLost = false;             // the device is no longer reachable
-    // Set if a disconnect hangs; other calls for links would hang, too. Several threads read this.
+    // True if a disconnect hangs. Then, no link can be used. Several threads read this.
     std::atomic<bool> closeHangs = false;
     std::vector<std::int64_t> connectMs;  // durations of the successful connects
 };

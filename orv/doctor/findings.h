@@ -16,12 +16,12 @@ struct Finding {
     std::string seen;  // observation, or the reason if not tested
 };
 
-// Once a check is refuted, later results do not change it.
+// Holds one finding per check. Later results do not change a refutation.
 class Findings {
   public:
     void Confirm(Check check, std::string seen);
     void Refute(Check check, std::string seen);
-    // Stores why the check was skipped. Does nothing if it has a result.
+    // Stores why the check was skipped. Does nothing if the check has a result.
     void Skip(Check check, std::string why);
     void Judge(Check check, bool isAsAssumed, std::string seen);
 

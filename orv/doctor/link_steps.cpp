@@ -6,7 +6,7 @@ namespace orv::doctor {
 
 namespace {
 
-// The next scan must start before 100 ms, when the devices of some scenarios advertise.
+// Short, because the devices of some scenarios advertise at 100 ms. The scan must start earlier.
 constexpr int QuietMs = 60;
 constexpr int LongQuietMs = 500;
 constexpr int QuietBytesPerMs = 10;

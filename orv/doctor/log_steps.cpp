@@ -54,7 +54,8 @@ class Comparison {
     void Report(Findings& findings) const {
         long missing = 0;
         long surplus = 0;
-        for (const auto& [key, count] : calls) {  // ignores the surplus line of a hanging call
+        // Ignores surplus lines: a hanging call has a line, but is not in `made`.
+        for (const auto& [key, count] : calls) {
             missing += std::max(-count, 0L);
         }
         for (const auto& [key, count] : results) {

@@ -13,7 +13,7 @@ namespace orv::doctor {
 namespace {
 
 constexpr std::int64_t WaitMs = 2000;    // time limit of each wait in the library
-constexpr std::int64_t MarginMs = 1000;  // allowed in addition, for system calls without a timeout
+constexpr std::int64_t MarginMs = 1000;  // added to each limit, for system calls without a timeout
 
 std::string HashOf(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);

@@ -16,7 +16,8 @@ class ScopedLink {
     bool IsOpen() const { return isOpen; }
     // Returns the received bytes after `expected` bytes have arrived, or after 2 s.
     std::string Await(std::size_t expected);
-    // Disconnects on a separate thread, because the call may hang. For `alone`, see MadeCall.
+    // Disconnects on a separate thread, because the call may hang. Pass false if another call may
+    // hold the lock that the disconnect needs.
     void Close(bool alone = true);
 
     // Returns whether the call failed after about 2000 ms, the library's timeout.

@@ -56,7 +56,7 @@ std::string VersionOf(Handle handle, const std::filesystem::path&) {
     // VS_FIXEDFILEINFO follows three 16-bit words and the key "VS_VERSION_INFO", padded to 4 bytes.
     constexpr std::size_t FactsAt = 40;
     constexpr WORD VersionResource =
-        16;  // RT_VERSION; the macro may have the type for narrow strings
+        16;  // RT_VERSION, whose type is wrong in builds without UNICODE
     const HRSRC entry =
         FindResourceW(module, MAKEINTRESOURCEW(VS_VERSION_INFO), MAKEINTRESOURCEW(VersionResource));
     const HGLOBAL resource = entry ? LoadResource(module, entry) : nullptr;

@@ -135,7 +135,7 @@ void WriteReport(const std::string& path, Threads threads, const std::string& ou
                       "this orv was built without the report page. Build it with -DORV_REPORT=ON, "
                       "which needs npm, or use orv log explain");
     }
-    std::error_code notBoth;  // set if a file is missing; the files then differ
+    std::error_code notBoth;  // ignored: if a file is missing, the files differ
     if (std::filesystem::equivalent(PathOf(path), PathOf(output), notBoth)) {
         throw Problem(ExitStatus::FileFailed,
                       output + " is the log itself. Give the page another name");

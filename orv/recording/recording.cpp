@@ -173,7 +173,8 @@ void ScanRecording::AddPacket(Content content, const DiscoveredDevice& device) {
 void ScanRecording::AddChange(const DiscoveredDevice* before, const DiscoveredDevice& now) {
     const std::string_view name = NameOf(now);
     if (!before && name.substr(0, FamilyPrefix.size()) != FamilyPrefix) {
-        // The library lists only devices that advertised an ORV name, so this one did so earlier.
+        // The library lists only devices that advertised an ORV name, so this device sent one
+        // earlier.
         AddPacket(Content::FamilyName, now);
     }
     const bool hasValues = before ? !HaveSameValues(*before, now)

@@ -53,7 +53,7 @@ class RecordingClock {
     std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
 };
 
-// Like TalkRecording, completes the file in its destructor, even after a failure.
+// ScanRecording and TalkRecording complete the file in their destructors, even after a failure.
 class ScanRecording {
   public:
     explicit ScanRecording(RecordingFile& recordingFile);

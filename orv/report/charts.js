@@ -20,7 +20,6 @@ function timeAxis() {
     };
 }
 
-// Copies the time range of one chart to all others.
 let sharing = false;
 function shareTime(chart, scale) {
     if (scale !== "x" || sharing) return;

@@ -70,7 +70,6 @@ function drawLanes(chart) {
     ctx.restore();
 }
 
-// Returns a text about the calls or events under the cursor.
 function wordsAt(chart, left, top) {
     const index = Math.floor((top / chart.over.clientHeight) * data.lanes.length);
     const lane = data.lanes[index];

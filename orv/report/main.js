@@ -1,5 +1,3 @@
-// Draws the page from the JSON data that it contains.
-
 const data = JSON.parse(document.getElementById("data").textContent);
 
 function makeCharts() {

@@ -1,4 +1,3 @@
-// Finds devices by address or name.
 #pragma once
 
 #include <functional>
@@ -11,7 +10,7 @@
 
 namespace orv {
 
-// States in the help of each command how to name a device.
+// The help text of an argument that names a device.
 extern const char* const DeviceForms;
 
 constexpr int SearchSeconds = 10;

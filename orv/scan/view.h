@@ -25,7 +25,6 @@ struct ScanState {
 class ScanView {
   public:
     virtual ~ScanView() = default;
-    // Call this at each poll.
     virtual void Show(const ScanState& state) = 0;
     virtual void End(const ScanState& state) = 0;
 };

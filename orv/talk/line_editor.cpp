@@ -65,8 +65,8 @@ void LineEditor::Finish(std::vector<std::string>& lines) {
     Erase(0, text.size());
 }
 
-// Processes the end of an escape sequence. Cursor keys send "ESC [ A" or, with modifiers, "ESC [ 1
-// ; 5 A"; other keys send "ESC [ 3 ~".
+// Processes the end of an escape sequence. Cursor keys send "ESC[A" or, with modifiers, "ESC[1;5A";
+// other keys send "ESC[3~".
 void LineEditor::TakeSequence(char last) {
     if (last == '~') {
         const std::string number = parameters.substr(0, parameters.find(';'));

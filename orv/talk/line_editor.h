@@ -39,8 +39,8 @@ class LineEditor {
     std::vector<std::string> history;  // finished lines, oldest first
     std::size_t recalled = 0;  // index of the line that is shown; history.size() for the new line
     std::string draft;         // the new line while an older one is shown
-    Escape escape = Escape::None;  // state within an escape sequence
-    std::string parameters;        // digits and semicolons of the escape sequence
+    Escape escape = Escape::None;
+    std::string parameters;  // digits and semicolons of the escape sequence
     bool afterReturn = false;
     bool ended = false;
 };

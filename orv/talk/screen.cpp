@@ -70,7 +70,7 @@ void Screen::ShowTyped(const Counters& counters, const LineEditor& typed) {
     if (line.size() + 10 > columns) {
         line.clear();
     }
-    // Cuts the text before the cursor at its start, so that the cursor remains visible.
+    // Cuts the start of the text before the cursor, so that the cursor remains visible.
     const std::size_t room = std::max<std::size_t>(columns, line.size() + 1) - line.size() - 1;
     std::string before = Printable(typed.Text().substr(0, typed.Cursor()));
     while (ColumnsOf(before) > room) {

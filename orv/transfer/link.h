@@ -11,9 +11,9 @@ namespace orv {
 
 class Link {
   public:
-    // Connects. If connecting fails at once, which is usual before the system has received the
-    // device's advertisements, scans for it and connects again. Throws a Problem if no radio is on,
-    // if it cannot connect, or after an interrupt.
+    // Connects. If this fails at once, scans for the device and connects again, because the system
+    // rejects a device that it has never heard. Throws a Problem if no radio is on, if it cannot
+    // connect, or after an interrupt.
     Link(Library& library, BluetoothAddress address);
     // Disconnects. May never return.
     ~Link();
@@ -37,8 +37,8 @@ class Link {
     BluetoothAddress address;
 };
 
-// Runs `body` with an open link. Prints results and failures before disconnecting, which may never
-// return.
+// Runs `body` with an open link. Flushes the output and reports failures before the disconnect,
+// which may never return.
 template <typename Body>
 void WithLink(Library& library, BluetoothAddress address, Body&& body) {
     Link link(library, address);

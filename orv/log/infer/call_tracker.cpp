@@ -12,11 +12,11 @@ namespace {
 // A call that began more than this many ms before the first log line is not in the log.
 constexpr std::int64_t BeforeLog = 100;
 
-// If calls may overlap, a call without a result line counts as ended after this time in ms, which
-// allows for several timeouts and for closing links.
+// If calls may overlap, a call without a result line counts as ended after this many ms. This is
+// enough for several timeouts and for closing links.
 constexpr std::int64_t Longest = 15'000;
 
-// Hosts have fewer threads. If this many calls are open, the oldest one counts as ended.
+// If this many calls are open, the oldest one counts as ended. No host has so many threads.
 constexpr std::size_t MostOpen = 200;
 constexpr std::size_t MostHolds = 200;
 
@@ -81,7 +81,7 @@ void CallTracker::AddCall(const Entry& entry) {
     linksStarted += entry.subject.function == Function::Connect ? 1 : 0;
 }
 
-// Without result lines, only the trace line of the next call shows that a call has ended.
+// Ends calls without result lines. Only the trace line of a later call shows that they have ended.
 void CallTracker::EndWhatMustHaveEnded(std::int64_t time) {
     for (std::size_t index = 0; index < open.size();) {
         Call& call = open[index]->call;
@@ -131,7 +131,7 @@ void CallTracker::AddFailure(const Entry& entry) {
         return;
     }
     ++failureCount;
-    // Visits each call only for its first failure line, so that even many open calls cost little.
+    // Changes each call only at its first failure line, because many calls may be open.
     for (; withFailure < open.size(); ++withFailure) {
         Call& call = open[withFailure]->call;
         call.failures.text = entry.words.substr(0, LongestFailureText);
@@ -147,7 +147,7 @@ void CallTracker::AddFailure(const Entry& entry) {
 }
 
 // Returns whether a callback may have written the failure line. A callback can fail before its
-// trace line, so any scan or link may have caused it, even one that the log does not show.
+// trace line, so its scan or link is unknown and may be older than the log.
 bool CallTracker::CallbackMayFail(const OpenCall& opened) const {
     const Call& call = opened.call;
     const Function function = call.subject.function;

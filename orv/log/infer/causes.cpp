@@ -36,9 +36,9 @@ struct SuspectList {
     // Returns whether the call may have been rejected without a failure line.
     bool MayBeSilent() const { return !HasFailure() || call.failures.owner != Owner::ThisCall; }
     bool MayBeImmediate() const { return MayBeSilent() && Told(call.OwnAtLeast()) <= Immediate; }
-    // Returns whether the call exceeded all its timeouts, for example if the machine slept.
+    // Returns whether the call took longer than all its timeouts, for example if the machine slept.
     bool IsBeyondWaits() const { return Told(call.OwnAtLeast()) < call.OwnAtLeast(); }
-    // Returns `time`, or 0 if it exceeds all timeouts together and therefore proves nothing.
+    // Returns `time`, or 0 if it is longer than all timeouts together, and so proves nothing.
     std::int64_t Told(std::int64_t time) const {
         const int waits = FactsOf(call.subject.function).waits;
         return waits > 0 && time > waits * (WaitLimit + Late) ? 0 : time;
@@ -215,7 +215,8 @@ bool Closes(const Call& call) {
            call.subject.function == Function::Connect;
 }
 
-// Called before ExplainFailure, because a rejection is unlikely: the call would have returned.
+// Called before ExplainFailure, because these causes are likelier: a rejected call would
+// have returned.
 void ExplainHanging(SuspectList& found) {
     const Call& call = found.call;
     if (call.lockWait > Immediate) {

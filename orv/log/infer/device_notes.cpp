@@ -97,7 +97,7 @@ void DeviceNotes::Learn(const Call& call, Device& device) {
             device.queued = 0;
             break;
         case Function::Send:
-            // A failed send is explained as a call, so it does not count as unanswered.
+            // A failed send has causes of its own, so it does not count as unanswered.
             if (call.result == -1 && call.subject.number > SafeBlock) {
                 device.unanswered.count = std::max<std::int64_t>(device.unanswered.count - 1, 0);
             }

@@ -18,7 +18,7 @@ class DeviceNotes {
     void AddAdvertisement(const Entry& entry);
     void AddNotification(const Entry& entry);
     void AddTrace(const Entry& entry);
-    void AddCall(const Call& call);  // only after `call` has ended
+    void AddCall(const Call& call);  // `call` must have ended
     void End(std::int64_t latest);
 
   private:

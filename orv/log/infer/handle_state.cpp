@@ -62,8 +62,8 @@ HandleStates::Snapshot HandleStates::Begin(const Subject& call) {
         presence = Presence::Absent;
     } else {
         const int creating = session ? initializing : handle.creating;
-        // Another running call may have added or removed the link or session. This call can
-        // remove it only at its end.
+        // Another running call may have added or removed the link or session. This call does not
+        // count as removing, because it removes only at its end.
         const bool othersRemove =
             handle.removing > 0 && !(handle.removing == 1 && IsRemoving(call.function));
         const bool changes = (presence == Presence::Absent && creating > 0) ||
@@ -178,8 +178,8 @@ void HandleStates::LearnLink(Call& call, HandleState& handle, const Overlap& oth
         default:
             break;
     }
-    // A rejected Flush proves that there is no link. A failed Send or Receive may have other
-    // causes.
+    // A success proves that the link or session exists. A rejected Flush proves that there is no
+    // link; Send and Receive can fail for other reasons.
     if (Succeeded(call) && handle.atLeast == 0 && !others.removed) {
         handle.atLeast = 1;
         handle.noOther = false;

@@ -48,7 +48,6 @@ struct Note {
         time = call.start;
         line = call.line;
     }
-    // Counts an entry. The first one sets the note's time and line.
     void CountAt(const Entry& entry) {
         if (count++ == 0) {
             PlaceAt(entry);

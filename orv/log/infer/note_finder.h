@@ -17,7 +17,7 @@ class NoteFinder {
     explicit NoteFinder(std::function<void(const Note&)> noteSink);
 
     void Add(const Entry& entry);
-    void AddCall(const Call& call);  // only after `call` has ended
+    void AddCall(const Call& call);  // `call` must have ended
     void End();
 
   private:
@@ -41,7 +41,7 @@ class NoteFinder {
     std::int64_t scanEnded = 0;
     Note unasked{NoteKind::HeardWithoutScan};
     Note hostile{NoteKind::HostileNames};
-    std::map<std::uint64_t, Note> unlinked;  // by address: the notifications after a disconnect
+    std::map<std::uint64_t, Note> unlinked;  // notifications after a disconnect, by address
     DeviceNotes devices;
 };
 

@@ -1,4 +1,4 @@
-// Reads a log several times instead of keeping it in memory.
+// Each function reads the whole log, so that it need not be kept in memory.
 #pragma once
 
 #include <cstdint>

@@ -69,7 +69,7 @@ struct Entry {
     std::string_view words;     // an Advertisement's name, or a Failure's text after "Exception: "
     std::int32_t stamp = 0;     // ms since midnight, as in the log
     std::int64_t time = 0;      // ms since the start of the log's first day
-    std::uint64_t line = 0;     // line number in the file
+    std::uint64_t line = 0;
 };
 
 // Reads the text of a line. If the format is unknown, the kind is Host.

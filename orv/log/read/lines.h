@@ -22,8 +22,8 @@ struct Line {
 // contains stamps.
 class LineReader {
   public:
-    // `firstLine` is the line number at the start of `bytes`. Unless `isEnd` is set, Next stops
-    // before a line that may continue after `bytes`.
+    // `firstLine` is the number of the first line. If `isEnd` is false, Next stops before a line
+    // that may continue after `bytes`.
     explicit LineReader(std::string_view bytes, std::uint64_t firstLine = 1, bool isEnd = true)
         : rest(bytes), nextNumber(firstLine), isLast(isEnd) {}
 

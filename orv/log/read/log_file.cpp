@@ -39,7 +39,7 @@ LogFile::LogFile(const std::string& path) : name(path == "-" ? "standard input" 
         return;
     }
     const fs::path place = PathOf(path);
-    std::error_code problem;  // ignored, because opening fails as well
+    std::error_code problem;  // ignored: opening the file then fails, too
     const fs::file_status status = fs::status(place, problem);
     if (fs::is_directory(status)) {
         throw Unreadable(name, std::string("is a folder") + WhereItLies);

@@ -5,7 +5,6 @@
 
 namespace orv::log {
 
-// Returns whether each value from 0 to `Count` - 1 has a row.
 template <auto Key, typename Row, std::size_t Count>
 constexpr bool HasEachRow(const Row (&rows)[Count]) {
     for (std::size_t value = 0; value < Count; ++value) {

@@ -10,10 +10,10 @@ namespace orv::log {
 
 struct CauseTexts {
     Cause cause;
-    std::string_view id;      // name for programs; never changes
-    std::string_view what;    // clause such as "the address has no link"
-    std::string_view tell;    // how to recognise this cause
-    std::string_view advice;  // what the host can do
+    std::string_view id;    // name for programs; never changes
+    std::string_view what;  // clause such as "the address has no link"
+    std::string_view tell;  // how to recognise this cause
+    std::string_view advice;
 };
 
 const CauseTexts& TextsOf(Cause cause);

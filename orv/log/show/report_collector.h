@@ -1,4 +1,3 @@
-// Collects the data of a report from a log.
 #pragma once
 
 #include <cstdint>
@@ -39,7 +38,7 @@ struct FailureGroup {
     Call example;  // the first call
     Suspects suspects;
     std::int64_t count = 0;
-    std::vector<Sample> firstFew;  // times and stamps of the first calls
+    std::vector<Sample> firstFew;  // the first calls; `value` is the time stamp
 };
 
 class ReportCollector : public Listener {

@@ -1,4 +1,4 @@
-// The parts of the report page around its data. The build generates them from orv/report.
+// The report page before and after its data. The build generates them from orv/report.
 #pragma once
 
 #include <span>

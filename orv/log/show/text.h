@@ -15,14 +15,14 @@ class TextPrinter {
   public:
     TextPrinter(std::FILE* file, bool colours);
 
-    // Similar calls that need no explanation share one line, as do polls of one link or session.
-    // Flush or a different call writes the line.
+    // Similar calls, such as polls of one link, share one line if they need no explanation. Flush
+    // or a different call writes this line.
     void Print(const Call& call);
     void Print(const Note& note);
     void PrintLine(const std::string& text);
     void Flush();
-    // Writes the pending line. Of several polls, writes only the first; Flush writes the number of
-    // the others.
+    // Writes the pending line. Of repeated polls, writes only the first; Flush later writes the
+    // number of further polls.
     void Show();
 
   private:
@@ -41,7 +41,6 @@ class TextPrinter {
     std::set<NoteKind> toldNotes;
 };
 
-// Prints a summary, then the calls and notes of a log.
 void PrintLog(std::FILE* file, bool colours, LogFile& log, Threads threads);
 
 }  // namespace orv::log
