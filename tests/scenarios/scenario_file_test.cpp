@@ -211,7 +211,9 @@ View LookAround() {
 TEST_F(ScenarioFileTest, TheDefaultWorldIsTheOneOfItsFile) {
     OrvWorld_Default();
     const View built = LookAround();
-    ASSERT_EQ(OrvWorld_PlayScenario(ORV_SCENARIOS "default.json", 0, nullptr, 0), 0);
+    char outside = 'x';  // behind a buffer of 0 bytes
+    ASSERT_EQ(OrvWorld_PlayScenario(ORV_SCENARIOS "default.json", 0, &outside, 0), 0);
+    EXPECT_EQ(outside, 'x');
     const View played = LookAround();
     EXPECT_EQ(built.records.size(), 2U);
     EXPECT_EQ(built.heard, played.heard);

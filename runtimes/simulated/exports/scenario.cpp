@@ -81,7 +81,7 @@ int32_t OrvWorld_PlayScenario(const char* path, int32_t simulatedTime, char* err
                     0, "world",
                     "is still at work, a call from outside its handlers would be right"};
             }
-            Report("", {}, error, 1);
+            Report("", {}, error, std::min(size, 1));
             return simulatedTime != 0 && !simulated ? 1 : 0;
         } catch (const ScenarioFault& fault) {
             Report(path, fault, error, size);
