@@ -47,6 +47,7 @@ class Advertisement final : public Object<Stub<IBluetoothLEAdvertisement>> {
     HRESULT get_DataSections(IVector<BluetoothLEAdvertisementDataSection>** value) override {
         return Call(getDataSectionsMember, [&] {
             std::vector<Ref<DataSection>> sections;
+            sections.reserve(packet->content.sections.size());
             for (const auto& data : packet->content.sections) {
                 sections.push_back(Make<DataSection>(packet, data));
             }

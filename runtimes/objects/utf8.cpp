@@ -6,6 +6,7 @@ namespace orv::objects {
 
 std::u16string FromUtf8(const std::string& text) {
     std::u16string result;
+    result.reserve(text.size());
     for (std::size_t at = 0; at < text.size();) {
         const auto lead = static_cast<BYTE>(text[at++]);
         const int following = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;

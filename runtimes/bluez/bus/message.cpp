@@ -32,7 +32,8 @@ void ReadVariant(sd_bus_message* message, Bytes& value) {
     std::size_t size = 0;
     if (sd_bus_message_enter_container(message, 'v', "ay") > 0) {
         if (sd_bus_message_read_array(message, 'y', &bytes, &size) >= 0) {
-            value.assign(static_cast<const BYTE*>(bytes), static_cast<const BYTE*>(bytes) + size);
+            value.insert(value.end(), static_cast<const BYTE*>(bytes),
+                         static_cast<const BYTE*>(bytes) + size);
         }
         sd_bus_message_exit_container(message);
     }

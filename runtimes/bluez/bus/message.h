@@ -12,22 +12,23 @@ namespace orv::bluez {
 
 using Bytes = std::vector<BYTE>;
 
-// Calls visit(key) for each entry of a dictionary with keys of the basic type `key` and values of
-// the type `value`. `visit` must read the whole value or nothing; an unread value is skipped.
+// Calls visit(key) for each entry of a dictionary. `type` is the type of its entries, such as
+// "{sv}". `visit` must read the whole value or nothing; an unread value is skipped.
 template <typename Key, typename Visit>
-void ForEachEntry(sd_bus_message* message, char key, const char* value, Visit&& visit) {
-    const std::string entry = std::string(1, key) + value;
-    if (sd_bus_message_enter_container(message, 'a', ("{" + entry + "}").c_str()) < 0) {
+void ForEachEntry(sd_bus_message* message, const char* type, Visit&& visit) {
+    if (sd_bus_message_enter_container(message, 'a', type) < 0) {
         return;
     }
+    std::string entry = type + 1;
+    entry.pop_back();
     while (sd_bus_message_enter_container(message, 'e', entry.c_str()) > 0) {
         Key found{};
-        if (sd_bus_message_read_basic(message, key, &found) < 0) {
+        if (sd_bus_message_read_basic(message, entry[0], &found) < 0) {
             break;
         }
         visit(found);
         if (sd_bus_message_at_end(message, 0) == 0) {
-            sd_bus_message_skip(message, value);
+            sd_bus_message_skip(message, &entry[1]);
         }
         sd_bus_message_exit_container(message);
     }
@@ -38,7 +39,7 @@ void ForEachEntry(sd_bus_message* message, char key, const char* value, Visit&& 
 void ReadVariant(sd_bus_message* message, bool& value);
 void ReadVariant(sd_bus_message* message, INT16& value);
 void ReadVariant(sd_bus_message* message, std::string& value);
-void ReadVariant(sd_bus_message* message, Bytes& value);
+void ReadVariant(sd_bus_message* message, Bytes& value);  // appends to `value`
 void ReadVariant(sd_bus_message* message, std::vector<std::string>& value);
 
 // These functions return zeros if the text is malformed.

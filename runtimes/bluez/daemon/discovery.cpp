@@ -1,9 +1,5 @@
 #include "runtimes/bluez/daemon/discovery.h"
 
-#include <systemd/sd-id128.h>
-
-#include <iterator>
-
 #include "runtimes/objects/utf8.h"
 
 namespace orv::bluez {
@@ -22,38 +18,6 @@ constexpr INT16 NoSignal = 127;
 // omit some.
 int AppendFilter(sd_bus_message* call) {
     return sd_bus_message_append(call, "a{sv}", 2, "Transport", "s", "le", "DuplicateData", "b", 1);
-}
-
-// Returns a UUID as an advertisement contains it: last byte first, and shortened to 16 or 32 bits
-// if it is derived from the Bluetooth base UUID.
-Bytes KeyOf(const std::string& uuid) {
-    constexpr std::string_view Base = "-0000-1000-8000-00805f9b34fb";
-    sd_id128_t id{};
-    sd_id128_from_string(uuid.c_str(), &id);
-    Bytes key(std::rbegin(id.bytes), std::rend(id.bytes));
-    if (uuid.size() == 36 && uuid.compare(8, Base.size(), Base) == 0) {
-        key.erase(key.begin(), key.begin() + 12);
-        key.resize(key[2] == 0 && key[3] == 0 ? 2 : 4);
-    }
-    return key;
-}
-
-Bytes Section(Bytes key, const Bytes& payload) {
-    key.insert(key.end(), payload.begin(), payload.end());
-    return key;
-}
-
-// Returns the manufacturer and service data as advertisement sections. Each starts with the company
-// identifier or UUID, low byte first.
-std::vector<Bytes> SectionsOf(const Device& device) {
-    std::vector<Bytes> sections;
-    for (const auto& [key, payload] : device.manufacturerData) {
-        sections.push_back(Section({static_cast<BYTE>(key), static_cast<BYTE>(key >> 8)}, payload));
-    }
-    for (const auto& [uuid, payload] : device.serviceData) {
-        sections.push_back(Section(KeyOf(uuid), payload));
-    }
-    return sections;
 }
 
 }  // namespace
@@ -98,7 +62,9 @@ void Discovery::Heard(const Device& device, bool withData) {
     const INT16 signal = device.signal.value_or(NoSignal);
     Send({device.address, signal, /*isScanResponse=*/false, {objects::FromUtf8(device.name), {}}});
     if (withData) {
-        Send({device.address, signal, /*isScanResponse=*/true, {{}, SectionsOf(device)}});
+        std::vector<Bytes> sections = device.manufacturerData;
+        sections.insert(sections.end(), device.serviceData.begin(), device.serviceData.end());
+        Send({device.address, signal, /*isScanResponse=*/true, {{}, std::move(sections)}});
     }
 }
 

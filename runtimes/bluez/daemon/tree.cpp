@@ -1,7 +1,9 @@
 #include "runtimes/bluez/daemon/tree.h"
 
+#include <systemd/sd-id128.h>
+
 #include <algorithm>
-#include <string_view>
+#include <iterator>
 
 namespace orv::bluez {
 
@@ -12,14 +14,34 @@ bool ComesBefore(const Path& one, const Path& other) {
     return one.size() != other.size() ? one.size() < other.size() : one < other;
 }
 
-// Replaces the data, because each report contains the data of all keys.
-template <typename Key, typename Map>
-void ReadData(sd_bus_message* message, char key, const char* type, Map& data) {
+Bytes KeyOf(UINT16 company) {
+    return {static_cast<BYTE>(company), static_cast<BYTE>(company >> 8)};
+}
+
+// Returns a UUID as an advertisement contains it: last byte first, and shortened to 16 or 32 bits
+// if it is derived from the Bluetooth base UUID.
+Bytes KeyOf(const char* text) {
+    constexpr std::string_view Base = "-0000-1000-8000-00805f9b34fb";
+    const std::string_view uuid = text;
+    sd_id128_t id{};
+    sd_id128_from_string(text, &id);
+    Bytes key(std::rbegin(id.bytes), std::rend(id.bytes));
+    if (uuid.size() == 36 && uuid.substr(8) == Base) {
+        key.erase(key.begin(), key.begin() + 12);
+        key.resize(key[2] == 0 && key[3] == 0 ? 2 : 4);
+    }
+    return key;
+}
+
+// Replaces the sections, because each report contains the data of all keys.
+template <typename Key>
+void ReadData(sd_bus_message* message, const char* type, std::vector<Bytes>& sections) {
     if (sd_bus_message_enter_container(message, 'v', type) <= 0) {
         return;
     }
-    data.clear();
-    ForEachEntry<Key>(message, key, "v", [&](Key found) { ReadVariant(message, data[found]); });
+    sections.clear();
+    ForEachEntry<Key>(message, type + 1,
+                      [&](Key key) { ReadVariant(message, sections.emplace_back(KeyOf(key))); });
     sd_bus_message_exit_container(message);
 }
 
@@ -45,11 +67,11 @@ void ReadProperty(sd_bus_message* message, std::string_view name, Device& device
         ReadVariant(message, device.signal.emplace());
         news.heard = &device;
     } else if (name == "ManufacturerData") {
-        ReadData<UINT16>(message, 'q', "a{qv}", device.manufacturerData);
+        ReadData<UINT16>(message, "a{qv}", device.manufacturerData);
         news.heard = &device;
         news.heardData = true;
     } else if (name == "ServiceData") {
-        ReadData<const char*>(message, 's', "a{sv}", device.serviceData);
+        ReadData<const char*>(message, "a{sv}", device.serviceData);
         news.heard = &device;
         news.heardData = true;
     } else if (name == "AdvertisingFlags" || name == "AdvertisingData" || name == "TxPower") {
@@ -82,7 +104,7 @@ void ReadProperty(sd_bus_message* message, std::string_view name, Characteristic
 // the signal strength.
 template <typename Object>
 void ReadProperties(sd_bus_message* message, Object& object, News& news) {
-    ForEachEntry<const char*>(message, 's', "v", [&](const char* property) {
+    ForEachEntry<const char*>(message, "{sv}", [&](const char* property) {
         ReadProperty(message, property, object, news);
     });
 }
@@ -108,7 +130,7 @@ bool Characteristic::Has(const char* flag) const {
 void Tree::Load(sd_bus_message* reply) {
     Clear();
     News ignored;
-    ForEachEntry<const char*>(reply, 'o', "a{sa{sv}}",
+    ForEachEntry<const char*>(reply, "{oa{sa{sv}}}",
                               [&](const char* path) { ReadInterfaces(path, reply, ignored); });
 }
 
@@ -119,8 +141,8 @@ News Tree::Apply(sd_bus_message* signal, const Path& path) {
         // Ignores changes of unknown objects, because they contain only some properties.
         if (sd_bus_message_read_basic(signal, 's', &text) > 0) {
             ForObjects(text, [&](auto& objects) {
-                if (objects.count(path) != 0) {
-                    ReadProperties(signal, objects[path], news);
+                if (const auto known = objects.find(path); known != objects.end()) {
+                    ReadProperties(signal, known->second, news);
                 }
             });
         }
@@ -150,7 +172,7 @@ void Tree::ForObjects(std::string_view interface, Use&& use) {
 }
 
 void Tree::ReadInterfaces(const Path& path, sd_bus_message* message, News& news) {
-    ForEachEntry<const char*>(message, 's', "a{sv}", [&](const char* interface) {
+    ForEachEntry<const char*>(message, "{sa{sv}}", [&](const char* interface) {
         ForObjects(interface, [&](auto& objects) { ReadProperties(message, objects[path], news); });
     });
 }

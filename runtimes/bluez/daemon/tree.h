@@ -22,8 +22,9 @@ struct Device {
     bool connected = false;
     bool resolved = false;
     std::optional<INT16> signal;
-    std::map<UINT16, Bytes> manufacturerData;
-    std::map<std::string, Bytes> serviceData;  // the key is the UUID
+    // Sections of an advertisement: the company identifier or UUID, low byte first, then the data.
+    std::vector<Bytes> manufacturerData;
+    std::vector<Bytes> serviceData;
 };
 
 struct Service {
