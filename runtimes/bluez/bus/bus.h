@@ -50,8 +50,7 @@ class Bus final : private Pollable {
               milliseconds limit = milliseconds(25000));
 
   private:
-    static int OnSignal(sd_bus_message* message, void* bus, sd_bus_error* error);
-    static int OnOwner(sd_bus_message* message, void* bus, sd_bus_error* error);
+    static int OnMessage(sd_bus_message* message, void* bus, sd_bus_error* error);
 
     Clock::time_point Prepare(pollfd& polled) override;
     void Ready() override;
