@@ -112,15 +112,13 @@ static int on_report(sd_bus_message* signal, void* ignored, sd_bus_error* error)
     const char* text = NULL;
     (void)ignored;
     (void)error;
-    sd_bus_message_read(signal, "s", &text);
-    if (strcmp(text, "org.bluez.Device1") == 0) {
-        sd_bus_message_enter_container(signal, 'a', "{sv}");
-        while (sd_bus_message_enter_container(signal, 'e', "sv") > 0) {
-            sd_bus_message_read(signal, "s", &text);
-            heard += strcmp(text, "ManufacturerData") == 0;
-            sd_bus_message_skip(signal, "v");
-            sd_bus_message_exit_container(signal);
-        }
+    sd_bus_message_skip(signal, "s");
+    sd_bus_message_enter_container(signal, 'a', "{sv}");
+    while (sd_bus_message_enter_container(signal, 'e', "sv") > 0) {
+        sd_bus_message_read(signal, "s", &text);
+        heard += strcmp(text, "ManufacturerData") == 0;
+        sd_bus_message_skip(signal, "v");
+        sd_bus_message_exit_container(signal);
     }
     return 0;
 }
@@ -129,8 +127,8 @@ static int hand_start_scan(void) {
     if (!bus && sd_bus_open_system(&bus) < 0) {
         return -1;
     }
-    sd_bus_match_signal(bus, NULL, "org.bluez", NULL, "org.freedesktop.DBus.Properties",
-                        "PropertiesChanged", on_report, NULL);
+    sd_bus_add_match(bus, NULL, "type='signal',sender='org.bluez',arg0='org.bluez.Device1'",
+                     on_report, NULL);
     sd_bus_call_method(bus, "org.bluez", "/org/bluez/hci0", "org.bluez.Adapter1",
                        "SetDiscoveryFilter", NULL, NULL, "a{sv}", 2, "Transport", "s", "le",
                        "DuplicateData", "b", 1);
