@@ -15,8 +15,8 @@ void __verbose_terminate_handler() {
 
 namespace std {
 
-// Containers call this function at their size limit, which exceeds any memory, so it reports
-// exhausted memory. The standard exception would link all of std::string.
+// Containers call this function at their size limit, which is larger than any memory, so it reports
+// exhausted memory. Throwing the standard exception would add all of std::string to the DLL.
 void __throw_length_error(const char*) {
     throw bad_alloc();
 }

@@ -20,9 +20,9 @@ bool IsDevice(std::string_view text);
 // Throws a Problem if a text names no device or two texts name the same one.
 void CheckDevices(const std::vector<std::string>& texts);
 
-// Returns the addresses of `texts` in the same order. Scans for names for at most SearchSeconds and
-// prints their addresses. Throws a Problem if a name is not found or ambiguous, or if two texts
-// name the same device.
+// Each text is the address or the name of a device. Returns the addresses in the same order. If
+// there are names, scans for at most SearchSeconds and prints the addresses found. Throws a Problem
+// if a name is not found or ambiguous, or if two texts name the same device.
 std::vector<BluetoothAddress> FindDevices(Library& library, const std::vector<std::string>& texts);
 BluetoothAddress FindDevice(Library& library, const std::string& text);
 

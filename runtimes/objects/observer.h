@@ -1,4 +1,5 @@
-// Notifies a runtime of its client's calls, and counts the references between runtime and client.
+// Notifies a runtime of its client's calls. Counts the client's references to objects of the
+// runtime, and the runtime's references to handlers of the client.
 #pragma once
 
 #include "runtimes/objects/member.h"

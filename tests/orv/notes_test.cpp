@@ -1,4 +1,5 @@
-// Tests the log reader: its notes (observations), calls that wait for threads, and a growing log.
+// Tests the log reader: its notes (observations), calls that wait for calls of other threads, and a
+// log that grows while it is read.
 #include <filesystem>
 #include <fstream>
 #include <thread>

@@ -36,7 +36,7 @@ struct Behaviour {
     bool acquireDropsLink = false;
     bool startRefused = false;
     bool indicatesOnly = false;
-    std::string writeFailure;  // error name of a write, or empty
+    std::string writeFailure;  // name of the error of each write, or empty
     int silentWrites = 0;      // number of writes without a reply
 };
 

@@ -25,7 +25,8 @@ void EndSession() {
 
 constexpr std::uint8_t Block[] = {1, 2, 3};
 
-// Starts a scan. Gives the device a scan response with all three payloads of a device record.
+// Starts a scan. Gives the device a scan response that fills value0500, value1130 and data1118 of
+// its record.
 void Scan() {
     Session();
     ASSERT_EQ(OrvScanner_Start(0), 0);

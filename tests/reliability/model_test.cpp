@@ -66,7 +66,8 @@ TEST(Model, LibraryMatchesTheReferenceForPackets) {
                    {{Initialize, 0, 0, {}}, {Start, 1, 0, {}}});
 }
 
-// With an existing link, tests each answer of each platform operation, then the standard answer.
+// For each platform operation and each answer: opens a link, sets the answer, runs the exports, and
+// runs them again with the operation's default answer.
 TEST(Model, LibraryMatchesTheReferenceForEachAnswer) {
     for (std::uint8_t operation = 0; operation <= OrvOperation_WriteValue; ++operation) {
         for (std::uint8_t answer = 0; answer < 56; ++answer) {  // 14 answers with 4 statuses each

@@ -131,7 +131,8 @@ void CallTracker::AddFailure(const Entry& entry) {
         return;
     }
     ++failureCount;
-    // Changes each call only at its first failure line, because many calls may be open.
+    // Stores only the first failure line in each open call. If every line changed all open calls,
+    // many open calls would take too long.
     for (; withFailure < open.size(); ++withFailure) {
         Call& call = open[withFailure]->call;
         call.failures.text = entry.words.substr(0, LongestFailureText);

@@ -47,7 +47,8 @@ ScenarioEvent ReadEvent(const ScenarioField& field, const World::State& state) R
 MemberFault ReadMemberFault(const ScenarioField& field);
 RadioRecord ReadRadio(const ScenarioField& field);
 INT32 ReadRadioState(const ScenarioField& field);
-// Reads one operation and its answer. `ofMachine` is true for the adapter and the radios.
+// Reads an operation and how the system is to answer it. `ofMachine` is true for the adapter and
+// the radios.
 std::pair<INT32, Answer> ReadAnswer(const ScenarioField& field, bool ofMachine);
 
 }  // namespace orv::simulated

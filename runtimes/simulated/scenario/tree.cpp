@@ -20,8 +20,8 @@ constexpr std::size_t MostFields = 64;
 constexpr std::size_t MostValues = 2'000'000;
 
 // Tracks the line of the last token, which is the line of the last character that is not white
-// space. The parser reads one character past a number. This character is white space or on the same
-// line.
+// space. This also holds after a number, where the parser reads one character too far: it is white
+// space or on the same line.
 struct Reading {
     int line = 1;
     int lineOfToken = 1;

@@ -35,7 +35,8 @@ struct Step {
     }
 };
 
-// Compares `call` with `expected`, and the elapsed time with reference.now, which `expected` sets.
+// Compares the result of `call` with `expected`, and the time that `call` took with the time that
+// the reference took to compute `expected`.
 #define COMPARE(step, call, expected)                                    \
     do {                                                                 \
         const std::int64_t wanted = (expected);                          \
