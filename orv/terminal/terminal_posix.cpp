@@ -72,7 +72,12 @@ void CatchInterrupts() {
     sigset_t signals;
     sigemptyset(&signals);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        sigaddset(&signals, number);
+        struct sigaction present = {};
+        sigaction(number, nullptr, &present);
+        // The caller may ignore a signal, as nohup does.
+        if (present.sa_handler != SIG_IGN) {
+            sigaddset(&signals, number);
+        }
     }
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);  // later threads inherit this
     LeaveRunning(std::thread(AwaitSignals, signals));

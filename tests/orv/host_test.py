@@ -9,6 +9,7 @@ import pathlib
 import re
 import select
 import shutil
+import signal
 import subprocess
 import unittest
 
@@ -247,6 +248,20 @@ class HostTest(WorldsTest):
             sparse.write(b"09:00:00.000\tOrvDevice_Flush 5\n")
             sparse.truncate(4 << 30)
         self.assertIn("more than 16 MiB", self.orv("log explain sparse.log", 6))
+
+    @unittest.skipIf(WINE, "there are no signals")
+    def test_a_hangup_that_the_caller_ignores_ends_nothing(self):
+        log = self.folder / "host.log"
+        lines = "09:00:0{0}.000\tOrvDevice_Flush {0}\n09:00:0{0}.001\tReturned 0 after 1 ms: OrvDevice_Flush {0}\n"
+        log.write_text(lines.format(5))
+        follower = Running(self, f"log follow {log}", ignored="HUP")
+        follower.shows("OrvDevice_Flush .*:05")
+        follower.process.send_signal(signal.SIGHUP)
+        with open(log, "a") as more:
+            more.write(lines.format(6))
+        follower.shows("OrvDevice_Flush .*:06")
+        follower.process.terminate()
+        follower.ends()
 
     @unittest.skipUnless(WINE, "the library of the ZIP")
     def test_the_shipped_library_tells_its_version(self):

@@ -17,9 +17,11 @@ SECONDS = 60  # timeout of each wait
 
 
 class Running:
-    """A running orv, whose output a thread reads: from a pipe or, if `columns` is given, a terminal of that width."""
+    """A running orv, whose output a thread reads: from a pipe or, if `columns` is given, a terminal of that width.
 
-    def __init__(self, test, line, columns=None):
+    orv inherits that the signal `ignored` is ignored."""
+
+    def __init__(self, test, line, columns=None, ignored=None):
         self.test, self.shown, self.changed = test, "", threading.Condition()
         command, streams = ORV, {}
         if columns:
@@ -32,6 +34,8 @@ class Running:
         else:
             self.source, inner = os.pipe()
             self.settings = lambda: None
+        if ignored:
+            command = ["sh", "-c", f'trap "" {ignored}; exec "$@"', "sh", *command]
         self.before = self.settings()
         self.process = subprocess.Popen(command + line.split(), cwd=test.folder, env=ENVIRONMENT, stdout=inner,
                                         stderr=inner, **streams)
