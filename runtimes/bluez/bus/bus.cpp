@@ -5,36 +5,39 @@
 #include <memory>
 #include <utility>
 
+#include "runtimes/bluez/bus/message.h"
+
 namespace orv::bluez {
 
 namespace {
 
-constexpr const char* LostName = "org.freedesktop.DBus.Error.Disconnected";
+constexpr milliseconds PauseWithoutBus{100};
 
-// Calls the handler once. Later calls do nothing.
-void Finish(Reply& pending, const Failure& failure, sd_bus_message* reply) {
-    if (const Reply handler = std::exchange(pending, nullptr)) {
-        Contained([&] { handler(failure, reply); });
+struct PendingCall {
+    Loop& loop;
+    Reply reply;
+
+    // Calls the handler once. Later calls do nothing.
+    void Finish(const Failure& failure, sd_bus_message* message) {
+        if (const Reply handler = std::exchange(reply, nullptr)) {
+            loop.Attempt([&] { handler(failure, message); });
+        }
     }
-}
+};
 
 int OnReply(sd_bus_message* message, void* pending, sd_bus_error*) {
-    Contained([&] {
-        Failure failure;
-        if (const sd_bus_error* error = sd_bus_message_get_error(message)) {
-            failure = {error->name, error->message ? error->message : ""};
-        }
-        Finish(*static_cast<Reply*>(pending), failure, failure ? nullptr : message);
-    });
+    Failure failure;
+    if (const sd_bus_error* error = sd_bus_message_get_error(message)) {
+        failure = {error->name, error->message ? error->message : ""};
+    }
+    static_cast<PendingCall*>(pending)->Finish(failure, failure ? nullptr : message);
     return 0;
 }
 
 // The bus calls this after the reply, or without a reply when the connection is closed.
 void OnCallEnded(void* pending) {
-    const std::unique_ptr<Reply> ended(static_cast<Reply*>(pending));
-    Contained([&] {
-        Finish(*ended, {LostName, "the connection to the message bus is lost"}, nullptr);
-    });
+    const std::unique_ptr<PendingCall> ended(static_cast<PendingCall*>(pending));
+    ended->Finish({LostName, "the connection to the message bus is lost"}, nullptr);
 }
 
 }  // namespace
@@ -45,6 +48,7 @@ void Bus::Open() {
     }
     if (sd_bus_open_system(&connection) < 0 || AddMatches() < 0) {
         connection = sd_bus_close_unref(connection);
+        loop.ResumeAfter(PauseWithoutBus);
         return;
     }
     loop.Watch(this);
@@ -65,7 +69,7 @@ int Bus::AddMatches() {
         if (code >= 0) {
             code = sd_bus_call_method_async(connection, nullptr, "org.freedesktop.DBus",
                                             "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                                            "AddMatch", nullptr, nullptr, "s", rule);
+                                            "AddMatch", &OnMatched, this, "s", rule);
         }
     }
     return code;
@@ -73,21 +77,21 @@ int Bus::AddMatches() {
 
 void Bus::Call(const std::string& path, const char* interface, const char* member,
                const Arguments& arguments, Reply reply, milliseconds limit) {
-    auto pending = std::make_unique<Reply>(std::move(reply));
+    std::unique_ptr<PendingCall> pending(new PendingCall{loop, std::move(reply)});
     const int code = connection == nullptr
                          ? -ENOTCONN
-                         : Send(path, interface, member, arguments, limit, *pending);
-    if (code >= 0) {
+                         : Send(path, interface, member, arguments, limit, pending.get());
+    if (CheckMemory(code) >= 0) {
         static_cast<void>(pending.release());  // OnCallEnded deletes it
-    } else if (*pending) {
-        loop.Post([failed = std::move(*pending), code] {
+    } else if (pending->reply) {
+        loop.Post([failed = std::move(pending->reply), code] {
             failed({LostName, strerror(-code)}, nullptr);
         });
     }
 }
 
 int Bus::Send(const std::string& path, const char* interface, const char* member,
-              const Arguments& arguments, milliseconds limit, Reply& pending) {
+              const Arguments& arguments, milliseconds limit, void* pending) {
     sd_bus_message* call = nullptr;
     sd_bus_slot* slot = nullptr;
     int code = sd_bus_message_new_method_call(connection, &call, "org.bluez", path.c_str(),
@@ -96,7 +100,7 @@ int Bus::Send(const std::string& path, const char* interface, const char* member
         code = arguments(call);
     }
     if (code >= 0) {
-        code = sd_bus_call_async(connection, &slot, call, &OnReply, &pending,
+        code = sd_bus_call_async(connection, &slot, call, &OnReply, pending,
                                  static_cast<std::uint64_t>(limit.count()) * 1000);
     }
     if (code >= 0) {
@@ -108,11 +112,19 @@ int Bus::Send(const std::string& path, const char* interface, const char* member
     return code;
 }
 
+// Without its signals, the bus is useless: Ready then closes the connection.
+int Bus::OnMatched(sd_bus_message* reply, void* bus, sd_bus_error*) {
+    if (sd_bus_message_is_method_error(reply, nullptr) != 0) {
+        sd_bus_close(static_cast<Bus*>(bus)->connection);
+    }
+    return 0;
+}
+
 int Bus::OnMessage(sd_bus_message* message, void* bus, sd_bus_error*) {
-    auto& listener = static_cast<Bus*>(bus)->listener;
+    Bus& self = *static_cast<Bus*>(bus);
     if (sd_bus_message_is_signal(message, "org.freedesktop.DBus.Properties", nullptr) > 0 ||
         sd_bus_message_is_signal(message, "org.freedesktop.DBus.ObjectManager", nullptr) > 0) {
-        Contained([&] { listener.Signalled(message); });
+        self.listener.Signalled(message);
         return 1;
     }
     const char* name = nullptr;
@@ -120,9 +132,9 @@ int Bus::OnMessage(sd_bus_message* message, void* bus, sd_bus_error*) {
     const char* owner = nullptr;
     if (sd_bus_message_is_signal(message, "org.freedesktop.DBus", "NameOwnerChanged") > 0 &&
         sd_bus_message_read(message, "sss", &name, &before, &owner) >= 0) {
-        Contained([&] { listener.Lost(); });
+        self.loop.Attempt([&] { self.listener.Lost(/*daemonEnded=*/true); });
         if (*owner != '\0') {
-            Contained([&] { listener.Came(); });
+            self.loop.Attempt([&] { self.listener.Came(); });
         }
     }
     return 0;
@@ -152,8 +164,9 @@ void Bus::Ready() {
 // Clears `connection` first, because handlers of failed calls may open a new one.
 void Bus::Close() {
     loop.Watch(nullptr);
+    loop.ResumeAfter(PauseWithoutBus);
     sd_bus_close_unref(std::exchange(connection, nullptr));
-    listener.Lost();
+    listener.Lost(/*daemonEnded=*/false);
 }
 
 }  // namespace orv::bluez

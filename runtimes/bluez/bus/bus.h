@@ -5,18 +5,23 @@
 #include <systemd/sd-bus.h>
 
 #include <string>
+#include <string_view>
 
 #include "runtimes/bluez/bus/loop.h"
 
 namespace orv::bluez {
 
-// Failure of a call. `name` is the D-Bus error name, or empty if the call succeeded.
+// Failure of a call. `name` is the D-Bus error name, or empty if the call succeeded. The texts are
+// valid until the handler returns; a copy would need memory.
 struct Failure {
-    std::string name;
-    std::string message;
+    std::string_view name;
+    std::string_view message;
 
     explicit operator bool() const { return !name.empty(); }
 };
+
+// The name of the failure of a call that could not be sent or whose connection was lost.
+constexpr const char* LostName = "org.freedesktop.DBus.Error.Disconnected";
 
 // Handles the result of a call. `reply` is null if the call failed. The bus owns `reply`.
 using Reply = std::function<void(const Failure& failure, sd_bus_message* reply)>;
@@ -30,7 +35,7 @@ class Bus final : private Pollable {
         virtual void Signalled(sd_bus_message* signal) = 0;
         // The Bluetooth daemon has ended, or the connection is lost and all pending calls have
         // failed.
-        virtual void Lost() = 0;
+        virtual void Lost(bool daemonEnded) = 0;
         // The Bluetooth daemon has started. Lost() is always called first.
         virtual void Came() = 0;
 
@@ -40,16 +45,19 @@ class Bus final : private Pollable {
 
     Bus(Loop& loopOfBus, Listener& listenerOfBus) : loop(loopOfBus), listener(listenerOfBus) {}
 
-    // Connects if the bus is not connected yet. If that fails, later calls fail.
+    // Connects if the bus is not connected yet. If that fails, later calls fail, and the loop
+    // resumes after a pause, also when a connection breaks.
     void Open();
 
     // Calls a method of the Bluetooth daemon. `reply`, if there is one, is always called after Call
-    // has returned. The call fails if no reply arrives within `limit`.
+    // has returned. The call fails if no reply arrives within `limit`. If memory is exhausted, Call
+    // throws and calls nothing.
     void Call(const std::string& path, const char* interface, const char* member,
               const Arguments& arguments = nullptr, Reply reply = nullptr,
               milliseconds limit = milliseconds(25000));
 
   private:
+    static int OnMatched(sd_bus_message* reply, void* bus, sd_bus_error* error);
     static int OnMessage(sd_bus_message* message, void* bus, sd_bus_error* error);
 
     Clock::time_point Prepare(pollfd& polled) override;
@@ -57,7 +65,7 @@ class Bus final : private Pollable {
 
     int AddMatches();
     int Send(const std::string& path, const char* interface, const char* member,
-             const Arguments& arguments, milliseconds limit, Reply& pending);
+             const Arguments& arguments, milliseconds limit, void* pending);
     void Close();
 
     Loop& loop;

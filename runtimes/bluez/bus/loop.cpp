@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <iterator>
 #include <new>
+#include <utility>
 
 #include "runtimes/objects/thread.h"
 
@@ -18,7 +19,9 @@ int Checked(int descriptor) {
     return descriptor;
 }
 
-Loop::Loop() : wake(Checked(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {}
+Loop::Loop(Task resumeAfterFailure)
+    : resume(std::move(resumeAfterFailure)),
+      wake(Checked(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {}
 
 void Loop::Start() {
     objects::StartThread([this] { Run(); }).detach();
@@ -44,7 +47,7 @@ void Loop::After(milliseconds delay, Task task) {
 void Loop::Run() {
     thread = std::this_thread::get_id();
     for (;;) {
-        Contained([this] {
+        Attempt([this] {
             RunPosted();
             RunDueTimers();
             Poll();
@@ -59,7 +62,7 @@ void Loop::RunPosted() {
         tasks.swap(posted);
     }
     for (Task& task : tasks) {
-        Contained(task);
+        Attempt(task);
         // Destroys the task, and what it refers to, before the next task runs.
         task = nullptr;
     }
@@ -69,7 +72,11 @@ void Loop::RunDueTimers() {
     while (!timers.empty() && timers.begin()->first <= Clock::now()) {
         const Task task = std::move(timers.begin()->second);
         timers.erase(timers.begin());
-        Contained(task);
+        Attempt(task);
+    }
+    if (resumesAt <= Clock::now()) {
+        resumesAt = Clock::time_point::max();
+        Attempt(resume);
     }
 }
 
@@ -77,7 +84,8 @@ void Loop::Poll() {
     pollfd descriptors[] = {{wake, POLLIN, 0}, {-1, 0, 0}};  // poll ignores the descriptor -1
     const auto due =
         watched == nullptr ? Clock::time_point::max() : watched->Prepare(descriptors[1]);
-    const auto deadline = timers.empty() ? due : std::min(due, timers.begin()->first);
+    const auto timer = timers.empty() ? resumesAt : std::min(resumesAt, timers.begin()->first);
+    const auto deadline = std::min(due, timer);
     int timeout = -1;
     if (deadline != Clock::time_point::max()) {
         const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now()).count();

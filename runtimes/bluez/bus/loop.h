@@ -4,6 +4,7 @@
 
 #include <poll.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -32,10 +33,23 @@ class Pollable {
     ~Pollable() = default;
 };
 
+// Runs the body and ignores exceptions. Returns false if there was one: an event is lost because
+// memory is exhausted.
+template <typename Body>
+bool Contained(Body&& body) noexcept {
+    try {
+        body();
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
 class Loop {
   public:
-    // Throws if no descriptor is available to wake the loop.
-    Loop();
+    // `resumeAfterFailure` continues what a failure has interrupted. Throws if no descriptor is
+    // available to wake the loop.
+    explicit Loop(Task resumeAfterFailure);
 
     // Call this once, after everything that tasks use is constructed. The loop runs until the
     // process ends.
@@ -46,18 +60,32 @@ class Loop {
     // Runs the task on the loop's thread, after earlier tasks. Any thread may call this.
     void Post(Task task);
 
-    // Only the loop's thread may call After and Watch. A timer cannot be cancelled, so the task
+    // Only the loop's thread may call the functions below. A timer cannot be cancelled, so the task
     // must check whether it is still needed.
     void After(milliseconds delay, Task task);
     // Polls `source` instead of the former source. Null ends polling.
     void Watch(Pollable* source) { watched = source; }
+    // Calls resumeAfterFailure after the delay. Needs no memory.
+    void ResumeAfter(milliseconds delay) { resumesAt = std::min(resumesAt, Clock::now() + delay); }
+    // Runs the body. If it throws, returns false and calls resumeAfterFailure soon.
+    template <typename Body>
+    bool Attempt(Body&& body) noexcept {
+        const bool completed = Contained(body);
+        if (!completed) {
+            ResumeAfter(PauseWithoutMemory);
+        }
+        return completed;
+    }
 
   private:
+    static constexpr milliseconds PauseWithoutMemory{20};
+
     [[noreturn]] void Run();
     void RunPosted();
     void RunDueTimers();
     void Poll();
 
+    const Task resume;
     const int wake;
     std::atomic<std::thread::id> thread;
     Mutex mutex;
@@ -65,19 +93,10 @@ class Loop {
     // Only the loop's thread uses these members.
     std::multimap<Clock::time_point, Task> timers;
     Pollable* watched = nullptr;
+    Clock::time_point resumesAt = Clock::time_point::max();
 };
 
 // Returns `descriptor`. Throws if it is negative (none was free).
 int Checked(int descriptor);
-
-// Runs the body and ignores exceptions, because the loop cannot report them. An event is lost if
-// memory is exhausted.
-template <typename Body>
-void Contained(Body&& body) noexcept {
-    try {
-        body();
-    } catch (...) {
-    }
-}
 
 }  // namespace orv::bluez

@@ -1,28 +1,37 @@
 #include "runtimes/bluez/bus/message.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 namespace orv::bluez {
 
+int CheckMemory(int result) {
+    if (result == -ENOMEM) {
+        throw std::bad_alloc();
+    }
+    return result;
+}
+
 void ReadVariant(sd_bus_message* message, bool& value) {
     int read = 0;
-    if (sd_bus_message_read(message, "v", "b", &read) >= 0) {
+    if (CheckMemory(sd_bus_message_read(message, "v", "b", &read)) >= 0) {
         value = read != 0;
     }
 }
 
 void ReadVariant(sd_bus_message* message, INT16& value) {
-    sd_bus_message_read(message, "v", "n", &value);
+    CheckMemory(sd_bus_message_read(message, "v", "n", &value));
 }
 
 void ReadVariant(sd_bus_message* message, std::string& value) {
     const char* type = nullptr;
     const char* read = nullptr;
     // Also accepts an object path.
-    if (sd_bus_message_peek_type(message, nullptr, &type) > 0 &&
+    if (CheckMemory(sd_bus_message_peek_type(message, nullptr, &type)) > 0 &&
         (strcmp(type, "s") == 0 || strcmp(type, "o") == 0) &&
-        sd_bus_message_read(message, "v", type, &read) >= 0) {
+        CheckMemory(sd_bus_message_read(message, "v", type, &read)) >= 0) {
         value = read;
     }
 }
@@ -30,8 +39,8 @@ void ReadVariant(sd_bus_message* message, std::string& value) {
 void ReadVariant(sd_bus_message* message, Bytes& value) {
     const void* bytes = nullptr;
     std::size_t size = 0;
-    if (sd_bus_message_enter_container(message, 'v', "ay") > 0) {
-        if (sd_bus_message_read_array(message, 'y', &bytes, &size) >= 0) {
+    if (CheckMemory(sd_bus_message_enter_container(message, 'v', "ay")) > 0) {
+        if (CheckMemory(sd_bus_message_read_array(message, 'y', &bytes, &size)) >= 0) {
             value.insert(value.end(), static_cast<const BYTE*>(bytes),
                          static_cast<const BYTE*>(bytes) + size);
         }
@@ -40,7 +49,7 @@ void ReadVariant(sd_bus_message* message, Bytes& value) {
 }
 
 void ReadVariant(sd_bus_message* message, std::vector<std::string>& value) {
-    if (sd_bus_message_enter_container(message, 'v', "as") > 0) {
+    if (CheckMemory(sd_bus_message_enter_container(message, 'v', "as")) > 0) {
         value = ReadStrings(message);
         sd_bus_message_exit_container(message);
     }
@@ -74,9 +83,9 @@ UINT64 ReadAddress(sd_bus_message* message) {
 
 std::vector<std::string> ReadStrings(sd_bus_message* message) {
     std::vector<std::string> strings;
-    if (sd_bus_message_enter_container(message, 'a', "s") > 0) {
+    if (CheckMemory(sd_bus_message_enter_container(message, 'a', "s")) > 0) {
         const char* item = nullptr;
-        while (sd_bus_message_read_basic(message, 's', &item) > 0) {
+        while (CheckMemory(sd_bus_message_read_basic(message, 's', &item)) > 0) {
             strings.emplace_back(item);
         }
         sd_bus_message_exit_container(message);

@@ -12,23 +12,27 @@ namespace orv::bluez {
 
 using Bytes = std::vector<BYTE>;
 
+// Returns the result of a function that reads a message. Throws if memory is exhausted, because the
+// message would otherwise seem to be malformed.
+int CheckMemory(int result);
+
 // Calls visit(key) for each entry of a dictionary. `type` is the type of its entries, such as
 // "{sv}". `visit` must read the whole value or nothing; an unread value is skipped.
 template <typename Key, typename Visit>
 void ForEachEntry(sd_bus_message* message, const char* type, Visit&& visit) {
-    if (sd_bus_message_enter_container(message, 'a', type) < 0) {
+    if (CheckMemory(sd_bus_message_enter_container(message, 'a', type)) < 0) {
         return;
     }
     std::string entry = type + 1;
     entry.pop_back();
-    while (sd_bus_message_enter_container(message, 'e', entry.c_str()) > 0) {
+    while (CheckMemory(sd_bus_message_enter_container(message, 'e', entry.c_str())) > 0) {
         Key found{};
-        if (sd_bus_message_read_basic(message, entry[0], &found) < 0) {
+        if (CheckMemory(sd_bus_message_read_basic(message, entry[0], &found)) < 0) {
             break;
         }
         visit(found);
         if (sd_bus_message_at_end(message, 0) == 0) {
-            sd_bus_message_skip(message, &entry[1]);
+            CheckMemory(sd_bus_message_skip(message, &entry[1]));
         }
         sd_bus_message_exit_container(message);
     }

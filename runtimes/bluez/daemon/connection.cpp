@@ -30,12 +30,10 @@ void Connection::Ask() {
     bus.Call(
         "/", "org.freedesktop.DBus.ObjectManager", "GetManagedObjects", nullptr,
         [this](const Failure& failure, sd_bus_message* reply) {
-            knowledge = failure ? Knowledge::None : Knowledge::Known;
-            if (!failure) {
-                tree.Load(reply);
-            }
+            const bool isLoaded = !failure && loop.Attempt([&] { tree.Load(reply); });
+            knowledge = isLoaded ? Knowledge::Known : Knowledge::None;
             for (const Task& task : std::exchange(waiting, {})) {
-                Contained(task);
+                loop.Attempt(task);
             }
             Changed();
         },
@@ -44,20 +42,34 @@ void Connection::Ask() {
 }
 
 void Connection::Signalled(sd_bus_message* signal) {
-    const Path path = sd_bus_message_get_path(signal);
-    Told(path, tree.Apply(signal, path));
-    Changed();
+    const bool isApplied = loop.Attempt([&] {
+        const Path path = sd_bus_message_get_path(signal);
+        Told(path, tree.Apply(signal, path));
+    });
+    if (!isApplied && knowledge == Knowledge::Known) {
+        knowledge = Knowledge::None;  // the tree may be outdated
+    }
+    loop.Attempt([this] { Changed(); });
 }
 
-void Connection::Lost() {
+void Connection::Lost(bool daemonEnded) {
     // In the state Asked, a call is pending. Its reply or failure will set the next state.
     if (knowledge == Knowledge::Known) {
         knowledge = Knowledge::None;
     }
     ++run;
     tree.Clear();
-    Gone();
+    Gone(daemonEnded);
     Changed();
+}
+
+// Also called after a failure, which may have lost a change of the tree or interrupted a step.
+void Connection::Came() {
+    if (knowledge == Knowledge::None && (!waiting.empty() || IsNeeded())) {
+        Ask();
+    } else {
+        Changed();
+    }
 }
 
 }  // namespace orv::bluez

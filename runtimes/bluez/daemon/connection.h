@@ -14,28 +14,33 @@ class Connection : protected Bus::Listener {
     // Runs the task when the daemon's objects are loaded. If the daemon is not available, runs the
     // task with an empty tree; the next call then requests the objects again.
     void WhenKnown(Task task);
+    // Returns false if the tree may be empty or outdated.
+    bool IsKnown() const { return knowledge == Knowledge::Known; }
     // Returns a number that changes each time the daemon ends.
     int Run() const { return run; }
     // Continues pending requests. Called after each change of the daemon's objects.
     virtual void Changed() = 0;
 
-    Loop loop;
+    Loop loop{[this] { Came(); }};
     Bus bus{loop, *this};
     Tree tree;
 
   protected:
     ~Connection() = default;
 
+    // Returns true if the objects are needed even while no task waits for them.
+    virtual bool IsNeeded() const = 0;
     // Handles the events that a D-Bus signal of the object at `path` reports.
     virtual void Told(const Path& path, const News& news) = 0;
-    // Called when the daemon has ended. The tree is empty.
-    virtual void Gone() = 0;
+    // Called when the daemon has ended or the connection is lost. The tree is empty.
+    virtual void Gone(bool daemonEnded) = 0;
 
   private:
     enum class Knowledge { None, Asked, Known };
 
     void Signalled(sd_bus_message* signal) override;
-    void Lost() override;
+    void Lost(bool daemonEnded) override;
+    void Came() override;
 
     void Ask();
 

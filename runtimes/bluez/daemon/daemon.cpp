@@ -5,12 +5,9 @@ namespace orv::bluez {
 Daemon& Daemon::Get() {
     // The object is never destroyed, because its threads run until the process ends.
     static Daemon* const daemon = new Daemon;
+    static const bool isStarted = (daemon->notifications.Start(), daemon->loop.Start(), true);
+    static_cast<void>(isStarted);
     return *daemon;
-}
-
-Daemon::Daemon() {
-    notifications.Start();
-    loop.Start();
 }
 
 void Daemon::Changed() {
@@ -28,15 +25,11 @@ void Daemon::Told(const Path& path, const News& news) {
     }
 }
 
-void Daemon::Came() {
-    if (discovery.IsWanted()) {
-        WhenKnown([] {});  // requests the objects; Changed then starts the scan
-    }
-}
-
-void Daemon::Gone() {
+void Daemon::Gone(bool daemonEnded) {
     discovery.Forget();
-    links.Forget();
+    if (daemonEnded) {
+        links.Forget();
+    }
     notifications.Forget();
 }
 

@@ -9,7 +9,8 @@ namespace orv::bluez {
 
 class Daemon final : public Connection {
   public:
-    // Returns the only instance. The first call starts its threads and throws if that fails.
+    // Returns the only instance. The first call starts its threads. If that fails, it throws,
+    // and the next call continues.
     static Daemon& Get();
 
     void Changed() override;
@@ -20,11 +21,9 @@ class Daemon final : public Connection {
     Notifications notifications{*this};
 
   private:
-    Daemon();
-
+    bool IsNeeded() const override { return discovery.IsWanted() || links.AreUsed(); }
     void Told(const Path& path, const News& news) override;
-    void Came() override;
-    void Gone() override;
+    void Gone(bool daemonEnded) override;
 };
 
 }  // namespace orv::bluez

@@ -22,8 +22,8 @@ int AppendFilter(sd_bus_message* call) {
 
 }  // namespace
 
-void Discovery::Add(std::shared_ptr<Watcher> watcher) {
-    watchers.insert(std::move(watcher));
+void Discovery::Add(Watchers& added) {
+    watchers.merge(added);
     connection.WhenKnown([this] { Step(); });
 }
 
@@ -98,18 +98,20 @@ void Discovery::Step() {
 }
 
 void Discovery::StartOn(const Path& adapter) {
-    pending = true;
     connection.bus.Call(adapter, AdapterInterface, "SetDiscoveryFilter", AppendFilter);
     connection.bus.Call(
         adapter, AdapterInterface, "StartDiscovery", nullptr,
-        [this, adapter](const Failure& failure, sd_bus_message*) { Started(adapter, failure); },
+        [this, adapter = adapter](const Failure& failure, sd_bus_message*) mutable {
+            Started(adapter, failure);
+        },
         CallLimit);
+    pending = true;  // after Call, which throws if memory is exhausted
 }
 
-void Discovery::Started(const Path& adapter, const Failure& failure) {
+void Discovery::Started(Path& adapter, const Failure& failure) {
     pending = false;
     if (!failure) {
-        scanning = adapter;
+        scanning = std::move(adapter);  // a copy would need memory
     } else {
         Pause();
         // The scan may run although this start failed: the reply to it (NO_REPLY) or to an earlier
@@ -123,35 +125,37 @@ void Discovery::Started(const Path& adapter, const Failure& failure) {
 }
 
 void Discovery::Pause() {
-    paused = true;
     connection.loop.After(PauseAfterFailure, [this] {
         paused = false;
         Step();
     });
+    paused = true;
 }
 
 void Discovery::Stop(const Path& adapter) {
-    pending = true;
-    scanning.clear();
-    leftOn.clear();
     connection.bus.Call(
         adapter, AdapterInterface, "StopDiscovery", nullptr,
-        [this, adapter, run = connection.Run()](const Failure& failure, sd_bus_message*) {
+        [this, adapter = adapter, run = connection.Run()](const Failure& failure,
+                                                          sd_bus_message*) mutable {
             pending = false;
             // Repeats the stop later: another stop may be in progress, or the reply was lost.
             // Only this process can end its scan.
             if (failure && failure.message != "No discovery started" && run == connection.Run()) {
-                leftOn = adapter;
+                leftOn = std::move(adapter);
                 Pause();
             }
             Step();
         },
         CallLimit);
+    pending = true;
+    scanning.clear();
+    leftOn.clear();
 }
 
 void Discovery::Forget() {
     scanning.clear();
     leftOn.clear();
+    paused = false;  // nothing has failed since
 }
 
 }  // namespace orv::bluez

@@ -22,8 +22,10 @@ class Discovery {
   public:
     explicit Discovery(Connection& connectionOfDiscovery) : connection(connectionOfDiscovery) {}
 
-    // Keeps the watcher alive until Remove.
-    void Add(std::shared_ptr<Watcher> watcher);
+    using Watchers = std::set<std::shared_ptr<Watcher>>;
+
+    // Moves the watchers out of `added`, which needs no memory, and keeps them alive until Remove.
+    void Add(Watchers& added);
     void Remove(const std::shared_ptr<Watcher>& watcher);
     // Hold keeps the scan running until Release, even without a watcher.
     void Hold();
@@ -37,18 +39,18 @@ class Discovery {
     void Heard(const Device& device, bool withData);
     // Starts or stops the scan if necessary.
     void Step();
-    // Call this when the daemon has ended, because its scans have ended too.
+    // Call this when the daemon has ended or the connection is lost, because the scans have ended.
     void Forget();
 
   private:
     void Send(objects::Packet packet);
     void StartOn(const Path& adapter);
-    void Started(const Path& adapter, const Failure& failure);
+    void Started(Path& adapter, const Failure& failure);
     void Pause();
     void Stop(const Path& adapter);
 
     Connection& connection;
-    std::set<std::shared_ptr<Watcher>> watchers;
+    Watchers watchers;
     std::set<UINT64> remembered;
     int holds = 0;
     Path scanning;         // the adapter whose scan this process started, or empty

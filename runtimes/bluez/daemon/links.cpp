@@ -65,11 +65,6 @@ void Links::RemoveUser(UINT64 address) {
     for (Request& request : requests) {
         request.failed |= request.address == address && request.connect;
     }
-    const auto* const device = connection.tree.FindDevice(address);
-    if (session.opened && device != nullptr && (device->second.connected || session.connecting)) {
-        Disconnect(address, device->first);
-    }
-    session.opened = false;
     Step();
 }
 
@@ -97,10 +92,22 @@ void Links::Step() {
         }
     }
     for (auto place = sessions.begin(); place != sessions.end();) {
-        const Session& session = place->second;
-        const bool isIdle = session.users == 0 && !session.connecting && !session.disconnecting;
-        place = isIdle ? sessions.erase(place) : std::next(place);
+        place = HasEnded(place->first, place->second) ? sessions.erase(place) : std::next(place);
     }
+}
+
+// Closes the link of a session without users.
+bool Links::HasEnded(UINT64 address, Session& session) {
+    if (session.users > 0 || session.disconnecting || (session.opened && !connection.IsKnown())) {
+        return false;
+    }
+    const auto* const device = connection.tree.FindDevice(address);
+    if (session.opened && device != nullptr && (device->second.connected || session.connecting)) {
+        Disconnect(address, device->first);
+        return false;
+    }
+    session.opened = false;
+    return !session.connecting;
 }
 
 void Links::Drop(std::list<Request>::iterator place, const Path& device) {
@@ -109,10 +116,13 @@ void Links::Drop(std::list<Request>::iterator place, const Path& device) {
     if (finished.front().recalling) {
         // Scans a little longer after a lookup, because some daemons remove the device when the
         // scan ends, and the caller connects next.
-        connection.loop.After(finished.front().connect ? milliseconds(0) : LookupLingers,
-                              [this] { discovery.Release(); });
+        const milliseconds delay = finished.front().connect ? milliseconds(0) : LookupLingers;
+        Loop& loop = connection.loop;
+        if (!loop.Attempt([&] { loop.After(delay, [this] { discovery.Release(); }); })) {
+            discovery.Release();
+        }
     }
-    Contained([&] { finished.front().done(device); });
+    connection.loop.Attempt([&] { finished.front().done(device); });
 }
 
 bool Links::IsDone(Request& request, Path& device) {
@@ -144,14 +154,14 @@ void Links::Recall(Request& request) {
     if (request.recalling || request.recalled || !discovery.IsRemembered(request.address)) {
         return;
     }
-    request.recalling = true;
-    discovery.Hold();
     Later(request.id, RecallLimit, [this](Request& late) {
         late.recalled = true;
         if (connection.tree.FindDevice(late.address) == nullptr) {
             EndRecall(late);
         }
     });
+    request.recalling = true;
+    discovery.Hold();
 }
 
 void Links::EndRecall(Request& request) {
@@ -179,28 +189,29 @@ bool Links::IsOpen(Request& request, const std::pair<const Path, Device>& device
         return true;
     }
     // The daemon sometimes reports services as resolved before their objects exist.
-    if (!std::exchange(request.settling, true)) {
+    if (!request.settling) {
         Later(request.id, SettlingTime, [](Request& late) { late.settled = true; });
+        request.settling = true;
     }
     return false;
 }
 
 void Links::Connect(UINT64 address, const Path& device) {
+    connection.bus.Call(
+        device, DeviceInterface, "Connect", nullptr,
+        [this, address, id = ++lastId](const Failure& failure, sd_bus_message*) {
+            // Waits, because the link's D-Bus signal may follow the reply, or another program's
+            // connect may still be in progress.
+            const bool waits = (!failure || IsInProgress(failure)) && connection.loop.Attempt([&] {
+                connection.loop.After(PauseAfterConnect, [=] { Connected(address, id, {}); });
+            });
+            if (!waits) {
+                Connected(address, id, failure);
+            }
+        });
     Session& session = sessions[address];
-    session.connecting = ++lastId;
+    session.connecting = lastId;
     session.opened = true;
-    connection.bus.Call(device, DeviceInterface, "Connect", nullptr,
-                        [this, address, id = lastId](const Failure& failure, sd_bus_message*) {
-                            if (failure && !IsInProgress(failure)) {
-                                Connected(address, id, failure);
-                            } else {
-                                // Waits, because the link's D-Bus signal may follow the reply, or
-                                // another program's connect may still be in progress.
-                                connection.loop.After(PauseAfterConnect, [this, address, id] {
-                                    Connected(address, id, {});
-                                });
-                            }
-                        });
 }
 
 void Links::Connected(UINT64 address, UINT64 id, const Failure& failure) {
@@ -219,15 +230,19 @@ void Links::Connected(UINT64 address, UINT64 id, const Failure& failure) {
 }
 
 void Links::Disconnect(UINT64 address, const Path& device) {
-    sessions[address].disconnecting = true;
     connection.bus.Call(
         device, DeviceInterface, "Disconnect", nullptr,
-        [this, address](const Failure&, sd_bus_message*) {
-            sessions[address].disconnecting = false;
-            sessions[address].connecting = 0;  // the disconnect has aborted the connect
+        [this, address](const Failure& failure, sd_bus_message*) {
+            Session& session = sessions[address];
+            session.disconnecting = false;
+            session.connecting = 0;  // the disconnect has aborted the connect
+            // Step repeats the call if the connection broke, because the daemon keeps the link.
+            session.opened |= failure.name == LostName || failure.name == SD_BUS_ERROR_NO_REPLY;
             Step();
         },
         DisconnectLimit);
+    sessions[address].disconnecting = true;
+    sessions[address].opened = false;
 }
 
 void Links::Later(UINT64 id, milliseconds delay, std::function<void(Request&)> change) {

@@ -29,6 +29,10 @@ class Links {
     void AddUser(UINT64 address) { ++sessions[address].users; }
     void RemoveUser(UINT64 address);
 
+    // Returns true if a request is pending or a device is used or still connected.
+    bool AreUsed() const { return !sessions.empty(); }
+
+    // Continues requests, and closes links that are no longer used.
     void Step();
     // Call this when the daemon has ended, because its links have ended too.
     void Forget();
@@ -52,7 +56,7 @@ class Links {
 
     struct Session {
         int users = 0;
-        bool opened = false;    // this process opened the link
+        bool opened = false;    // this process opened the link and must close it
         UINT64 connecting = 0;  // the id of a pending connect, or 0
         bool disconnecting = false;
     };
@@ -63,6 +67,7 @@ class Links {
     bool IsOpen(Request& request, const std::pair<const Path, Device>& device);
     void Recall(Request& request);
     void EndRecall(Request& request);
+    bool HasEnded(UINT64 address, Session& session);
     void Connect(UINT64 address, const Path& device);
     void Connected(UINT64 address, UINT64 id, const Failure& failure);
     void Disconnect(UINT64 address, const Path& device);

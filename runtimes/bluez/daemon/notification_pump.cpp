@@ -35,16 +35,16 @@ Pump::Pump(std::function<void(const SharedSource&)> endedOfPump)
 }
 
 void Pump::Start() {
-    for (int i = 0; i < 2; ++i) {
-        objects::StartThread([this, i] { Run(i); }).detach();
+    for (; started < 2; ++started) {
+        objects::StartThread([this, self = started] { Run(self); }).detach();
     }
 }
 
-// Uses edge-triggered events, because each read empties the socket.
+// Uses level-triggered events, so that a read that fails is repeated.
 void Pump::Watch(const SharedSource& source) {
     const Lock lock(mutex);
     watched.emplace(source.get(), source);
-    epoll_event event{EPOLLIN | EPOLLET, {}};
+    epoll_event event{EPOLLIN, {}};
     event.data.ptr = source.get();
     epoll_ctl(poller, EPOLL_CTL_ADD, source->Descriptor(), &event);
 }
@@ -56,10 +56,12 @@ void Pump::Unwatch(const SharedSource& source) {
     }
 }
 
-void Pump::Offer(const SharedSource& source) {
+void Pump::Offer(const SharedSource& source, const Bytes& value) {
+    std::list<SharedSource> offered(1, source);
+    source->Push(value);
     {
         const Lock lock(mutex);
-        filled.push_back(source);
+        filled.splice(filled.end(), offered);
     }
     const std::uint64_t one = 1;
     static_cast<void>(!write(wake, &one, sizeof one));  // each write triggers an event
@@ -102,10 +104,11 @@ void Pump::TakeReady() {
             }
             source = found->second;
         }
+        std::list<SharedSource> taken(1, source);  // allocated before values can be lost
         const bool isOpen = source->Take();
         {
             const Lock lock(mutex);
-            filled.push_back(source);
+            filled.splice(filled.end(), taken);
         }
         if (!isOpen) {
             ended(source);
@@ -124,16 +127,18 @@ void Pump::HandOver() {
             changed.NotifyOne();
         }
     }
-    std::vector<SharedSource> sources;
+    std::list<SharedSource> sources;
     while (Next(sources)) {
         for (const SharedSource& source : sources) {
-            Contained([&] { source->Deliver(); });
+            while (!Contained([&] { source->Deliver(); })) {
+                // A value that could not be passed on must not keep back the next one.
+            }
         }
     }
 }
 
 // Moves `filled` to `sources`. If `filled` was empty, clears `handsOver` and returns false.
-bool Pump::Next(std::vector<SharedSource>& sources) {
+bool Pump::Next(std::list<SharedSource>& sources) {
     sources.clear();
     const Lock lock(mutex);
     sources.swap(filled);

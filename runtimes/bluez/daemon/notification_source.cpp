@@ -68,7 +68,10 @@ bool Source::Take() {
             if (records[i].msg_len == 0 && HasHungUp(descriptor)) {
                 return false;
             }
-            values.emplace_back(bytes, bytes + records[i].msg_len);
+            try {
+                values.emplace_back(bytes, bytes + records[i].msg_len);
+            } catch (...) {  // memory is exhausted; must not lose the next records, too
+            }
             takenAny = true;
         }
     }

@@ -50,8 +50,7 @@ void Notifications::Subscribe(const Path& characteristic, UINT64 address,
         return;
     }
     auto place = entries.find(characteristic);
-    const bool isNew = place == entries.end();
-    if (isNew) {
+    if (place == entries.end()) {
         // Created first, because no entry may be without a source if memory is exhausted.
         auto source = std::make_shared<Source>(characteristic, address);
         place = entries.try_emplace(characteristic).first;
@@ -59,46 +58,55 @@ void Notifications::Subscribe(const Path& characteristic, UINT64 address,
     }
     Entry& entry = place->second;
     entry.source->Subscribe(std::move(subscriber));
-    if (entry.mode != Mode::Starting) {
+    if (entry.mode == Mode::Socket || entry.mode == Mode::Signals) {
         done(true);
         return;
     }
     entry.waiting.push_back(std::move(done));
-    if (!isNew) {
+    if (entry.mode == Mode::Starting) {
         return;
     }
     // The daemon offers sockets only for notifications, not for indications.
     if (known->Has("notify") && endedAtOnce[address] < SocketEndsBeforeSignals) {
-        Acquire(entry.source);
+        Acquire(entry);
     } else {
-        StartSignals(entry.source);
+        StartSignals(entry);
     }
 }
 
 // Requests a socket that receives each value as one record. Values that the device sends before the
 // daemon's reply are lost.
-void Notifications::Acquire(const SharedSource& source) {
-    connection.bus.Call(source->path, CharacteristicInterface, "AcquireNotify", AppendNoOptions,
-                        [this, source](const Failure& failure, sd_bus_message* reply) {
-                            const int socket = failure ? -1 : SocketIn(reply);
-                            const auto place = Find(source);
-                            if (place == entries.end()) {
-                                close(socket);  // all subscribers have unsubscribed meanwhile
-                            } else if (socket < 0) {
-                                StartSignals(source);
-                            } else {
-                                source->Attach(socket);
-                                pump.Watch(source);
-                                Started(place->second, Mode::Socket);
-                            }
-                        });
+void Notifications::Acquire(Entry& entry) {
+    connection.bus.Call(
+        entry.source->path, CharacteristicInterface, "AcquireNotify", AppendNoOptions,
+        [this, source = entry.source](const Failure& failure, sd_bus_message* reply) {
+            Acquired(source, failure ? -1 : SocketIn(reply));
+        });
+    entry.mode = Mode::Starting;  // after Call, which throws if memory is exhausted
+}
+
+void Notifications::Acquired(const SharedSource& source, int socket) {
+    const auto place = Find(source);
+    if (place == entries.end()) {
+        close(socket);  // all subscribers have unsubscribed meanwhile
+        return;
+    }
+    Entry& entry = place->second;
+    entry.mode = Mode::Idle;
+    if (socket < 0) {
+        StartSignals(entry);
+    } else {
+        source->Attach(socket);
+        pump.Watch(source);
+        Started(entry, Mode::Socket);
+    }
 }
 
 // Requests a D-Bus signal for each value. This is the fallback, because signals are slower and a
 // slow client was seen to lose values.
-void Notifications::StartSignals(const SharedSource& source) {
-    connection.bus.Call(source->path, CharacteristicInterface, "StartNotify", nullptr,
-                        [this, source](const Failure& failure, sd_bus_message*) {
+void Notifications::StartSignals(Entry& entry) {
+    connection.bus.Call(entry.source->path, CharacteristicInterface, "StartNotify", nullptr,
+                        [this, source = entry.source](const Failure& failure, sd_bus_message*) {
                             const auto place = Find(source);
                             if (place != entries.end()) {
                                 failure ? Remove(place) : Started(place->second, Mode::Signals);
@@ -107,13 +115,14 @@ void Notifications::StartSignals(const SharedSource& source) {
                                                     "StopNotify");
                             }
                         });
+    entry.mode = Mode::Starting;
 }
 
 void Notifications::Started(Entry& entry, Mode mode) {
     entry.mode = mode;
     entry.since = Clock::now();
     for (const Done& done : std::exchange(entry.waiting, {})) {
-        Contained([&] { done(true); });
+        connection.loop.Attempt([&] { done(true); });
     }
 }
 
@@ -130,10 +139,10 @@ void Notifications::Ended(const SharedSource& source) {
         CountEnd(source->address, hasLink);
     }
     if (atOnce && hasLink) {
-        entry.mode = Mode::Starting;
+        entry.mode = Mode::Idle;
         pump.Unwatch(source);
         source->Detach();
-        StartSignals(source);
+        StartSignals(entry);
     } else {
         Remove(place);
     }
@@ -171,7 +180,7 @@ void Notifications::Remove(Entries::iterator place) {
     pump.Unwatch(source);
     source->Detach();
     for (const Done& done : waiting) {
-        Contained([&] { done(false); });
+        connection.loop.Attempt([&] { done(false); });
     }
 }
 
@@ -183,16 +192,16 @@ Notifications::Entries::iterator Notifications::Find(const SharedSource& source)
 void Notifications::Value(const Path& characteristic, const Bytes& value) {
     const auto place = entries.find(characteristic);
     if (place != entries.end() && place->second.mode == Mode::Signals) {
-        place->second.source->Push(value);
-        pump.Offer(place->second.source);
+        pump.Offer(place->second.source, value);
     }
 }
 
 void Notifications::Step() {
     for (auto place = entries.begin(); place != entries.end();) {
         const auto current = place++;
-        if (current->second.mode != Mode::Socket &&
-            connection.tree.FindCharacteristic(current->first) == nullptr) {
+        const Mode mode = current->second.mode;
+        const bool exists = connection.tree.FindCharacteristic(current->first) != nullptr;
+        if (mode == Mode::Idle || (mode != Mode::Socket && !exists)) {
             Remove(current);
         } else if (current->second.source->Unsubscribe()) {
             LetGo(current);

@@ -31,17 +31,20 @@ class Notifications {
     void Forget() { endedAtOnce.clear(); }
 
   private:
-    enum class Mode { Starting, Socket, Signals };
+    // Idle is the mode while no call is pending. Step removes idle entries, which a lack of memory
+    // leaves behind.
+    enum class Mode { Idle, Starting, Socket, Signals };
     struct Entry {
         SharedSource source;
-        Mode mode = Mode::Starting;
+        Mode mode = Mode::Idle;
         Clock::time_point since;
         std::vector<Done> waiting;
     };
     using Entries = std::map<Path, Entry>;
 
-    void Acquire(const SharedSource& source);
-    void StartSignals(const SharedSource& source);
+    void Acquire(Entry& entry);
+    void Acquired(const SharedSource& source, int socket);
+    void StartSignals(Entry& entry);
     void Started(Entry& entry, Mode mode);
     void Ended(const SharedSource& source);
     void CountEnd(UINT64 address, bool hasLink);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace orv::bluez {
 
@@ -36,7 +37,7 @@ Bytes KeyOf(const char* text) {
 // Replaces the sections, because each report contains the data of all keys.
 template <typename Key>
 void ReadData(sd_bus_message* message, const char* type, std::vector<Bytes>& sections) {
-    if (sd_bus_message_enter_container(message, 'v', type) <= 0) {
+    if (CheckMemory(sd_bus_message_enter_container(message, 'v', type)) <= 0) {
         return;
     }
     sections.clear();
@@ -128,10 +129,12 @@ bool Characteristic::Has(const char* flag) const {
 }
 
 void Tree::Load(sd_bus_message* reply) {
-    Clear();
+    Tree loaded;
     News ignored;
-    ForEachEntry<const char*>(reply, "{oa{sa{sv}}}",
-                              [&](const char* path) { ReadInterfaces(path, reply, ignored); });
+    ForEachEntry<const char*>(reply, "{oa{sa{sv}}}", [&](const char* path) {
+        loaded.ReadInterfaces(path, reply, ignored);
+    });
+    *this = std::move(loaded);
 }
 
 News Tree::Apply(sd_bus_message* signal, const Path& path) {

@@ -31,8 +31,9 @@ class NoObserver final : public objects::CallObserver {
 };
 
 objects::Factories& TheFactories() {
+    static auto* const none = new NoObserver;
     static auto* const factories = [] {
-        objects::observer.store(new NoObserver, std::memory_order_release);
+        objects::observer.store(none, std::memory_order_release);
         return new objects::Factories({&GetDefaultAdapterAsync, &GetRadiosAsync,
                                        &BluezBluetoothLEDevice::FromBluetoothAddressAsync,
                                        &BluezBluetoothLEAdvertisementWatcher::Activate});

@@ -35,14 +35,17 @@ void BluezBluetoothLEDevice::Shut() {
     if (closed.exchange(true, std::memory_order_acq_rel)) {
         return;
     }
+    Loop& loop = Daemon::Get().loop;
+    if (loop.IsOwnThread()) {
+        loop.Attempt([this] { Daemon::Get().links.RemoveUser(address); });  // needs no memory
+        return;
+    }
     const auto told = std::make_shared<KernelEvent>();
-    Daemon::Get().loop.Post([address = address, told] {
+    loop.Post([address = address, told] {
         Daemon::Get().links.RemoveUser(address);
         told->Set();
     });
-    if (!Daemon::Get().loop.IsOwnThread()) {
-        told->Wait(TellLimit);
-    }
+    told->Wait(TellLimit);
 }
 
 }  // namespace orv::bluez

@@ -29,9 +29,11 @@ ULONG BluezBluetoothLEAdvertisementWatcher::Release() {
 }
 
 void BluezBluetoothLEAdvertisementWatcher::Switch(bool on) {
-    Daemon::Get().loop.Post([watcher = objects::ShareAs<Watcher>(this), on] {
+    const auto self =
+        std::make_shared<Discovery::Watchers>(Discovery::Watchers{objects::ShareAs<Watcher>(this)});
+    Daemon::Get().loop.Post([self, on] {
         Discovery& discovery = Daemon::Get().discovery;
-        on ? discovery.Add(watcher) : discovery.Remove(watcher);
+        on ? discovery.Add(*self) : discovery.Remove(*self->begin());
     });
     started = on;
 }
