@@ -7,6 +7,7 @@
 #include <cstring>
 #include <numeric>
 
+#include "tests/radio/allocations.h"
 #include "tests/radio/host.h"
 #include "tests/radio/private_bus.h"
 #include "tests/radio/stand_in.h"
@@ -295,6 +296,9 @@ TEST_F(DaemonTest, ScanGoesOnWhenRadioAndDaemonAreBack) {
     EXPECT_TRUE(Await([] { return BluetoothAvailable() == -1; }));
     daemon.Start();
     EXPECT_TRUE(heardAgain(-12));
+    SetBus(daemon, false);
+    SetBus(daemon, true);
+    EXPECT_TRUE(heardAgain(-13)) << "no call was made since the bus is back";
 }
 
 // If the kernel rejects a scan, the daemon replies as if this process already scanned.
@@ -494,6 +498,89 @@ TEST_P(BusFaults, EachReplyCanFailOrNeverCome) {
 INSTANTIATE_TEST_SUITE_P(Exports, BusFaults, testing::ValuesIn(Steps),
                          [](const auto& row) { return std::string(row.param.name); });
 
+// ---- lack of memory
+
+struct Workload {
+    const char* name;
+    void (*arrange)(Behaviour&);
+    int stride;
+};
+
+// The later workloads differ from the first in a few steps only, and each round of the last one may
+// wait 1 s for the end of a scan. They skip allocations to keep the test short.
+const Workload Workloads[] = {
+    {"ValuesBySocket", [](Behaviour&) {}, 1},
+    {"ValuesBySignals", [](Behaviour& b) { b.acquireRefused = true; }, 5},
+    {"ForgottenWithTheScan", [](Behaviour& b) { b.forgets = true; }, 5},
+};
+
+class LackOfMemory : public DaemonTest, public testing::WithParamInterface<Workload> {
+  protected:
+    // Uses each export that calls the daemon. Each call may succeed or fail, but what a successful
+    // call promises must happen.
+    void UseAll() {
+        const std::int32_t id = OrvScanner_Initialize();
+        if (OrvScanner_Start(id) == 0) {
+            EXPECT_TRUE(Await([&] { return OrvScanner_GetDeviceCount(id) > 0; }));
+        }
+        OrvScanner_Stop(id);
+        if (OrvDevice_Connect(Address) == 0) {
+            if (OrvDevice_Send(Address, 3, Block) == 3) {
+                std::uint8_t bytes[3];
+                // The allocation that failed may have been the received value's.
+                EXPECT_TRUE(Await([&] {
+                    return OrvDevice_Receive(Address, 3, bytes) == 3 || HasAllocationFailed();
+                }));
+            }
+            EXPECT_EQ(OrvDevice_Disconnect(Address), 0);
+        }
+        OrvScanner_Deinitialize(id);
+        EXPECT_TRUE(Await([&] {
+            return !daemon.IsConnected() && !daemon.IsScanning() && !daemon.IsNotifying();
+        })) << "something was left at the daemon";
+    }
+};
+
+// In each round, one allocation of the library's own threads fails, on which D-Bus is read as well.
+TEST_P(LackOfMemory, FailsOnlyTheCallsThatMeetIt) {
+    daemon.Arrange(GetParam().arrange);
+    bool failed = true;
+    int n = 1;
+    for (; failed && !HasFailure(); n += GetParam().stride) {
+        SCOPED_TRACE("allocation " + std::to_string(n));
+        daemon.Kill();  // so that the library has to load all objects again
+        daemon.Start();
+        FailAllocation(n);
+        UseAll();
+        failed = HasAllocationFailed();
+        FailAllocation(0);
+        const Scan scan;
+        EXPECT_TRUE(scan.Hears(Address));
+        ExpectWorks();
+    }
+    EXPECT_GT(n, 100) << "most allocations of a round were not counted";
+    RecordProperty("allocations", n);
+}
+
+INSTANTIATE_TEST_SUITE_P(Workloads, LackOfMemory, testing::ValuesIn(Workloads),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// The library's first call starts its threads. Runs before all tests, because none can repeat it.
+class FirstUse : public testing::Environment {
+    void SetUp() override {
+        bool failed = true;
+        int n = 1;
+        for (; failed; ++n) {
+            FailAllocation(n, Threads::OfTest);
+            const ResultCode result = BluetoothAvailable();
+            failed = HasAllocationFailed(Threads::OfTest);
+            FailAllocation(0, Threads::OfTest);
+            EXPECT_EQ(result, -1) << "there is no daemon yet";
+        }
+        EXPECT_GT(n, 2);
+    }
+};
+
 TEST_F(DaemonTest, HostOutlivesTheDaemonAtAnyMoment) {
     std::atomic<bool> ends{false};
     std::atomic<int> rounds{0};
@@ -528,9 +615,11 @@ TEST_F(DaemonTest, HostOutlivesTheDaemonAtAnyMoment) {
 }  // namespace orv::radio
 
 int main(int argc, char** argv) {
+    orv::radio::MarkTestThread();
     testing::InitGoogleTest(&argc, argv);
     orv::radio::PrivateBus bus;
     orv::radio::privateBus = &bus;
     bus.Start();
+    testing::AddGlobalTestEnvironment(new orv::radio::FirstUse);
     return RUN_ALL_TESTS();
 }

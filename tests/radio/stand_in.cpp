@@ -6,7 +6,10 @@
 
 #include <chrono>
 #include <cstring>
+#include <future>
 #include <utility>
+
+#include "tests/radio/allocations.h"
 
 namespace orv::radio {
 namespace {
@@ -57,10 +60,19 @@ void StandIn::Start() {
     const std::lock_guard<std::recursive_mutex> lock(mutex);
     sd_bus_open_system(&bus);
     sd_bus_add_filter(bus, nullptr, &OnMessage, this);
+    sd_bus_match_signal_async(bus, nullptr, "org.freedesktop.DBus", nullptr, nullptr,
+                              "NameOwnerChanged", &OnOwner, nullptr, this);
     ends = false;
     connected = servicesShown = scanning = signalling = false;
     sd_bus_request_name(bus, "org.bluez", 0);
-    thread = std::thread([this] { Run(); });
+    // Waits for the mark, because a sanitizer allocates memory when a thread starts.
+    std::promise<void> isMarked;
+    thread = std::thread([&] {
+        MarkTestThread();
+        isMarked.set_value();
+        Run();
+    });
+    isMarked.get_future().wait();
 }
 
 void StandIn::Kill() {
@@ -106,7 +118,20 @@ int StandIn::OnMessage(sd_bus_message* message, void* standIn, sd_bus_error*) {
     return 0;
 }
 
+// A scan and notifications by signals end with their client.
+int StandIn::OnOwner(sd_bus_message* message, void* standIn, sd_bus_error*) {
+    auto& self = *static_cast<StandIn*>(standIn);
+    const char* client = nullptr;
+    const char* owner = nullptr;
+    sd_bus_message_read(message, "sss", &client, nullptr, &owner);
+    if (self.client == client && *owner == '\0') {
+        self.scanning = self.signalling = false;
+    }
+    return 0;
+}
+
 void StandIn::Handle(sd_bus_message* call) {
+    client = sd_bus_message_get_sender(call);
     const std::string member = sd_bus_message_get_member(call);
     const std::string path = sd_bus_message_get_path(call);
     ++calls[member];

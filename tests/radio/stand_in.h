@@ -86,6 +86,7 @@ class StandIn {
         return field;
     }
     static int OnMessage(sd_bus_message* message, void* standIn, sd_bus_error* error);
+    static int OnOwner(sd_bus_message* message, void* standIn, sd_bus_error* error);
     void Run();
     void Handle(sd_bus_message* call);
     bool Reply(sd_bus_message* call, sd_bus_message* reply = nullptr);
@@ -118,6 +119,7 @@ class StandIn {
     std::string name = "ORV-0042";
     std::vector<std::uint8_t> payload = {42};
     short signal = -60;
+    std::string client;  // the bus name of the library's connection
     std::size_t written = 0;
     std::map<std::string, int> calls;
     sd_bus_message* hanging = nullptr;
