@@ -147,9 +147,9 @@ struct Trouble {
     bool atOnce = true;  // during the fault, a connect fails before its timeout
 };
 
-void SetBus(StandIn& d, bool runs, bool permissive = true) {
+void SetBus(StandIn& d, bool runs, const char* limits = "") {
     if (runs) {
-        privateBus->Start(permissive);
+        privateBus->Start(limits);
         d.Start();
     } else {
         d.Kill();
@@ -190,7 +190,14 @@ const Trouble Refusals[] = {
     {"NoPermission",
      [](StandIn& d, bool isDenied) {
          SetBus(d, false);
-         SetBus(d, true, !isDenied);
+         SetBus(d, true,
+                isDenied ? "<policy context='default'><deny send_destination='org.bluez'/></policy>"
+                         : "");
+     }},
+    {"NoSignals",
+     [](StandIn& d, bool isLimited) {
+         SetBus(d, false);
+         SetBus(d, true, isLimited ? "<limit name='max_match_rules_per_connection'>3</limit>" : "");
      }},
 };
 

@@ -23,12 +23,12 @@ PrivateBus::~PrivateBus() {
     rmdir(folder.c_str());
 }
 
-void PrivateBus::Start(bool permissive) {
+void PrivateBus::Start(const std::string& limits) {
     std::ofstream(folder + "/config")
         << "<busconfig><type>system</type><listen>unix:path=" << folder << "/socket</listen>"
         << "<auth>EXTERNAL</auth><policy context='default'><allow user='*'/><allow own='*'/>"
-        << "<allow send_type='*' eavesdrop='false'/><allow receive_type='*'/>"
-        << (permissive ? "" : "<deny send_destination='org.bluez'/>") << "</policy></busconfig>";
+        << "<allow send_type='*' eavesdrop='false'/><allow receive_type='*'/></policy>" << limits
+        << "</busconfig>";
     const std::string config = "--config-file=" + folder + "/config";
     int ready[2];
     if (pipe(ready) != 0) {

@@ -12,8 +12,8 @@ class PrivateBus {
     PrivateBus();
     ~PrivateBus();
 
-    // If `permissive` is false, no client may send messages to the Bluetooth daemon.
-    void Start(bool permissive = true);
+    // `limits` are further elements of the bus's configuration.
+    void Start(const std::string& limits = "");
     void Stop();
 
   private:
