@@ -74,7 +74,7 @@ void CatchInterrupts() {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction present = {};
         sigaction(number, nullptr, &present);
-        // The caller may ignore a signal, as nohup does.
+        // nohup, for instance, starts programs with an ignored signal.
         if (present.sa_handler != SIG_IGN) {
             sigaddset(&signals, number);
         }

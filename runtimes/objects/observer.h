@@ -67,7 +67,7 @@ HRESULT Call(Member& member, Body&& body) noexcept {
     return Call(member, Argument(), static_cast<Body&&>(body));
 }
 
-// Executes a member function that returns the property `value`.
+// Implements a member function that returns a property: copies `value` to `result`.
 template <typename Value>
 HRESULT Property(Member& member, Value* result, const Value& value) noexcept {
     return Call(member, [&] {

@@ -95,7 +95,7 @@ def number(value):
 
 def lengths(rows, misses):
     """Prints the cost of operations on device lists, by list length. The cost
-    may be LARGEST_GROWTH times the cost of the shortest list, plus a memory access per added
+    may be at most LARGEST_GROWTH times the cost of the shortest list, plus a memory access per added
     cache miss."""
     missed = []
     access = {n: rows["memory access, %d listed" % n]["ours"][0] for n in LENGTHS}

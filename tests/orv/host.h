@@ -31,8 +31,8 @@ inline log::Findings ReadLog(log::Threads threads = log::Threads::One) {
     return log::FindAll(LogBytes(), threads);
 }
 
-// Requires that the log reader reports `cause` for `call`. If `step` is given, the report must
-// allow that the call's platform operation `step` (from 0) failed.
+// Requires that the log reader names `cause` among the possible causes of `call`. If `step` is
+// given, the cause must be possible for the call's platform operation of this number, from 0.
 inline void ExpectNamed(const log::Call& call, log::Cause cause, int step = -1) {
     std::string named;
     for (const log::Suspect& suspect : log::Explain(call)) {

@@ -230,7 +230,8 @@ class RandomWorld {
     std::optional<Cause> NoLink() const {
         return links == 0 ? std::optional(Cause::NoLink) : std::nullopt;
     }
-    // Returns why the first failing operation fails. Calls with one operation ignore its result.
+    // Returns why the first failing operation fails. An export that waits for only one operation
+    // does not read its result, so the result cannot fail.
     std::optional<Cause> CauseOfWaits(const std::vector<std::int32_t>& operations) const {
         const Ends last = operations.size() > 1 ? Ends::ResultRaised : Ends::Raised;
         for (const std::int32_t operation : operations) {

@@ -118,7 +118,7 @@ int StandIn::OnMessage(sd_bus_message* message, void* standIn, sd_bus_error*) {
     return 0;
 }
 
-// A scan and notifications by signals end with their client.
+// If the client leaves the bus, its scan ends, and so do its notifications as D-Bus signals.
 int StandIn::OnOwner(sd_bus_message* message, void* standIn, sd_bus_error*) {
     auto& self = *static_cast<StandIn*>(standIn);
     const char* client = nullptr;

@@ -58,7 +58,7 @@ ResultCode Hear() {
     return (info.address == Address) + (info.rssi == -50) + (info.value0500 == 1) +
            (info.value1130 == 2) + (info.data1118[0] == 3);
 }
-// Sends a notification and returns how many of its bytes were queued correctly.
+// Lets the device send a notification, receives it, and returns how many bytes are correct.
 ResultCode TakeNotification() {
     Notify(Address, {1, 2, 3}, Youngest("GattCharacteristic.add_ValueChanged"));
     Logging_Disable();

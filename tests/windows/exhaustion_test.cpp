@@ -16,8 +16,8 @@ namespace orv {
 namespace {
 
 // The parameter `plan` selects what fails: one of these values, or n > 0 for the n-th allocation.
-constexpr int Refused = -1;  // all allocations and the first platform call
-constexpr int Every = 0;     // all allocations
+constexpr int Refused = -1;  // all allocations and the first platform call fail
+constexpr int Every = 0;     // all allocations fail
 
 enum Outcome { FailureMet = 42, NoFailureMet = 43 };
 

@@ -115,7 +115,8 @@ void SiteDevice::Step(std::optional<int> signal, bool canHold, bool canClaim, Ti
         PublishOutcomes(status);
         PublishLink(status, now);
     }
-    // Keeps an open link without a broker, because no other gateway can take the device meanwhile.
+    // While the broker cannot be reached, an open link stays open: a device accepts only one link,
+    // so no other gateway can connect to it.
     if (canClaim && now >= claimsKnown) {
         StepClaim(signal, canHold, status, now);
         if (!link && canHold && isWanted && claims.IsOurs(now)) {

@@ -71,8 +71,9 @@ class CallTracker {
     std::vector<std::unique_ptr<OpenCall>> open;
     std::size_t withFailure = 0;  // the first `withFailure` open calls have a failure line
     std::uint64_t failureCount = 0;
-    std::uint64_t lastShared = 0;  // number of the last failure line with several possible writers
-    std::deque<LockHold> holds;    // periods in which ended calls held a lock
+    // Number of the last failure line that more than one call may have written.
+    std::uint64_t lastShared = 0;
+    std::deque<LockHold> holds;  // periods in which ended calls held a lock
     HandleStates book;
     DeviceHistory devices;
     std::int64_t latest = 0;

@@ -78,7 +78,7 @@ void ExplainAvailable(SuspectList& found) {
     found.AddSteps(Cause::Ended, answered);
 }
 
-constexpr Steps WithService = 0b11110;  // waits of connect after the device was opened
+constexpr Steps WithService = 0b11110;  // OrvDevice_Connect's waits after the device is open
 constexpr Steps WithList = 0b01010;     // waits for a list of services or characteristics
 constexpr Steps WithOwner = 0b01110;    // waits that fail if another program uses the device
 

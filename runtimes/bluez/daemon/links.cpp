@@ -50,7 +50,8 @@ void Links::Add(Request request) {
         requests.back().id = ++lastId;
         if (!request.connect) {
             // The daemon closes a link 2 s after the disconnect call, and with it any link that was
-            // opened meanwhile. The lookup waits for that, so that the connect need not wait.
+            // opened meanwhile. The lookup of the device waits for the end of an old link, so that
+            // the connect after the lookup need not wait.
             Later(lastId, EndOfLinkLimit, [](Request& late) { late.waitedForEnd = true; });
         }
         Step();

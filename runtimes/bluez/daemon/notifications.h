@@ -31,8 +31,7 @@ class Notifications {
     void Forget() { endedAtOnce.clear(); }
 
   private:
-    // Idle is the mode while no call is pending. Step removes idle entries, which a lack of memory
-    // leaves behind.
+    // Idle: notifications are off. Such an entry remains if memory was exhausted; Step removes it.
     enum class Mode { Idle, Starting, Socket, Signals };
     struct Entry {
         SharedSource source;

@@ -34,7 +34,7 @@ Bytes KeyOf(const char* text) {
     return key;
 }
 
-// Replaces the sections, because each report contains the data of all keys.
+// Replaces all sections, because the daemon always sends the complete dictionary.
 template <typename Key>
 void ReadData(sd_bus_message* message, const char* type, std::vector<Bytes>& sections) {
     if (CheckMemory(sd_bus_message_enter_container(message, 'v', type)) <= 0) {
