@@ -70,13 +70,14 @@ ORV_WORLD_API int32_t OrvWorld_Default(void);
 
 /*
  * Loads a world from a JSON file; docs/simulated_world.md describes the format. The file is checked
- * completely; then the world is reset as by OrvWorld_Reset and configured. Time and the file's
- * events start at 0. Returns 0, or 1 when simulated time was requested but only real time is
- * available. Returns -1 and changes nothing if the file cannot be read, is invalid, or requires a
- * world that is linked into the library. Also returns -1 where OrvWorld_Reset does. If `error` is
- * not null, the function writes a zero-terminated text to it, cut to `size` bytes: an empty text
- * after success, otherwise "FILE:LINE: FIELD: what is wrong, what would be right". LINE is 0 if the
- * error has no line. On Windows `path` is in the process's ANSI code page.
+ * completely; then the world is reset as by OrvWorld_Reset and configured. The clock starts at 0,
+ * and the file's events run on this clock. Returns 0, or 1 when simulated time was requested but
+ * only real time is available. Returns -1 and changes nothing if the file cannot be read, is
+ * invalid, or requires a world that is linked into the library. Also returns -1 if the reset fails,
+ * as described at OrvWorld_Settle. If `error` is not null, the function writes a zero-terminated
+ * text to it, cut to `size` bytes: an empty text after success, otherwise "FILE:LINE: FIELD: what
+ * is wrong, what would be right". LINE is 0 if the error has no line. On Windows `path` is in the
+ * process's ANSI code page.
  */
 ORV_WORLD_API int32_t OrvWorld_PlayScenario(const char* path, int32_t simulatedTime, char* error,
                                             int32_t size);
@@ -216,7 +217,7 @@ enum {
 /* Values of `manner` for OrvWorld_Answer. Each changes one property of an operation's answer.
  * "value" below is the last argument of OrvWorld_Answer. */
 enum {
-    OrvAnswer_Standard = 0,          /* restores the standard answer */
+    OrvAnswer_Standard = 0,          /* undoes all other settings */
     OrvAnswer_AtOnce = 1,            /* operation ends at its start; handler runs before its
                                         registration returns */
     OrvAnswer_After = 2,             /* value: delay in ms; above 2000, the library times out */
@@ -272,7 +273,7 @@ ORV_WORLD_API int32_t OrvWorld_AwaitCalls(const char* member, int32_t count);
  * Writes the name of call number `index` (0 is the first since OrvWorld_Reset), followed by a space
  * and the recorded argument, if any: "BluetoothLEAdvertisementWatcher.put_ScanningMode 1". The text
  * is cut to `size` - 1 bytes and zero-terminated. Returns the full length, or -1 for an unknown
- * index. At least the latest 100,000 calls are kept; each byte of a notification takes two calls.
+ * index. At least the latest 100,000 calls are kept. Reading a byte of a notification is two calls.
  */
 ORV_WORLD_API int32_t OrvWorld_CallAt(int32_t index, char* text, int32_t size);
 /* Like CallCount and CallAt, for members that the library must not call. Each such call returned
@@ -280,8 +281,8 @@ ORV_WORLD_API int32_t OrvWorld_CallAt(int32_t index, char* text, int32_t size);
 ORV_WORLD_API int32_t OrvWorld_UnexpectedCallCount(void);
 ORV_WORLD_API int32_t OrvWorld_UnexpectedCallAt(int32_t index, char* text, int32_t size);
 
-/* Return the writes that reached a device, in order, whatever their result. WriteAt copies at most
- * `size` bytes and returns the full length of the write. */
+/* WriteCount returns the number of writes that reached the device, whatever their result. WriteAt
+ * copies at most `size` bytes of write `index` (0 is the first) and returns its full length. */
 ORV_WORLD_API int32_t OrvWorld_WriteCount(uint64_t address);
 ORV_WORLD_API int32_t OrvWorld_WriteAt(uint64_t address, int32_t index, uint8_t* data,
                                        int32_t size);
@@ -289,15 +290,15 @@ ORV_WORLD_API int32_t OrvWorld_WriteAt(uint64_t address, int32_t index, uint8_t*
 /* Returns the number of devices and services of this address that the library has not closed. */
 ORV_WORLD_API int32_t OrvWorld_OpenObjects(uint64_t address);
 
-/* Return the number of the world's objects, except factories, that the library references; the
- * number of these references; and the number of the library's handlers that the world references.
- */
+/* HeldObjects returns how many of the world's objects the library references, HeldReferences the
+ * number of these references; both ignore factories. HeldHandlers returns how many of the library's
+ * handlers the world references. */
 ORV_WORLD_API int32_t OrvWorld_HeldObjects(void);
 ORV_WORLD_API int32_t OrvWorld_HeldReferences(void);
 ORV_WORLD_API int32_t OrvWorld_HeldHandlers(void);
 
-/* Returns the number of registered handlers that lacked their own interface, IAgileObject or
- * IMarshal. The last two declare that a handler may be called from any thread. */
+/* Returns the number of registered handlers that lacked the interface of their event, IAgileObject
+ * or IMarshal. IAgileObject and IMarshal let the world call a handler from any thread. */
 ORV_WORLD_API int32_t OrvWorld_ImproperHandlers(void);
 
 /* ---- faults */
@@ -315,7 +316,7 @@ ORV_WORLD_API int32_t OrvWorld_FailMember(const char* member, int32_t code);
 /*
  * Makes every call of `member` hang, before it has an effect, until OrvWorld_Release. Meant for
  * calls without a timeout: Start, Stop, and Close of a service or a device. OrvWorld_AwaitCalls
- * waits until a call hangs.
+ * returns when a call hangs.
  */
 ORV_WORLD_API int32_t OrvWorld_Hang(const char* member);
 ORV_WORLD_API int32_t OrvWorld_Release(const char* member);

@@ -23,7 +23,7 @@ struct Activations {
     bool (*areFactoriesAgile)() = [] { return true; };
 };
 
-// The class factories live until the process ends. No Ledger counts references to them.
+// The class factories, which live until the process ends. References to them are not counted.
 class Factories {
   public:
     explicit Factories(const Activations& ofRuntime);

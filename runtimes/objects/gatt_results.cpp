@@ -1,4 +1,3 @@
-// Names under which calls to lookup results are recorded.
 #include "runtimes/objects/gatt_results.h"
 
 namespace orv::objects {

@@ -1,4 +1,3 @@
-// The results of looking up services and characteristics: a status and a list.
 #pragma once
 
 #include "runtimes/objects/stubs/gatt.h"

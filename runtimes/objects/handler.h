@@ -6,11 +6,11 @@
 
 namespace orv::objects {
 
-// Returns whether the handler supports its own interface, IAgileObject and IMarshal. The runtime
-// needs the last two to call the handler from any thread.
+// Returns whether the handler has the interfaces `ownIid`, IAgileObject and IMarshal. The last two
+// let the runtime call the handler from any thread.
 bool IsProperHandler(IUnknown* handler, const GUID& ownIid) noexcept;
 
-// Owns one reference to a client's handler and counts the handler in a Ledger.
+// Owns one reference to a client's handler, and is counted in Ledger::handlers.
 template <typename Interface>
 class HandlerReference {
   public:

@@ -1,5 +1,3 @@
-// The runtimes' mutex, its scoped lock and its condition variable, annotated for clang's
-// -Wthread-safety.
 #pragma once
 
 #include <chrono>

@@ -1,4 +1,3 @@
-// Base classes of a runtime's objects: references, identity and QueryInterface.
 #pragma once
 
 #include <atomic>
@@ -14,7 +13,7 @@ namespace orv::objects {
 // (internal) separately. Deletes the object when no reference is left.
 class ObjectBase {
   public:
-    // Counts external references in `ledgerOfObject`, too, unless it is null.
+    // `ledgerOfObject` also counts the client's references; it may be null.
     explicit ObjectBase(Ledger* ledgerOfObject) : ledger(ledgerOfObject) {}
     ObjectBase(const ObjectBase&) = delete;
     ObjectBase& operator=(const ObjectBase&) = delete;
@@ -61,7 +60,7 @@ class ObjectBase {
         return outside;
     }
 
-    // Called when the number of external references changes from 0 to 1.
+    // Called when the number of the client's references changes from 0 to 1.
     virtual void OnFirstExternal() noexcept {}
 
   private:
@@ -72,7 +71,7 @@ class ObjectBase {
 };
 inline ObjectBase::~ObjectBase() = default;
 
-// A smart pointer that owns an internal reference.
+// A smart pointer for use inside the runtime. Owns an internal reference.
 template <typename T>
 class Ref {
   public:
@@ -107,7 +106,7 @@ Ref<T> Make(Arguments&&... arguments) {
     return Ref<T>(new T(std::forward<Arguments>(arguments)...));
 }
 
-// Returns `object` as a pointer to its base class. The pointer owns an internal reference.
+// Returns `object` as a pointer to its base class. The pointer keeps the object alive.
 template <typename Base, typename T>
 std::shared_ptr<Base> ShareAs(T* object) {
     const auto owner = std::make_shared<Ref<T>>(object);

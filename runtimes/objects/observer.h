@@ -1,5 +1,4 @@
-// Notifies a runtime of its client's calls. Counts the client's references to objects of the
-// runtime, and the runtime's references to handlers of the client.
+// Notifies a runtime of its client's calls, and counts references.
 #pragma once
 
 #include "runtimes/objects/member.h"
@@ -16,15 +15,15 @@ struct Argument {
     static Argument Text(const char* value) { return {value, 0, true}; }
 };
 
-// Counts references between the client and the runtime. An object uses the ledger that was current
-// at its creation, so a new count can start while older objects still exist.
+// Counters. Each object uses the ledger that was current when the object was created, so that a new
+// ledger can start at 0 while older objects exist.
 struct Ledger {
     std::atomic<INT32> objects{0};     // objects that the client references
-    std::atomic<INT32> references{0};  // the client's references to objects
+    std::atomic<INT32> references{0};  // all references of the client to these objects
     std::atomic<INT32> handlers{0};    // handlers that the runtime references
 };
 
-// Is notified of the client's calls, on the calling thread, which must hold no runtime lock.
+// Is notified of each call by the client, on the client's thread, while no runtime lock is held.
 class CallObserver {
   public:
     // If `hears` is false, members do not call `Called`. This saves time: reading 244 bytes takes

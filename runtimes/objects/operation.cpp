@@ -1,4 +1,3 @@
-// Names under which calls to an operation are recorded.
 #include "runtimes/objects/operation.h"
 
 namespace orv::objects {

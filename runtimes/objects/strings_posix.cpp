@@ -1,4 +1,3 @@
-// Implements the HSTRING functions on systems other than Windows.
 #include <cstdlib>
 #include <cstring>
 

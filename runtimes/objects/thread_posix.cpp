@@ -20,7 +20,7 @@ void KeepModuleLoaded() {
     }
 }
 
-// Blocks signals on the calling thread. A thread that it creates meanwhile inherits this.
+// Blocks signals on the calling thread, and on each thread that this thread creates meanwhile.
 class SignalsBlocked {
   public:
     SignalsBlocked() {

@@ -1,4 +1,3 @@
-// Names under which calls to vectors and iterators are recorded.
 #include "runtimes/objects/vector.h"
 
 namespace orv::objects {

@@ -21,7 +21,6 @@ class WatcherObject : public Object<Stub<IBluetoothLEAdvertisementWatcher>> {
 
   private:
     virtual void SetMode(BluetoothLEScanningMode value) = 0;
-    // Starts the watcher, or stops it if `on` is false.
     virtual void Switch(bool on) = 0;
     virtual EventRegistrationToken AddHandler(SharedHandler<ReceivedHandler> handler) = 0;
 };

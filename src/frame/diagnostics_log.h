@@ -19,7 +19,6 @@ struct DiagnosticsLog {
     // Zero-terminated path of the log file. The path is kept when the log is switched off.
     char path[system::LongestPath + sizeof ".log"] GUARDED_BY(mutex) = {};
 
-    // Returns whether lines are written. If not, the caller need not compose a line.
     bool IsEnabled() const { return enabled.load(std::memory_order_relaxed); }
 };
 

@@ -14,7 +14,7 @@ namespace orv {
 namespace {
 
 struct FailureText {
-    std::string_view own;  // what() of this build's standard library
+    std::string_view own;  // text of what() in this build
     std::string_view logged;
 };
 

@@ -10,7 +10,6 @@
 
 namespace orv {
 
-// Timeout of each wait for an operation of a device.
 constexpr UINT32 GattWaitLimitMs = 2000;
 
 // OrvDevice_Connect inserts a link in its last step, so every link in the table is complete.

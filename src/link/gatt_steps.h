@@ -1,4 +1,3 @@
-// GATT steps that connect and disconnect share.
 #pragma once
 
 #include "link/connection_table.h"
@@ -7,7 +6,7 @@
 
 namespace orv {
 
-// Starts the write that switches a link's notifications on or off.
+// Starts the write that switches notifications on or off.
 inline auto StartNotifyWrite(const DeviceLink& link,
                              GattClientCharacteristicConfigurationDescriptorValue value) {
     return Get(link.characteristic,

@@ -31,8 +31,8 @@ void OnDataReceived(const Reference<IGattCharacteristic>& sender,
         auto opened =
             Get(readers, &IDataReaderStatics::FromBuffer,
                 Get(arguments, &IGattValueChangedEventArgs::get_CharacteristicValue).Get());
-        // No function receives the address of `reader`, so the compiler can keep its pointer in a
-        // register during the loop.
+        // No function knows the address of this copy, so the compiler can keep the copied pointer
+        // in a register during the loop.
         const auto reader = std::move(opened);
         // Locks once for the whole value, so that OrvDevice_Receive finds either none or all of its
         // bytes. Finds the link by its characteristic, because several links may have the same

@@ -76,8 +76,8 @@ class Reference {
     Interface* object = nullptr;
 };
 
-// Returns the first of `records` whose `member` is the same object as `sought`, or null. Compares
-// pointers first. Comparing IUnknown pointers, too, is needed only if the runtime uses proxies.
+// Returns the first of `records` whose `member` is the same object as `sought`, or null. If the
+// runtime uses proxies, pointers to the same object can differ; its IUnknown pointers never do.
 template <typename Records, typename Record, typename Interface>
 Record* FindSameObject(Records& records, Reference<Interface> Record::*member,
                        const Reference<Interface>& sought) {

@@ -1,4 +1,3 @@
-// Functions of the operating system: locks, local time and random numbers.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +14,6 @@ struct LockState {
 void AcquireLock(LockState& lock) noexcept;
 void ReleaseLock(LockState& lock) noexcept;
 
-// Uses the process's time zone and daylight-saving rules.
 std::tm ToLocalTime(std::time_t seconds);
 
 // Returns bits that an attacker cannot predict. Throws when the system cannot provide any.

@@ -35,7 +35,7 @@ class CompletionRecord {
     std::atomic<AsyncStatus> status{AsyncStatus::Started};
 };
 
-// Stores the final status of an operation. Invoke takes no lock.
+// Stores the final status of an operation, without a lock.
 template <typename T>
 class CompletionHandler final
     : public Handler<AsyncOperationCompletedHandler<T>, CompletionHandler<T>> {

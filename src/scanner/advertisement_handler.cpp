@@ -45,8 +45,8 @@ bool IsScanResponse(const Reference<IBluetoothLEAdvertisementReceivedEventArgs>&
     return Get(newer, &IBluetoothLEAdvertisementReceivedEventArgs2::get_IsScanResponse) != 0;
 }
 
-// Stores the value in a packet's data section. `payload` is the value's key in little-endian order,
-// then at least one byte of the value.
+// Copies the value of a data section to the device. `payload` is the 16-bit key of the section in
+// little-endian order, then at least one byte of the value.
 void ReadSection(DiscoveredDevice& device, const BYTE* payload, UINT32 length) {
     const int key = payload[0] | payload[1] << 8;
     switch (key) {

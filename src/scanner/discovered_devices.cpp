@@ -12,8 +12,8 @@ std::uint32_t BucketMask(std::uint32_t last) {
     return UINT32_MAX >> __builtin_clz(last | 1);
 }
 
-// Returns the bucket of a hash. The masked bits of the hash are its number. While that bucket does
-// not exist, the highest of these bits is cleared.
+// Returns the number of the bucket for a hash: the masked bits of the hash. If that bucket does not
+// exist yet, the highest of these bits is cleared.
 std::uint32_t BucketOf(std::uint32_t hash, std::uint32_t last) {
     const std::uint32_t mask = BucketMask(last);
     const std::uint32_t bucket = hash & mask;

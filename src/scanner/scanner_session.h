@@ -1,4 +1,3 @@
-// Scanner sessions. Each has a platform watcher and a list of the devices that it has found.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,3 @@
-// Interfaces of Windows.Devices.Bluetooth.Advertisement.
 #pragma once
 
 #include "platform/abi/streams.h"

@@ -63,7 +63,6 @@ constexpr bool operator!=(const GUID& a, const GUID& b) {
     return !(a == b);
 }
 
-// Returns the value of the first `digits` characters, which must be hexadecimal digits.
 constexpr UINT32 HexValue(const char* text, int digits) {
     UINT32 value = 0;
     for (int i = 0; i < digits; ++i) {

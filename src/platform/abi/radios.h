@@ -1,4 +1,3 @@
-// Interfaces of Windows.Devices.Radios.
 #pragma once
 
 #include "platform/abi/foundation.h"
