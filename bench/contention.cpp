@@ -1,5 +1,5 @@
-// Threads repeat notifications and receive calls without a pause. Measures how long these wait for
-// the mutex that protects the links. In half of the rounds, another thread sends and holds the
+// Measures how long notifications and receive calls wait for the mutex that protects the links.
+// Threads repeat them without a pause. In half of the rounds, another thread sends and holds the
 // mutex until the device answers after 15 ms (two connection intervals of 7.5 ms).
 //
 // Prints rows of latencies as JSON, in nanoseconds of real time.

@@ -4,8 +4,8 @@
 //
 // Prints as "worst" the real time of the longest call, including waits for the lock, and as "late"
 // the number of calls above 1 ms. Both grow when a busy machine preempts a thread. "own" is the
-// maximum processor time of a call. Because interrupts increase it at random, each call is repeated
-// in several rounds, and the fastest counts.
+// maximum processor time of a call.
+// Each call is repeated in several rounds, and the fastest counts.
 #include <unistd.h>
 
 #include <algorithm>

@@ -87,8 +87,7 @@ class OneItem final : public Bare<IVectorView<T>> {
 // The time that a device needs to answer an operation of this thread.
 extern thread_local UINT32 answerDelayMs;
 
-// An operation that is complete when it starts: put_Completed invokes the handler at once. Only
-// WaitForKernelEvent sleeps for answerDelayMs.
+// An operation that is complete when it starts: put_Completed invokes the handler at once.
 template <typename T>
 class EndedOperation final : public Bare<IAsyncOperation<T>> {
   public:

@@ -28,7 +28,7 @@ class Addresses {
   public:
     Addresses(AddressKind ownKind, std::size_t ownCount) : kind(ownKind), count(ownCount) {}
 
-    // Call this when the list has `listed` devices. The next new address follows theirs.
+    // Call this when the list has `listed` devices. The next new address follows the listed ones.
     void Restart(std::size_t listed) { firstNew = ListedAddress + listed; }
 
     BluetoothAddress Next() {

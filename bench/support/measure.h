@@ -57,8 +57,8 @@ double BatchNs(int batch, Body& body) {
     return std::max(1.0, ThreadNs() - start - ClockNs());
 }
 
-// Registers the benchmark `row` + `side`. `prepare` creates the initial state of a batch, whatever
-// the state before, and is not measured. `body` makes one call.
+// Registers the benchmark `row` + `side`. `prepare` creates the initial state of a batch from any
+// state and is not measured. `body` makes one call.
 template <typename Prepare, typename Body>
 void Measure(const std::string& row, const char* side, int batch, Prepare prepare, Body body) {
     auto run = [=](benchmark::State& state) mutable {

@@ -7,8 +7,8 @@
 namespace orv::radio {
 namespace {
 
-// Allocations of each kind of threads until one fails; 0 or less if none fails. Not std::atomic,
-// because a sanitizer would instrument its functions, and this code runs before the sanitizer's.
+// For each kind of thread, the number of the allocation that fails (1 is the next one); 0 or less
+// if none fails. Not std::atomic, whose functions a sanitizer would instrument before it is ready.
 int left[2];
 thread_local Threads thisThread = Threads::OfLibrary;
 
@@ -63,8 +63,8 @@ void* realloc(void* block, std::size_t size) noexcept {
 }
 }
 
-// The operators of a sanitizer do not call malloc, and those of the thread sanitizer cannot be
-// replaced: with it, only allocations of C libraries fail, among them those of sd-bus.
+// Replaces operator new, because that of a sanitizer does not call malloc. With the thread
+// sanitizer, this is impossible: only allocations of C libraries such as sd-bus fail.
 #ifdef ORV_OPERATORS_REPLACEABLE
 // dlopen of glibc leaks memory if an allocation fails.
 extern "C" const char* __lsan_default_suppressions() {

@@ -1,4 +1,4 @@
-// Replaces malloc, calloc and realloc of the whole process, so that tests can let them fail in the
+// Replaces malloc, calloc and realloc of the whole process, so that tests can make them fail in the
 // library and in the libraries that it uses.
 #pragma once
 
@@ -9,7 +9,7 @@ void MarkTestThread();
 
 enum class Threads { OfLibrary, OfTest };
 
-// Lets the n-th next allocation of these threads fail (1 is the next one), or none if n is 0.
+// Makes the n-th allocation from now on these threads fail (1 is the next one), or none if n is 0.
 void FailAllocation(int n, Threads threads = Threads::OfLibrary);
 // Returns true if the allocation that FailAllocation chose has failed.
 bool HasAllocationFailed(Threads threads = Threads::OfLibrary);

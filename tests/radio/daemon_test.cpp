@@ -365,8 +365,8 @@ TEST_F(DaemonTest, WriteEndsByWhoRefusesIt) {
 
 class Values : public DaemonTest, public testing::WithParamInterface<bool> {};
 
-// While a write waits, a lock keeps the library from storing notified values. It must still read
-// them: the daemon loses values if its socket (about 200 values) or the bus's queue is full.
+// While a write waits, the library cannot store notified values, because of a lock. It must still
+// read them: the daemon loses values if its socket (about 200 values) or the bus's queue is full.
 TEST_P(Values, AreNotLostWhileAWriteHangs) {
     const bool bySocket = GetParam();
     daemon.Arrange([=](Behaviour& b) {
@@ -513,8 +513,8 @@ struct Workload {
     int stride;
 };
 
-// The later workloads differ from the first in a few steps only, and each round of the last one may
-// wait 1 s for the end of a scan. They skip allocations to keep the test short.
+// To keep the test short, only every fifth allocation of the later workloads fails. They differ
+// from the first one in a few steps only.
 const Workload Workloads[] = {
     {"ValuesBySocket", [](Behaviour&) {}, 1},
     {"ValuesBySignals", [](Behaviour& b) { b.acquireRefused = true; }, 5},
@@ -534,7 +534,7 @@ class LackOfMemory : public DaemonTest, public testing::WithParamInterface<Workl
         if (OrvDevice_Connect(Address) == 0) {
             if (OrvDevice_Send(Address, 3, Block) == 3) {
                 std::uint8_t bytes[3];
-                // The allocation that failed may have been the received value's.
+                // The allocation for the received value may have failed.
                 EXPECT_TRUE(Await([&] {
                     return OrvDevice_Receive(Address, 3, bytes) == 3 || HasAllocationFailed();
                 }));
@@ -548,7 +548,7 @@ class LackOfMemory : public DaemonTest, public testing::WithParamInterface<Workl
     }
 };
 
-// In each round, one allocation of the library's own threads fails, on which D-Bus is read as well.
+// In each round, one allocation fails on the threads that the library has started.
 TEST_P(LackOfMemory, FailsOnlyTheCallsThatMeetIt) {
     daemon.Arrange(GetParam().arrange);
     bool failed = true;
@@ -572,7 +572,8 @@ TEST_P(LackOfMemory, FailsOnlyTheCallsThatMeetIt) {
 INSTANTIATE_TEST_SUITE_P(Workloads, LackOfMemory, testing::ValuesIn(Workloads),
                          [](const auto& row) { return std::string(row.param.name); });
 
-// The library's first call starts its threads. Runs before all tests, because none can repeat it.
+// Fails allocations in the library's first call, which starts its threads. Runs before all tests,
+// because no test can repeat the first call.
 class FirstUse : public testing::Environment {
     void SetUp() override {
         bool failed = true;

@@ -92,7 +92,7 @@ TEST_F(RadioTest, WritesUpToTheLongestValue) {
 
 TEST_F(RadioTest, SeveralLinksStayApart) {
     Connect(First);
-    // A controller supports one link, and hci0 has one. So hci2 searches for peripheral 1.
+    // A controller supports one link, and hci0 is in use, so hci2 searches for peripheral 1.
     testBed.Do("appear 1");
     ASSERT_TRUE(Await([&] {
         testBed.Do("scan hci2 on");
@@ -146,7 +146,7 @@ TEST_F(RadioTest, RadioGoesOffDuringALink) {
     const std::uint8_t byte = 0;
     EXPECT_TRUE(Await([&] { return OrvDevice_Send(First, 1, &byte) == -1; }));
     EXPECT_EQ(OrvDevice_Disconnect(First), 0);
-    PowerAll("off");  // the peripheral's controller does not detect the link's end
+    PowerAll("off");  // otherwise, the peripheral would keep the link
     testBed.Appear();
     Connect(First);
     ExpectEcho(First);

@@ -65,7 +65,7 @@ void StandIn::Start() {
     ends = false;
     connected = servicesShown = scanning = signalling = false;
     sd_bus_request_name(bus, "org.bluez", 0);
-    // Waits for the mark, because a sanitizer allocates memory when a thread starts.
+    // Waits until the thread is marked: its earlier allocations count as the library's.
     std::promise<void> isMarked;
     thread = std::thread([&] {
         MarkTestThread();
@@ -118,7 +118,7 @@ int StandIn::OnMessage(sd_bus_message* message, void* standIn, sd_bus_error*) {
     return 0;
 }
 
-// If the client leaves the bus, its scan ends, and so do its notifications as D-Bus signals.
+// When the client leaves the bus, its scan ends, and the daemon stops sending it values as signals.
 int StandIn::OnOwner(sd_bus_message* message, void* standIn, sd_bus_error*) {
     auto& self = *static_cast<StandIn*>(standIn);
     const char* client = nullptr;

@@ -43,7 +43,7 @@ class TestBed {
     void Do(const std::string& command);
     std::string Ask(const std::string& command);
 
-    // Restarts the daemon and prints a message if it has crashed.
+    // If the daemon has crashed, prints a message and restarts the daemon.
     void Repair();
 
     void KillDaemon();

@@ -55,8 +55,8 @@ void Bus::Open() {
 }
 
 // Does not wait for the replies, because the bus handles the match rules before later calls. The
-// rules exclude signals that the library ignores, because each signal wakes the loop. A filter
-// handles signals, because sd-bus needs some 2,500 instructions to match one to these rules again.
+// rules exclude signals that the library ignores, because each signal wakes the loop. One
+// filter handles all signals, because sd-bus needs some 2,500 instructions to find a signal's rule.
 int Bus::AddMatches() {
     int code = sd_bus_add_filter(connection, nullptr, &OnMessage, this);
     for (const char* rule :
@@ -112,7 +112,7 @@ int Bus::Send(const std::string& path, const char* interface, const char* member
     return code;
 }
 
-// Without its signals, the bus is useless: Ready then closes the connection.
+// If the bus rejects a rule, closes the connection, which is useless without signals.
 int Bus::OnMatched(sd_bus_message* reply, void* bus, sd_bus_error*) {
     if (sd_bus_message_is_method_error(reply, nullptr) != 0) {
         sd_bus_close(static_cast<Bus*>(bus)->connection);
@@ -161,7 +161,7 @@ void Bus::Ready() {
     }
 }
 
-// Clears `connection` first, because handlers of failed calls may open a new one.
+// Clears `connection` first, because handlers of failed calls may open a new connection.
 void Bus::Close() {
     loop.Watch(nullptr);
     loop.ResumeAfter(PauseWithoutBus);

@@ -45,13 +45,13 @@ class Bus final : private Pollable {
 
     Bus(Loop& loopOfBus, Listener& listenerOfBus) : loop(loopOfBus), listener(listenerOfBus) {}
 
-    // Connects if the bus is not connected yet. If that fails, later calls fail, and the loop
-    // resumes after a pause, also when a connection breaks.
+    // Connects if there is no connection. If that fails, later calls fail. In that case, and
+    // when a connection is lost, the loop calls resumeAfterFailure after a pause.
     void Open();
 
     // Calls a method of the Bluetooth daemon. `reply`, if there is one, is always called after Call
     // has returned. The call fails if no reply arrives within `limit`. If memory is exhausted, Call
-    // throws and calls nothing.
+    // throws and `reply` is not called.
     void Call(const std::string& path, const char* interface, const char* member,
               const Arguments& arguments = nullptr, Reply reply = nullptr,
               milliseconds limit = milliseconds(25000));

@@ -33,8 +33,7 @@ class Pollable {
     ~Pollable() = default;
 };
 
-// Runs the body and ignores exceptions. Returns false if there was one: an event is lost because
-// memory is exhausted.
+// Runs the body. Returns false if it throws: memory is exhausted, and the body's event is lost.
 template <typename Body>
 bool Contained(Body&& body) noexcept {
     try {

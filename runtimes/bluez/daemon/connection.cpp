@@ -6,8 +6,8 @@ namespace orv::bluez {
 
 namespace {
 
-// Timeout of the call in Ask. Less than the library's timeout (2000 ms), so that the library's next
-// operation finds no pending call and calls again.
+// Timeout of the call in Ask. Shorter than the library's timeout of 2000 ms, so that the library's
+// next operation can call Ask again.
 constexpr milliseconds AskLimit{1800};
 
 }  // namespace
@@ -38,7 +38,7 @@ void Connection::Ask() {
             Changed();
         },
         AskLimit);
-    knowledge = Knowledge::Asked;  // after Call, which throws if memory is exhausted
+    knowledge = Knowledge::Asked;  // only after Call, which may throw
 }
 
 void Connection::Signalled(sd_bus_message* signal) {
@@ -63,7 +63,7 @@ void Connection::Lost(bool daemonEnded) {
     Changed();
 }
 
-// Also called after a failure, which may have lost a change of the tree or interrupted a step.
+// Also called after a failure, which may have prevented an update of the tree or a call of Step.
 void Connection::Came() {
     if (knowledge == Knowledge::None && (!waiting.empty() || IsNeeded())) {
         Ask();

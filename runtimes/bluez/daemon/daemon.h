@@ -1,4 +1,4 @@
-// Through this object, the process uses the Bluetooth daemon: scans, links, notifications.
+// The process's scans, links and notifications, which use the Bluetooth daemon.
 #pragma once
 
 #include "runtimes/bluez/daemon/discovery.h"
@@ -9,8 +9,8 @@ namespace orv::bluez {
 
 class Daemon final : public Connection {
   public:
-    // Returns the only instance. The first call starts its threads. If that fails, it throws,
-    // and the next call continues.
+    // Returns the only instance. The first call starts its threads. If that fails, it throws, and
+    // the next call tries again.
     static Daemon& Get();
 
     void Changed() override;

@@ -105,18 +105,18 @@ void Discovery::StartOn(const Path& adapter) {
             Started(adapter, failure);
         },
         CallLimit);
-    pending = true;  // after Call, which throws if memory is exhausted
+    pending = true;  // only after Call, which may throw
 }
 
 void Discovery::Started(Path& adapter, const Failure& failure) {
     pending = false;
     if (!failure) {
-        scanning = std::move(adapter);  // a copy would need memory
+        scanning = std::move(adapter);  // cannot fail, unlike a copy
     } else {
         Pause();
-        // The scan may run although this start failed: the reply to it (NO_REPLY) or to an earlier
-        // start (InProgress) was lost. The daemon also reports InProgress if the kernel rejects the
-        // scan. A stop makes the next start possible.
+        // The daemon may scan nevertheless: its reply to this start (NO_REPLY) or to an earlier one
+        // (InProgress) was lost. It also reports InProgress if the kernel rejects the scan. A stop
+        // makes the next start possible.
         if (failure.name == SD_BUS_ERROR_NO_REPLY || failure.name == "org.bluez.Error.InProgress") {
             Stop(adapter);
         }
@@ -155,7 +155,7 @@ void Discovery::Stop(const Path& adapter) {
 void Discovery::Forget() {
     scanning.clear();
     leftOn.clear();
-    paused = false;  // nothing has failed since
+    paused = false;  // earlier failures no longer matter
 }
 
 }  // namespace orv::bluez

@@ -24,15 +24,14 @@ class Discovery {
 
     using Watchers = std::set<std::shared_ptr<Watcher>>;
 
-    // Moves the watchers out of `added`, which needs no memory, and keeps them alive until Remove.
+    // Keeps the watchers alive until Remove. Moves them out of `added`: a copy would need memory.
     void Add(Watchers& added);
     void Remove(const std::shared_ptr<Watcher>& watcher);
-    // Hold keeps the scan running until Release, even without a watcher.
     void Hold();
     void Release();
 
     bool IsWanted() const { return !watchers.empty() || holds > 0; }
-    // Stores that a device was found, also for the time after the daemon removes it.
+    // Stores that a device was found. The daemon may remove the device later.
     void Remember(UINT64 address);
     bool IsRemembered(UINT64 address) const { return remembered.count(address) != 0; }
 

@@ -97,7 +97,7 @@ void Links::Step() {
     }
 }
 
-// Closes the link of a session without users.
+// Closes the link of a session without users. Returns true if the session can be deleted.
 bool Links::HasEnded(UINT64 address, Session& session) {
     if (session.users > 0 || session.disconnecting || (session.opened && !connection.IsKnown())) {
         return false;
@@ -221,7 +221,7 @@ void Links::Connected(UINT64 address, UINT64 id, const Failure& failure) {
         return;  // this connect was aborted
     }
     session.connecting = 0;
-    // Not final if the daemon has removed the device meanwhile: Step scans for it again.
+    // If the daemon has removed the device meanwhile, Step scans for it again.
     const bool isFinal =
         failure && !IsBrokenOffLocally(failure) && connection.tree.FindDevice(address) != nullptr;
     for (Request& request : requests) {
@@ -237,7 +237,7 @@ void Links::Disconnect(UINT64 address, const Path& device) {
             Session& session = sessions[address];
             session.disconnecting = false;
             session.connecting = 0;  // the disconnect has aborted the connect
-            // Step repeats the call if the connection broke, because the daemon keeps the link.
+            // Without a reply, the link may still be open. Step then disconnects again.
             session.opened |= failure.name == LostName || failure.name == SD_BUS_ERROR_NO_REPLY;
             Step();
         },

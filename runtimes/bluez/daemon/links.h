@@ -24,8 +24,8 @@ class Links {
     // true, or a short time after the services are resolved.
     void Open(UINT64 address, IsThere isThere, Found done);
 
-    // Each runtime object for a device is one user of its link. RemoveUser closes the link after
-    // the last user, without waiting, unless another program opened the link.
+    // Each runtime object for a device is one user of its link. After the last user, RemoveUser
+    // starts to close the link if this process opened it.
     void AddUser(UINT64 address) { ++sessions[address].users; }
     void RemoveUser(UINT64 address);
 
@@ -46,7 +46,7 @@ class Links {
         IsThere isThere;
         Found done;
         bool failed = false;
-        int attempts = 0;           // connect calls of this request
+        int attempts = 0;           // number of connect calls
         bool recalling = false;     // a scan for the device runs
         bool recalled = false;      // the scan for the device has timed out
         bool settling = false;      // services are resolved; objects may be missing

@@ -17,7 +17,7 @@ namespace orv::bluez {
 namespace {
 
 // The pause after a read. Values that arrive meanwhile are read together, which saves system calls
-// and thread switches. A connection interval is longer: at least 7.5 ms.
+// and thread switches. Shorter than the shortest connection interval (7.5 ms).
 constexpr milliseconds PauseAfterRead{2};
 
 // A delivery that takes longer counts as blocked. A socket holds about 270 values, more than arrive
@@ -104,7 +104,7 @@ void Pump::TakeReady() {
             }
             source = found->second;
         }
-        std::list<SharedSource> taken(1, source);  // allocated before values can be lost
+        std::list<SharedSource> taken(1, source);  // a failure after Take would lose values
         const bool isOpen = source->Take();
         {
             const Lock lock(mutex);

@@ -11,7 +11,7 @@ namespace orv::bluez {
 
 // One of two threads reads values and also passes them on, so that a value wakes no other thread.
 // If a subscriber blocks, the other thread starts to read, because the daemon drops values when a
-// socket is full. The blocked thread passes these values on later. Neither thread is the event
+// socket is full. The blocked thread passes on their values later. Neither thread is the event
 // loop's thread, because a subscriber may wait for a lock whose owner waits for the loop.
 class Pump {
   public:
@@ -29,7 +29,6 @@ class Pump {
 
   private:
     [[noreturn]] void Run(int self);
-    // Waits until it is the turn of thread `self` to read.
     void AwaitTurn(int self);
     void TakeReady();
     // Passes on the values that were read, unless the other thread does this already.

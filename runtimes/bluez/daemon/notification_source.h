@@ -30,7 +30,7 @@ class Source {
     Source(Path pathOfSource, UINT64 addressOfSource);
     ~Source();
 
-    const Path path;  // D-Bus path of the characteristic
+    const Path path;
     const UINT64 address;
 
     // Takes ownership of a socket to which the daemon writes each value as one record.
@@ -56,7 +56,7 @@ class Source {
     static constexpr int RecordsAtOnce = 16;
 
     objects::Mutex mutex;
-    // Buffers for one recvmmsg call. The constructor prepares them.
+    // Buffers for one recvmmsg call.
     std::array<std::array<BYTE, LongestValue>, RecordsAtOnce> buffers GUARDED_BY(mutex);
     std::array<iovec, RecordsAtOnce> parts GUARDED_BY(mutex);
     std::array<mmsghdr, RecordsAtOnce> records GUARDED_BY(mutex);

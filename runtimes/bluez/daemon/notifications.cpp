@@ -24,8 +24,7 @@ int AppendNoOptions(sd_bus_message* call) {
     return sd_bus_message_append(call, "a{sv}", 0);
 }
 
-// Returns a copy of the descriptor in the reply, because the reply closes its own. Returns -1 if
-// there is none.
+// Returns a copy of the descriptor in the reply, or -1. The reply closes the original.
 int SocketIn(sd_bus_message* reply) {
     int socket = -1;
     UINT16 mtu = 0;
@@ -51,7 +50,7 @@ void Notifications::Subscribe(const Path& characteristic, UINT64 address,
     }
     auto place = entries.find(characteristic);
     if (place == entries.end()) {
-        // Created first, because no entry may be without a source if memory is exhausted.
+        // First creates the source: if that fails, no entry without a source may remain.
         auto source = std::make_shared<Source>(characteristic, address);
         place = entries.try_emplace(characteristic).first;
         place->second.source = std::move(source);
@@ -82,7 +81,7 @@ void Notifications::Acquire(Entry& entry) {
         [this, source = entry.source](const Failure& failure, sd_bus_message* reply) {
             Acquired(source, failure ? -1 : SocketIn(reply));
         });
-    entry.mode = Mode::Starting;  // after Call, which throws if memory is exhausted
+    entry.mode = Mode::Starting;  // only after Call, which may throw
 }
 
 void Notifications::Acquired(const SharedSource& source, int socket) {
@@ -149,7 +148,7 @@ void Notifications::Ended(const SharedSource& source) {
 }
 
 // With some devices, every socket closes immediately. If the link ends too, the cause may be a weak
-// signal, so that must happen twice before the library avoids sockets.
+// signal, so the library avoids sockets only after the second time.
 void Notifications::CountEnd(UINT64 address, bool hasLink) {
     connection.loop.After(RestartIsKnown, [=, run = connection.Run()] {
         if (run == connection.Run()) {

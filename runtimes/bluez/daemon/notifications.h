@@ -31,7 +31,7 @@ class Notifications {
     void Forget() { endedAtOnce.clear(); }
 
   private:
-    // Idle: notifications are off. Such an entry remains if memory was exhausted; Step removes it.
+    // Idle: notifications are off. An idle entry remains if memory was exhausted; Step removes it.
     enum class Mode { Idle, Starting, Socket, Signals };
     struct Entry {
         SharedSource source;

@@ -141,7 +141,7 @@ News Tree::Apply(sd_bus_message* signal, const Path& path) {
     News news;
     const char* text = nullptr;
     if (sd_bus_message_is_signal(signal, nullptr, "PropertiesChanged") > 0) {
-        // Ignores changes of unknown objects, because they contain only some properties.
+        // Ignores changes of unknown objects: such a signal contains only some properties.
         if (sd_bus_message_read_basic(signal, 's', &text) > 0) {
             ForObjects(text, [&](auto& objects) {
                 if (const auto known = objects.find(path); known != objects.end()) {

@@ -1,4 +1,4 @@
-// Compiles src/link/receive.cpp so that it reads a value without virtual calls. They took 38
+// Compiles src/link/receive.cpp so that it reads a value without virtual calls. These took 38
 // instructions per byte, most of the cost of a long notification.
 #include "link/read_value.h"
 #include "runtimes/objects/streams.h"

@@ -37,7 +37,7 @@ void BluezBluetoothLEDevice::Shut() {
     }
     Loop& loop = Daemon::Get().loop;
     if (loop.IsOwnThread()) {
-        loop.Attempt([this] { Daemon::Get().links.RemoveUser(address); });  // needs no memory
+        loop.Attempt([this] { Daemon::Get().links.RemoveUser(address); });  // Post needs memory
         return;
     }
     const auto told = std::make_shared<KernelEvent>();

@@ -19,8 +19,8 @@ HRESULT GiveResult(T* receiver, const T& result) {
     return S_OK;
 }
 
-// Ends its operation once, with an error if the promise is destroyed without a result (out of
-// memory, or a failed call to the daemon).
+// Ends its operation once. If the promise is destroyed without a result (out of memory, or a failed
+// call to the daemon), the operation fails.
 template <typename T, typename Value>
 class Promise {
   public:

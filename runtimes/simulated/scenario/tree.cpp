@@ -10,17 +10,15 @@ namespace {
 
 using Json = nlohmann::json;
 
-// Maximum depth of nested values, to limit the recursion of destructors. Valid scenarios are less
-// deep.
+// Maximum depth of nested values, to limit the recursion of destructors.
 constexpr std::size_t DeepestNesting = 16;
-// Maximum number of fields in an object, because each field is compared with all others. Valid
-// objects have fewer.
+// Maximum number of fields in an object, because each field is compared with all others.
 constexpr std::size_t MostFields = 64;
 // Maximum number of values in a scenario, to limit memory. Scenarios that orv records have fewer.
 constexpr std::size_t MostValues = 2'000'000;
 
 // Tracks the line of the last token, which is the line of the last character that is not white
-// space. This also holds after a number, where the parser reads one character too far: it is white
+// space. This also holds after a number, where the parser reads one more character, which is white
 // space or on the same line.
 struct Reading {
     int line = 1;
@@ -59,8 +57,8 @@ class CountingIterator {
     Reading* reading;
 };
 
-// Builds the tree from the parser's events. The parser calls the public functions by the names that
-// it defines.
+// Builds the tree from the parser's events. The parser defines the names of the
+// public functions.
 class TreeBuilder {
   public:
     explicit TreeBuilder(const Reading& readingOfText) : reading(readingOfText) {}
@@ -165,7 +163,6 @@ class TreeBuilder {
         Refuse("is too large, a number of at most 18 digits would be right");
     }
 
-    // Throws an error about the field that is being read.
     [[noreturn]] void Refuse(const std::string& text) const {
         std::string field;
         for (const ScenarioValue* value : open) {

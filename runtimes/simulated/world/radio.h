@@ -7,7 +7,6 @@ namespace orv::simulated {
 
 HRESULT GetDefaultAdapterAsync(IAsyncOperation<BluetoothAdapter>** operation);
 
-// The operation returns the radios with their current state.
 HRESULT GetRadiosAsync(IAsyncOperation<IVectorView<Radio>>** operation);
 
 class SimulatedRadio final : public objects::RadioObject {

@@ -12,7 +12,6 @@ namespace orv::simulated {
 class SimulatedBluetoothLEAdvertisementWatcher final : public objects::WatcherObject,
                                                        public PacketListener {
   public:
-    // Creates a watcher, as the default constructor of the runtime class does.
     static HRESULT Activate(IInspectable** instance);
 
     bool IsStarted() const REQUIRES(worldMutex) override { return started; }
