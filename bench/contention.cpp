@@ -48,8 +48,7 @@ Latencies Repeat(const std::atomic<bool>& over, Body body) {
     return latencies;
 }
 
-// Measures notifications. Empties the receive queue regularly, because there may be no thread that
-// reads it.
+// Empties the receive queue regularly, because there may be no thread that reads it.
 void Notify(const std::atomic<bool>& over, BluetoothAddress address, Latencies& latencies) {
     const auto sender = SenderOf(address);
     const auto event = Reference<IGattValueChangedEventArgs>::Adopt(new Notification(244));

@@ -63,7 +63,7 @@ void Connection::Lost(bool daemonEnded) {
     Changed();
 }
 
-// Also called after a failure, which may have prevented an update of the tree or a call of Step.
+// Also called after a failure, to continue what it interrupted.
 void Connection::Came() {
     if (knowledge == Knowledge::None && (!waiting.empty() || IsNeeded())) {
         Ask();

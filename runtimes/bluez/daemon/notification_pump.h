@@ -11,8 +11,8 @@ namespace orv::bluez {
 
 // One of two threads reads values and also passes them on, so that a value wakes no other thread.
 // If a subscriber blocks, the other thread starts to read, because the daemon drops values when a
-// socket is full. The blocked thread passes on their values later. Neither thread is the event
-// loop's thread, because a subscriber may wait for a lock whose owner waits for the loop.
+// socket is full. The blocked thread passes on the other thread's values later. Neither thread is
+// the event loop's thread, because a subscriber may wait for a lock whose owner waits for the loop.
 class Pump {
   public:
     // One of the threads calls `endedOfPump` when the daemon has closed a source's socket.

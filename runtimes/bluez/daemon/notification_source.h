@@ -16,7 +16,7 @@ namespace orv::bluez {
 class Subscriber {
   public:
     virtual void Receive(const Bytes& value) = 0;
-    // Returns false after the subscriber was closed. Notifications::Step then unsubscribes it.
+    // Returns false after the subscriber was closed.
     virtual bool IsOpen() const = 0;
 
   protected:

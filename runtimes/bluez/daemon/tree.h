@@ -50,7 +50,8 @@ struct News {
 
 class Tree {
   public:
-    // Replaces all objects with those in the reply of GetManagedObjects. No effect if this throws.
+    // Replaces all objects with those in the reply of GetManagedObjects. If Load throws,
+    // the tree does not change.
     void Load(sd_bus_message* reply);
     void Clear() { *this = {}; }
     // Applies a signal of the daemon. The result points to objects of the tree.

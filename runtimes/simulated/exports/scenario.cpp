@@ -15,7 +15,7 @@ using namespace orv::simulated;
 
 namespace {
 
-// Maximum size of a scenario file in bytes. The recordings that orv writes are smaller.
+// Maximum size of a scenario file in bytes.
 constexpr std::size_t LargestFile = std::size_t{64} << 20;
 
 struct FileCloser {

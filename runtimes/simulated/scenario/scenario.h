@@ -6,7 +6,7 @@
 
 namespace orv::simulated {
 
-// The effect of an event. Called with the world's mutex held.
+// Called with the world's mutex held.
 using EventAction = std::function<void(World&)>;
 
 struct ScenarioEvent {

@@ -14,7 +14,7 @@ using Json = nlohmann::json;
 constexpr std::size_t DeepestNesting = 16;
 // Maximum number of fields in an object, because each field is compared with all others.
 constexpr std::size_t MostFields = 64;
-// Maximum number of values in a scenario, to limit memory. Scenarios that orv records have fewer.
+// Maximum number of values in a scenario, to limit memory.
 constexpr std::size_t MostValues = 2'000'000;
 
 // Tracks the line of the last token, which is the line of the last character that is not white

@@ -13,7 +13,6 @@
 
 namespace orv::simulated {
 
-// A synchronization event for which a thread of the library waits.
 struct KernelEvent {
     bool set GUARDED_BY(worldMutex) = false;
 };
