@@ -16,7 +16,7 @@ enum class LinkState { Closed, Connecting, Open, Closing, Waiting };
 
 struct LinkStatus {
     LinkState state = LinkState::Closed;
-    std::string reason;      // reason why a wanted link is not open, or empty
+    std::string reason;      // why a wanted link is not open, or empty
     std::uint64_t sent = 0;  // bytes of confirmed writes
     std::uint64_t received = 0;
     std::uint64_t unconfirmed = 0;  // bytes of failed writes, which may have arrived
@@ -55,13 +55,12 @@ class PersistentLink {
 
     // Returns how many bytes Send accepts now.
     std::size_t Room();
-    // Queues at most Room() bytes.
     void Send(std::string_view bytes);
 
     // Removes and returns at most `most` received bytes, oldest first.
     std::string Take(std::size_t most);
-    // Drops the received bytes in the queue and counts them as unread, and also `taken` bytes that
-    // Take returned but no client received.
+    // Drops the received bytes in the queue. Counts them as unread, plus `taken` bytes that Take
+    // returned but no client received.
     void DropReceived(std::size_t taken);
 
     LinkStatus Status();

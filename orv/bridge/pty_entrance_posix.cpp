@@ -1,4 +1,5 @@
-// A pseudo-terminal for programs that use serial ports. Closing it does not change its path.
+// A pseudo-terminal for programs that use serial ports. The path stays the same when a program
+// closes it.
 #include <errno.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -63,8 +64,8 @@ class PtyEntrance : public Entrance {
         pollfd polled{terminal.descriptor, POLLIN, 0};
         poll(&polled, 1, 0);
         const bool wasUsed = isUsed;
-        // Unread input counts as use, because a program may have written and closed since the last
-        // call.
+        // Unread input counts as use, because a program may have opened the terminal, written to it
+        // and closed it since the last call.
         isUsed = (polled.revents & POLLHUP) == 0 || (polled.revents & POLLIN) != 0;
         return wasUsed && !isUsed ? TakeUnread() : 0;
     }

@@ -38,7 +38,6 @@ class StateView {
     std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
     double nextDrawing = 0;
     std::optional<terminal::LiveLines> live;
-    // The last line that was written for a row, and its time.
     struct Shown {
         std::string line;
         std::string client;

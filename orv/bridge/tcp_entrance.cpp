@@ -1,4 +1,3 @@
-// A listening socket that accepts one client at a time.
 #include <asio/io_context.hpp>
 #include <asio/ip/tcp.hpp>
 #include <cstdio>

@@ -31,8 +31,8 @@ bool CanEcho(const Examination& run) {
     return run.WhyNoLink().empty() && run.whyNoEcho.empty();
 }
 
-// Call this after a send timed out. Connects again. A successful connect refutes WriteAnswered,
-// because the device was reachable.
+// Call this after a send timed out. Connects again. A successful connect refutes the assumption
+// WriteAnswered, because the device was reachable.
 void JudgeTimeout(Examination& run, ScopedLink& link, std::size_t size) {
     run.whyNoEcho = "a send timed out";
     link.Close();
@@ -46,7 +46,6 @@ void JudgeTimeout(Examination& run, ScopedLink& link, std::size_t size) {
     }
 }
 
-// The results for blocks of increasing size.
 struct Series {
     std::size_t largest = 0;
     int sends = 0;
@@ -55,7 +54,7 @@ struct Series {
     std::int64_t echoMs = 0;  // time from the first send to its complete echo
 };
 
-// Sends a block and checks its echo. Returns whether a larger block should be tried.
+// Returns whether a larger block should be tried.
 bool TryBlock(Examination& run, ScopedLink& link, std::size_t size, Series& series) {
     const std::string block = Pattern(size);
     const std::int64_t begin = run.surroundings.Now();

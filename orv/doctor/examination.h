@@ -44,7 +44,7 @@ struct Examination : std::enable_shared_from_this<Examination> {
     std::vector<std::int64_t> connectMs;  // durations of the successful connects
 };
 
-// The steps of a run. Each makes some checks and skips those that are impossible.
+// Each step makes some checks and skips those that are impossible.
 void CheckMachine(Examination& run);
 void CheckConnectBeforeScan(Examination& run);
 void CheckScan(Examination& run);

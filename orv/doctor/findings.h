@@ -13,7 +13,7 @@ const char* WordOf(Verdict verdict);
 
 struct Finding {
     Verdict verdict = Verdict::NotTested;
-    std::string seen;  // observation, or the reason if not tested
+    std::string seen;  // what was seen, or why the check was skipped
 };
 
 // Holds one finding per check. Later results do not change a refutation.
@@ -21,7 +21,7 @@ class Findings {
   public:
     void Confirm(Check check, std::string seen);
     void Refute(Check check, std::string seen);
-    // Stores why the check was skipped. Does nothing if the check has a result.
+    // Does nothing if the check has a result.
     void Skip(Check check, std::string why);
     void Judge(Check check, bool isAsAssumed, std::string seen);
 

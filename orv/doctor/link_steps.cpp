@@ -6,7 +6,8 @@ namespace orv::doctor {
 
 namespace {
 
-// Short, because the devices of some scenarios advertise at 100 ms. The scan must start earlier.
+// Short, because the next step, a scan, must start before the devices of some scenarios advertise
+// at 100 ms.
 constexpr int QuietMs = 60;
 constexpr int LongQuietMs = 500;
 constexpr int QuietBytesPerMs = 10;

@@ -1,4 +1,3 @@
-// Compares the log with the calls that were made.
 #include <algorithm>
 #include <fstream>
 #include <iterator>

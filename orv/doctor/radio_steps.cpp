@@ -1,4 +1,3 @@
-// Checks the library while the radio is off and afterwards.
 #include "orv/doctor/log_evidence.h"
 #include "orv/doctor/scoped_link.h"
 #include "orv/terminal/printable.h"
@@ -94,7 +93,7 @@ void SkipAll(Examination& run, const char* why) {
     }
 }
 
-// Switches the radio off. Returns false if the user skipped this.
+// Returns false if the user skipped this.
 bool SwitchOff(Examination& run, Scans& scans) {
     std::optional<ScopedLink> link;
     if (run.WhyNoLink().empty() && run.whyNoEcho.empty()) {

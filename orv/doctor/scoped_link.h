@@ -1,4 +1,4 @@
-// Opens and closes a link to the device, and records findings about both.
+// Opens and closes a link to the device, and records findings about both steps.
 #pragma once
 
 #include "orv/doctor/examination.h"

@@ -104,7 +104,6 @@ std::string PageOf(LogFile& log, Threads threads) {
     return page;
 }
 
-// Shared by `orv log explain`, `follow` and `report`.
 struct Options {
     std::string path;
     Threads threads = Threads::One;

@@ -1,4 +1,3 @@
-// Writes devices and their values as text, JSON and CSV.
 #pragma once
 
 #include <string>

@@ -20,7 +20,7 @@ class Scanner {
     void Restart();
     void Stop();
 
-    // Returns the listed devices. The index of a device does not change.
+    // The index of a device does not change.
     Devices Heard();
 
   private:

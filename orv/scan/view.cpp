@@ -37,7 +37,6 @@ std::string Seconds(double seconds) {
     return text;
 }
 
-// Redraws a table at the same place of a terminal.
 class LiveTable : public ScanView {
   public:
     void Show(const ScanState& state) override {

@@ -30,7 +30,7 @@ class Conversation {
     Counters Run();
 
   private:
-    // Sends the lines that were entered. Returns true if the input has ended.
+    // Returns true if the input has ended.
     bool TakeInput();
     // Returns the lines of piped input without LF or CRLF. Omits lines that are too long.
     std::vector<std::string> TakeLines(const std::string& bytes, bool ended);

@@ -38,7 +38,7 @@ struct BrokerOptions {
 struct Message {
     std::string topic;
     std::string payload;
-    std::optional<std::uint32_t> expirySeconds{};  // lifetime of the message at the broker
+    std::optional<std::uint32_t> expirySeconds{};
     bool wasRetained = false;  // the broker retained it before this program subscribed
 };
 

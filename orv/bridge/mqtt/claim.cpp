@@ -8,8 +8,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A claim replaces the held claim if its signal is at least this many dB stronger and neither
-// gateway has a link. The signal of a device at rest varies by a few dB.
+// If neither gateway has a link, a new claim beats the current one if its signal is at least this
+// many dB stronger. The signal of a device at rest varies by a few dB.
 constexpr int StrongerBy = 6;
 // Time until a gateway repeats its claim. Two repetitions may be lost before the claim expires.
 constexpr auto RepeatAfter = 10s;

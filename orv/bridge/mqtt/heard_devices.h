@@ -35,7 +35,7 @@ class HeardDevices {
   private:
     struct Heard {
         DiscoveredDevice device{};
-        Time at;            // time of the last change or of the first report in a scan
+        Time at;            // time of the last change, or when a scan first listed the device
         unsigned scan = 0;  // number of the latest scan that detected the device
         DiscoveredDevice published{};
         Time publishedAt;

@@ -35,8 +35,8 @@ class SiteDevice {
     // `levels` are the levels of the topic after the address. Returns why the message is rejected,
     // or an empty string.
     std::string Take(const std::vector<std::string>& levels, const Message& message, Time now);
-    // Call this if `gateway` is or was offline. Forgets its claim to the device, except this
-    // gateway's own claim while the link is open.
+    // Call this if `gateway` is or was offline. Forgets its claim to the device. If `gateway` is
+    // this gateway, keeps the claim while the link is open.
     void NoticeAway(const std::string& gateway, Time now);
 
     // Publishes results and updates the claim. `signal` is in dBm, if heard recently. `canHold`

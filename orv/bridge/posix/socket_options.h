@@ -1,4 +1,4 @@
-// Socket options that Asio does not offer, for Linux.
+// Socket options that Asio does not offer.
 #pragma once
 
 #include <netinet/in.h>

@@ -1,4 +1,4 @@
-// Socket options that Asio does not offer, for Windows.
+// Socket options that Asio does not offer.
 #pragma once
 
 #include <winsock2.h>

@@ -1,4 +1,3 @@
-// The possible causes of a call's failure or delay.
 #pragma once
 
 #include <cstdint>

@@ -32,7 +32,7 @@ class Follower {
     Threads threads;
     Listener& listener;
     std::unique_ptr<Analysis> analysis;
-    std::uint64_t position = 0;  // offset of the next byte to read
+    std::uint64_t position = 0;
     std::string tail;        // the last bytes before `position`; if they change, the file is new
     std::string unfinished;  // the bytes of a line whose end is not written yet
 };

@@ -11,7 +11,7 @@ enum class NoteKind : std::uint8_t {
     CallbackFailed,          // a failure line was written while no call ran
     DroppedWhileConnecting,  // notifications arrived before connect returned
     DroppedWithoutLink,
-    NothingHeard,  // a scan received no advertisement
+    NothingHeard,
     AdvertisementsStopped,
     HeardWithoutScan,
     StampsJumped,

@@ -7,8 +7,8 @@ namespace orv::log {
 
 namespace {
 
-// A note reports a scan if no advertisement arrives for this many ms and for ten times the mean
-// interval.
+// A note reports that a scan is silent if no advertisement arrives for this many ms and for ten
+// times their mean interval.
 constexpr std::int64_t Silence = 3000;
 
 // Advertisements may still arrive for this many ms after the end of a scan.

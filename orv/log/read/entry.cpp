@@ -53,7 +53,6 @@ constexpr std::string_view NotificationName = "OnDataReceived ";
 constexpr std::string_view FailureName = "Exception: ";
 constexpr std::string_view ResultName = "Returned ";
 
-// If `text` begins with `expected`, removes it and returns true.
 bool Take(std::string_view& text, std::string_view expected) {
     if (!text.starts_with(expected)) {
         return false;

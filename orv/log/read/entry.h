@@ -43,12 +43,12 @@ const FunctionFacts& FactsOf(Function function);
 std::optional<Function> FindFunction(std::string_view name);
 
 enum class Kind : std::uint8_t {
-    Call,           // trace line of an exported function
-    Advertisement,  // received by a scanner
-    Notification,   // received from a device
-    Failure,        // "Exception: ..."
-    Result,         // a host's "Returned <result> after <n> ms: <trace text>"
-    Host,           // any other line, written by the host
+    Call,  // trace line of an exported function
+    Advertisement,
+    Notification,
+    Failure,  // "Exception: ..."
+    Result,   // a host's "Returned <result> after <n> ms: <trace text>"
+    Host,     // any other line, written by the host
 };
 
 // The function and arguments of a call. A result line repeats them.
@@ -72,7 +72,7 @@ struct Entry {
     std::uint64_t line = 0;
 };
 
-// Reads the text of a line. If the format is unknown, the kind is Host.
+// Returns the kind Host if the format is unknown.
 Entry ReadEntry(std::string_view text);
 
 // Returns whether the text is an advertisement whose name continues in the next line.

@@ -32,7 +32,7 @@ struct NoteTexts {
 
 const NoteTexts& TextsOf(NoteKind kind);
 
-// Returns what the note reports as a sentence without a full stop.
+// Returns a sentence, without a full stop, that states what the note reports.
 std::string FactsOf(const Note& note);
 
 }  // namespace orv::log

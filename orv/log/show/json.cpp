@@ -139,7 +139,7 @@ void WriteJson(std::FILE* file, LogFile& log, Threads threads) {
                     {"hasResults", overview.results.any()},
                     {"threads", threads == Threads::One ? "one" : "many"}};
     std::string text = Dump(head);
-    text.pop_back();  // removes the closing brace, because members follow
+    text.pop_back();
     std::fputs(text.c_str(), file);
     ListWriter calls(file, "calls");
     SuspectTexts suspectTexts;

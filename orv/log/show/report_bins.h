@@ -25,7 +25,7 @@ struct Bins {
 };
 
 std::vector<std::int64_t> SumPerBin(const Bins& bins, const std::vector<Sample>& samples);
-// Counts the spans that begin in each bin; with `state`, only those in this state.
+// Counts the spans that begin in each bin, optionally only those in `state`.
 std::vector<std::int64_t> CountPerBin(const Bins& bins, const std::vector<Span>& spans,
                                       std::optional<Span::State> state = std::nullopt);
 // Returns the mean of each bin; an empty bin has none.

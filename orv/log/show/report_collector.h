@@ -11,7 +11,7 @@
 
 namespace orv::log {
 
-// An event with a value, such as dBm or a number of bytes, or 1 if the report only counts events.
+// An event. `value` is, for example, in dBm or bytes. It is 1 if the report only counts the events.
 struct Sample {
     std::int64_t time;
     std::int64_t value;

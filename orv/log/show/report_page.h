@@ -1,4 +1,4 @@
-// The report page before and after its data. The build generates them from orv/report.
+// The parts of the report page, which the build generates from orv/report.
 #pragma once
 
 #include <span>
