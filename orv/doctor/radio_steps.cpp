@@ -93,7 +93,7 @@ void SkipAll(Examination& run, const char* why) {
     }
 }
 
-// Returns false if the user skipped this.
+// Returns false if the user skipped the step.
 bool SwitchOff(Examination& run, Scans& scans) {
     std::optional<ScopedLink> link;
     if (run.WhyNoLink().empty() && run.whyNoEcho.empty()) {

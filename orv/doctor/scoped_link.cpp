@@ -14,7 +14,7 @@ namespace {
 constexpr int TimeoutMs = 1900;
 constexpr int RetryMs = 250;
 constexpr int RejectionRetries = 6;
-constexpr int SystemGivesUpMs = 9000;  // from the first connect until the system stops trying
+constexpr int SystemGivesUpMs = 9000;  // time from the first connect until the system stops trying
 constexpr int AnswerMs = 2000;
 constexpr int PollMs = 10;
 constexpr std::chrono::seconds HangLimit{10};

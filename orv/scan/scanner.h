@@ -20,7 +20,7 @@ class Scanner {
     void Restart();
     void Stop();
 
-    // The index of a device does not change.
+    // The index of a device never changes.
     Devices Heard();
 
   private:

@@ -87,7 +87,7 @@ std::string Gateway::Take(const Message& message, Time now) {
     }
     const auto device = devices.find(*address);
     levels.erase(levels.begin(), levels.begin() + 2);
-    // The device may have been removed since the broker sent the message.
+    // This gateway may have removed the device since the broker sent the message.
     return device == devices.end() ? "" : device->second.Take(levels, message, now);
 }
 

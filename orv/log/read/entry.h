@@ -67,12 +67,12 @@ struct Entry {
     std::int64_t number = 0;    // dBm of an Advertisement, bytes of a Notification, or the Result
     std::int64_t duration = 0;  // ms that a Result states
     std::string_view words;     // an Advertisement's name, or a Failure's text after "Exception: "
-    std::int32_t stamp = 0;     // ms since midnight, as in the log
+    std::int32_t stamp = 0;     // ms since midnight
     std::int64_t time = 0;      // ms since the start of the log's first day
     std::uint64_t line = 0;
 };
 
-// Returns the kind Host if the format is unknown.
+// Returns an entry of the kind Host if the format is unknown.
 Entry ReadEntry(std::string_view text);
 
 // Returns whether the text is an advertisement whose name continues in the next line.

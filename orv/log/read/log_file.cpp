@@ -17,7 +17,7 @@ constexpr std::size_t Piece = std::size_t{1} << 20;
 
 constexpr std::size_t LongestLine = std::size_t{16} << 20;
 
-// Maximum size of a log from a pipe. It is kept in memory, because it is read several times.
+// Maximum size of a log from a pipe. Such a log is kept in memory, because it is read repeatedly.
 constexpr std::size_t LargestPipe = std::size_t{256} << 20;
 
 constexpr const char* WhereItLies =
