@@ -50,7 +50,6 @@ class Command {
     // Calls `take` with the value, or with an empty text if there is none.
     Option AddOptionalText(const char* name, const std::function<void(const std::string&)>& take,
                            const char* help);
-    // Rejects numbers that are not between `least` and `most`.
     Option AddNumber(const char* name, double& value, double least, double most, const char* help);
     Option AddNumber(const char* name, std::optional<double>& value, double least, double most,
                      const char* help);
@@ -59,7 +58,6 @@ class Command {
     Option AddNumber(const char* name, std::size_t& value, int least, int most, const char* help);
     Option AddNumber(const char* name, std::optional<std::uint64_t>& value, std::uint64_t least,
                      std::uint64_t most, const char* help);
-    // Accepts one of several words and sets `value` to the value of that word.
     template <typename Value>
     Option AddChoice(const char* name, Value& value,
                      std::vector<std::pair<std::string, Value>> choices, const char* help) {

@@ -1,4 +1,3 @@
-// File functions that differ between systems.
 #pragma once
 
 #include <cstdio>
@@ -7,14 +6,12 @@
 
 namespace orv {
 
-// Returns whether the path itself is a link.
 bool IsLink(const std::filesystem::path& path);
 
 // Returns whether the path names a device, as NUL does in every directory of Windows.
 bool IsReservedName(const std::filesystem::path& path);
 
-// Creates a new file for writing. Returns null, with the reason in errno, if it exists or cannot be
-// created.
+// Returns null, with the reason in errno, if the file exists or cannot be created.
 std::FILE* CreateNewFile(const std::filesystem::path& path);
 
 struct FileCloser {

@@ -23,9 +23,9 @@ struct DoctorOptions {
 std::shared_ptr<doctor::Examination> Begin(LibraryOptions libraryOptions,
                                            const DoctorOptions& options) {
     libraryOptions.simulatedTime = true;
-    libraryOptions.log = false;  // EnableLog below switches it on
+    libraryOptions.log = false;  // EnableLog below switches the log on
     if (libraryOptions.simulated && libraryOptions.scenario.empty()) {
-        libraryOptions.scenario = "default";  // the default world in simulated time
+        libraryOptions.scenario = "default";  // simulated time needs a scenario
     }
     Library library = OpenLibrary(libraryOptions);
     std::string whyNoLog;

@@ -49,14 +49,14 @@ std::filesystem::path FileOf(Handle module, const std::filesystem::path&) {
     return FileNameOf(static_cast<HMODULE>(module));
 }
 
-// Does not use VERSION.dll, which Windows may load from the program's directory, where anybody
-// could place it.
+// Reads the version without VERSION.dll, because Windows may load that DLL from the program's
+// directory, where anybody could place it.
 std::string VersionOf(Handle handle, const std::filesystem::path&) {
     const auto module = static_cast<HMODULE>(handle);
     // VS_FIXEDFILEINFO follows three 16-bit words and the key "VS_VERSION_INFO", padded to 4 bytes.
     constexpr std::size_t FactsAt = 40;
     constexpr WORD VersionResource =
-        16;  // RT_VERSION, whose type is wrong in builds without UNICODE
+        16;  // value of RT_VERSION, which has the wrong type in builds without UNICODE
     const HRSRC entry =
         FindResourceW(module, MAKEINTRESOURCEW(VS_VERSION_INFO), MAKEINTRESOURCEW(VersionResource));
     const HGLOBAL resource = entry ? LoadResource(module, entry) : nullptr;

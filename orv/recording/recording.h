@@ -30,8 +30,8 @@ class RecordingFile {
 
     bool IsOpen() const { return file != nullptr; }
     void Begin(const char* title, const char* about);
-    // Adds an event at `at` ms that contains `values` JSON values. Ignores it if the file has
-    // reached a limit.
+    // Adds an event at `at` ms that contains `values` JSON values. Ignores the event if the file
+    // has reached a limit.
     void Add(const std::string& event, std::size_t values, std::int64_t at);
     void Flush();
     // Adds the devices and gives the file its final name. Throws a Problem if a limit was reached.

@@ -1,5 +1,3 @@
-// The charts of signal strength and throughput, and functions for all charts.
-
 const charts = [];
 
 const colour = (name) => getComputedStyle(document.documentElement).getPropertyValue(name).trim();

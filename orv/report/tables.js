@@ -34,7 +34,6 @@ function fillFacts() {
     }
 }
 
-// Returns a button that zooms the charts to a time.
 function timeLink(time, words) {
     const link = element("button", words, "link");
     link.addEventListener("click", () => {

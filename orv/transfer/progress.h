@@ -1,4 +1,3 @@
-// Shows the progress of a transfer as a bar on a terminal.
 #pragma once
 
 #include <chrono>

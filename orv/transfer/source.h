@@ -19,7 +19,7 @@ class Source {
     // or is neither a file nor a pipe.
     explicit Source(const std::string& name);
 
-    // Returns the size of a file when it was opened, or nothing for a pipe.
+    // Returns the size that a file had when it was opened, or nothing for a pipe.
     std::optional<std::uint64_t> Size() const { return size; }
 
     // Returns the next `most` bytes, fewer at the end, none after the end or an interrupt. They are

@@ -1,4 +1,4 @@
-"""A mosquitto broker on a loopback port, and a client that receives all messages of a site."""
+"""A mosquitto broker on a loopback port, and a client that collects messages."""
 import json
 import pathlib
 import re
@@ -52,7 +52,7 @@ def parse(payload):
 
 
 class Consumer:
-    """Collects all messages of a site in order. The client's session survives a restart of the broker."""
+    """Collects all messages under orv/SITE/ in order. The client's session survives a restart of the broker."""
 
     def __init__(self, host, port, tls=None, site="works", name="consumer"):
         self.site, self.changed = f"orv/{site}/", threading.Condition()
@@ -92,7 +92,7 @@ class Consumer:
             assert self.changed.wait_for(claim, SECONDS), f"{what} does not come: {self.facts}"
 
     def bytes_of(self, device):
-        """Returns all bytes from a device, in order of gateway starts and block numbers."""
+        """Returns all bytes from a device, sorted by gateway run and then by block number."""
         return b"".join(blocks[number] for key, blocks in sorted(self.blocks.items(), key=lambda item: item[0][2])
                         if key[1] == device for number in sorted(blocks))
 

@@ -110,7 +110,6 @@ class Site {
         }
     }
 
-    // Sends the claims that have reached the broker to all gateways, in the same order.
     void Distribute() {
         for (; !sent.empty() && sent.begin()->first <= now; sent.erase(sent.begin())) {
             retained = sent.begin()->second;

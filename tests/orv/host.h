@@ -32,7 +32,7 @@ inline log::Findings ReadLog(log::Threads threads = log::Threads::One) {
 }
 
 // Requires that the log reader names `cause` among the possible causes of `call`. If `step` is
-// given, the cause must be possible for the call's platform operation of this number, from 0.
+// not -1, the cause must be possible for the call's platform operation with this index.
 inline void ExpectNamed(const log::Call& call, log::Cause cause, int step = -1) {
     std::string named;
     for (const log::Suspect& suspect : log::Explain(call)) {

@@ -111,7 +111,7 @@ TEST_F(LogNotes, QuietUseHasNone) {
 }
 
 // Two threads send. The second send fails after 2010 ms, of which it may have waited 1500 ms for
-// the first one. So the log does not prove that its write timed out.
+// the first one. So the log does not prove that the second write timed out.
 TEST_F(LogNotes, SendThatWaitedForAnotherNeedNotHaveMissedItsLimit) {
     OrvDevice_Connect(Address);
     OrvWorld_Answer(Address, OrvOperation_WriteValue, OrvAnswer_After, 1500);

@@ -104,7 +104,7 @@ TEST(LogTimeline, GoesOnOverMidnightAndOtherJumps) {
         int jumps;
     };
     const Row rows[] = {
-        {{5000, 4990, 5001}, {5000, 4990, 5001}, 0},  // lines of two threads
+        {{5000, 4990, 5001}, {5000, 4990, 5001}, 0},  // lines of two threads may be out of order
         {{Day - 1, 0, 1, Day - 1, 5}, {Day - 1, Day, Day + 1, 2 * Day - 1, 2 * Day + 5}, 0},
         {{Day - 1, 1, Day - 1, 2}, {Day - 1, Day + 1, 2 * Day - 1, 2 * Day + 2}, 0},
         // The clock is set back.
@@ -169,7 +169,8 @@ TEST(LogProof, NeverRulesOutTheCause) {
     for (const Row& row : rows) {
         std::string bytes;
         for (const char* text : row.texts) {
-            // The log begins 60 s early: results of calls that began before the log are ignored.
+            // The log begins 60 s before the calls, because the log reader ignores the result of a
+            // call that began before the log.
             bytes += (bytes.empty() ? "12:00:00.000\t\n12:01:00.000\t" : "12:01:00.000\t") +
                      std::string(text) + '\n';
         }

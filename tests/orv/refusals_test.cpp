@@ -1,5 +1,5 @@
-// Tests the log reader with calls that the library rejects at once, or that fail in a platform call
-// without a timeout.
+// Tests the log reader with calls that the library rejects at once, or that fail in a platform
+// call, but not by a timeout.
 #include "host.h"
 
 namespace orv {

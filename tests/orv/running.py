@@ -19,7 +19,7 @@ SECONDS = 60  # timeout of each wait
 class Running:
     """A running orv, whose output a thread reads: from a pipe or, if `columns` is given, a terminal of that width.
 
-    orv inherits that the signal `ignored` is ignored."""
+    If `ignored` is given, orv starts with that signal ignored."""
 
     def __init__(self, test, line, columns=None, ignored=None):
         self.test, self.shown, self.changed = test, "", threading.Condition()

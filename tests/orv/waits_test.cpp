@@ -18,7 +18,7 @@ struct WaitEnding {
     std::int32_t manner;
     std::int32_t value;
     Ends ends;
-    std::int64_t ms = 0;                  // duration of the wait
+    std::int64_t ms = 0;
     const char* operations = "01234567";  // digits of operations that can end like this
 };
 
@@ -100,7 +100,7 @@ class EveryEnding : public WorldTest, public testing::WithParamInterface<Logging
     bool results = GetParam().results;
     log::Call FirstCall() const { return ReadLog(GetParam().threads).calls.front(); }
 
-    // Makes a call whose operation `step` (from 0) ends with `ending`, and checks the reported
+    // Makes a call whose operation with index `step` ends with `ending`, and checks the reported
     // causes. Each earlier operation takes `lateBefore` ms.
     void Check(const Export& row, int step, const WaitEnding& ending, std::int32_t lateBefore) {
         const std::int32_t operation = row.operations[static_cast<std::size_t>(step)];
@@ -230,8 +230,8 @@ class RandomWorld {
     std::optional<Cause> NoLink() const {
         return links == 0 ? std::optional(Cause::NoLink) : std::nullopt;
     }
-    // Returns why the first failing operation fails. An export that waits for only one operation
-    // does not read its result, so the result cannot fail.
+    // Returns why the first failing operation fails. If an export waits for only one operation, the
+    // library does not read that operation's result, so an error in it has no effect.
     std::optional<Cause> CauseOfWaits(const std::vector<std::int32_t>& operations) const {
         const Ends last = operations.size() > 1 ? Ends::ResultRaised : Ends::Raised;
         for (const std::int32_t operation : operations) {
