@@ -79,7 +79,7 @@ const padded = (values) => [null, ...values, null];
 
 const short = (name) => (name.length > 24 ? name.slice(0, 23) + "\u2026" : name);
 
-// Returns the gaps that interrupt a device's line: those much longer than the mean gap.
+// Returns the gaps that are much longer than the mean time between a device's values.
 function longGaps(chart, device, gaps) {
     const heard = device.values.filter((value) => value !== null).length;
     const silence = Math.max(3000, (10 * data.span) / Math.max(heard, 1));

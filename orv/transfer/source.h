@@ -1,4 +1,3 @@
-// Reads the bytes to send from a file or a pipe.
 #pragma once
 
 #include <atomic>

@@ -1,4 +1,3 @@
-// Makes calls like a host that logs their results, and reads this log.
 #pragma once
 
 #include <gtest/gtest.h>
