@@ -1,7 +1,6 @@
 # Builds a library from objects of the logic and of one runtime. It exports exactly the names in the
 # .def files.
 
-# Reads the names after EXPORTS in the given .def files.
 function(orv_read_exports result)
     set(names)
     foreach(def ${ARGN})
@@ -47,7 +46,7 @@ function(orv_library target)
         target_sources(${target} PRIVATE ${list})
         set_target_properties(${target} PROPERTIES PREFIX "")
     else()
-        # The script defines no version, because the library would export its name as a symbol.
+        # The linker script names no version, because the library would export that name as a symbol.
         list(JOIN names ";\n    " lines)
         set(list ${PROJECT_BINARY_DIR}/${target}.exports)
         file(CONFIGURE OUTPUT ${list}

@@ -1,4 +1,3 @@
-# Returns the full paths of all targets' sources in a directory and below.
 function(orv_collect_sources folder result)
     set(found)
     get_property(targets DIRECTORY ${folder} PROPERTY BUILDSYSTEM_TARGETS)

@@ -35,7 +35,6 @@ def linked_files(build, target):
 
 
 def headers_of_objects(build):
-    """Returns the headers that each object was compiled from, as recorded by ninja."""
     result, current = {}, None
     for line in run("ninja", "-t", "deps", folder=build).splitlines():
         if line.startswith("    ") and current is not None:
@@ -46,7 +45,6 @@ def headers_of_objects(build):
 
 
 def owner(path):
-    """Returns the Debian package that contains a system file."""
     found = subprocess.run(["dpkg", "-S", os.path.realpath(path)], capture_output=True, text=True).stdout
     if not found:
         raise SystemExit("no Debian package owns %s" % path)

@@ -20,7 +20,6 @@ def write(target, files):
 
 
 def read_folder(folder):
-    """Maps the relative path of each file below a folder to its bytes."""
     folder = pathlib.Path(folder)
     return {path.relative_to(folder).as_posix(): path.read_bytes()
             for path in folder.rglob("*") if path.is_file()}

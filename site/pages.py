@@ -42,7 +42,6 @@ class Site:
         (self.folder / page).write_text(text, encoding="utf-8")
 
     def document(self, path):
-        """Writes a document's page, with links to the site's pages."""
         page = self.page_of(path)
 
         def link(found):

@@ -44,7 +44,6 @@ function addressText(number) {
     return Number(number).toString(16).toUpperCase().padStart(12, "0").match(/../g).join(":");
 }
 
-/** The native library for a radio or, with `{ flavour: "simulated" }`, for a simulated world. */
 class Library {
     constructor({ flavour = "radio", file = process.env.QUELVIXWINLIB || undefined } = {}) {
         this.file = path.resolve(file ?? path.join(__dirname, "native", flavour, FILE));

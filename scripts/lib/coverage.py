@@ -5,7 +5,7 @@ import sys
 
 
 def never_taken(file):
-    """Returns the execution counts of lines and of conditions' results."""
+    """Returns how often each line ran, and how often each condition was true and false."""
     lines, branches = {}, {}
     segments = file['segments']
     for (line, _, count, has_count, _, is_gap), after in zip(segments, segments[1:]):

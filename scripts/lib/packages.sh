@@ -14,7 +14,6 @@ need_packages() {
         apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# Prints the Debian packages of npm unless npm is installed.
 npm_packages() {
     command -v npm >/dev/null || echo nodejs npm
 }

@@ -1,5 +1,5 @@
-/* Compiles the public headers as C90. Fails to compile if an export has another type than here,
- * because hosts in other languages declare the same types. */
+/* Compiles the public headers as C90. Does not compile if an export's type differs from the type
+ * declared here. Hosts in other languages declare the same types. */
 #include "quelvixwinlib.h"
 #include "quelvixwinlib_simulated.h"
 

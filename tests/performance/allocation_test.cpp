@@ -44,7 +44,7 @@ const CallRow CallRows[] = {
     {"DisconnectOfNoLink", [] { return OrvDevice_Disconnect(9); }, -1, 0},
     {"Available", BluetoothAvailable, 0, 2},
     {"Send", [] { return OrvDevice_Send(1, 244, buffer); }, 244, 1},
-    // Connect allocates six handlers (for five waits and for notifications) and the link.
+    // Connect allocates the link, five handlers of operations, and one of notifications.
     {"Connect", [] { return OrvDevice_Connect(2); }, 0, 7},
     {"Disconnect", [] { return OrvDevice_Disconnect(1); }, 0, 1},
     // Initialize allocates the advertisement handler and the session.

@@ -1,4 +1,5 @@
-// The calls that are tested with faults: each export that calls the platform, and both callbacks.
+// The calls that are tested with faults: each export that calls the platform, and the library's two
+// callbacks.
 #pragma once
 
 #include <functional>
@@ -16,7 +17,7 @@ struct Step {
     std::function<ResultCode()> run;
     ResultCode success;
     std::function<void()> undo;  // called after a success
-    // For callbacks: leaves[i] is the result of `run` if platform call i (from 0) fails.
+    // For callbacks: leaves[0] is the result of `run` if the first platform call fails, and so on.
     // The first `untraced` platform calls precede the trace line.
     int untraced = 0;
     std::vector<ResultCode> leaves = {};

@@ -52,8 +52,8 @@ namespace {
 
 class Faults : public WorldTest, public testing::WithParamInterface<Step> {
   protected:
-    // Sets the `nth` fault with `arm`, runs the step, and checks the effects of the fault. Returns
-    // the result of `struck`: true if the fault occurred.
+    // Calls `arm`, which sets fault number `nth`, runs the step, and checks the fault's effects.
+    // Returns the result of `struck`: true if the fault occurred.
     bool Survives(int nth, const std::function<void()>& arm, const std::function<bool()>& struck,
                   const char* failureLine) {
         const Step& step = GetParam();
@@ -66,7 +66,7 @@ class Faults : public WorldTest, public testing::WithParamInterface<Step> {
         const ResultCode result = step.run();
         const bool failed = struck();
         if (OrvWorld_ImproperHandlers() > 0) {
-            // The runtime's query for a handler's marshaler failed, which does not affect the call.
+            // The fault hit the runtime's query for a handler's marshaler. The call succeeds.
             EXPECT_EQ(result, step.success);
             step.undo();
             SetUp();

@@ -1,5 +1,6 @@
 // Watches the library's three locks in all tests of the program. A thread may hold only one lock.
-// While it waits for the platform, that may only be the links' lock. A violation ends the program.
+// While a thread waits for the platform, it may hold only the links' lock. A violation ends the
+// program.
 #include <gtest/gtest.h>
 #include <pthread.h>
 

@@ -15,7 +15,6 @@ void showValue(const Command& command, std::ostream& out) {
 
 namespace {
 
-// `scripts/test long` sets a larger number of steps.
 int Steps() {
     const char* steps = std::getenv("ORV_MODEL_STEPS");
     return steps ? std::atoi(steps) : 20000;

@@ -1,5 +1,5 @@
-// Runs every export and both callbacks. In each run, a different operating system call of the
-// library fails. The linker redirects these calls to this file.
+// Runs every export and the library's two callbacks. In each run, a different operating system call
+// of the library fails. The linker redirects these calls to this file.
 #include <atomic>
 #include <cstdlib>
 #include <string_view>
@@ -155,7 +155,7 @@ TEST_F(LogFaults, LeaveTheLogOffOrLoseALine) {
     EXPECT_EQ(LogLines(), (Lines{"x", "x"}));
 }
 
-// Needs its own process, because handlers call KeepModuleLoaded only until a call succeeds.
+// Needs its own process, because handlers call KeepModuleLoaded only until it has succeeded once.
 TEST(KeepingLoadedDeathTest, FailureFailsTheCallThatNeedsIt) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(

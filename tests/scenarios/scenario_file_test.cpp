@@ -130,7 +130,7 @@ TEST_F(ScenarioFileTest, FunctionsDoTheSameAsFields) {
     EXPECT_STREQ(OrvWorld_Version(), QUELVIXWINLIB_VERSION);
 }
 
-// Each value needs memory, even a value of one character.
+// The number of values is limited, because even a value of one character needs memory.
 TEST_F(ScenarioFileTest, TooManyValuesAreRefused) {
     std::string zeros = "{\"events\":[";
     for (int i = 0; i < 2'000'000; ++i) {

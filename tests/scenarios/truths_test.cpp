@@ -177,7 +177,7 @@ const Truth Truths[] = {
                  "= <ORV-Messgerät-Süd-Tür-Ger\xC3> -60\n"},
 };
 
-// Returns the log, but replaces each line of Answer() by the result line that a host would write.
+// Returns the log, but converts each line that Answer() wrote to the form that hosts write.
 std::string LogWithResults() {
     const std::string bytes = LogBytes();
     std::string log, call;

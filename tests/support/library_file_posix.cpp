@@ -1,4 +1,3 @@
-// Asks the dynamic linker for the file of the library under test.
 #include <dlfcn.h>
 
 #include <cstdlib>

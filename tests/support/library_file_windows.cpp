@@ -1,4 +1,3 @@
-// Asks the Windows loader for the file of the library under test.
 #include <windows.h>
 
 #include "log_file.h"

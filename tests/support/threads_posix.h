@@ -14,10 +14,9 @@ namespace orv {
 
 struct OtherThreads {
     int all = 0;
-    int handling = 0;  // those that do not block SIGTERM
+    int handling = 0;  // threads that do not block SIGTERM
 };
 
-// Counts all threads of the process except the calling one.
 inline OtherThreads CountOtherThreads() {
     OtherThreads threads;
     for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {

@@ -37,7 +37,6 @@ void Advertise(BluetoothAddress address, std::int32_t packet = OrvPacket_Adverti
                std::int32_t watcher = -1);
 void Notify(BluetoothAddress address, const Bytes& data, std::int32_t registration = -1);
 
-// Returns `count` bytes that count up from `first`.
 Bytes Sequence(std::size_t count, std::size_t first = 0);
 
 // Returns the library's platform calls from index `from` on, except QueryInterface.
@@ -52,7 +51,7 @@ void ExpectCall(Call&& call, ResultCode result, const Lines& lines) {
 bool AwaitLog(const std::string& text);
 
 // Sets up an adapter, a radio that is on, a device, and an empty log. At the end, checks that
-// everything was released and that no unexpected call was made.
+// the library released everything and made no unexpected platform call.
 class WorldTest : public testing::Test {
   protected:
     void SetUp() override;

@@ -82,7 +82,6 @@ def with_symbol(name):
     return GOOD_DEBUG.replace(old, b"\0" + name.ljust(len(old) - 2, b"\0") + b"\0")
 
 
-# Faulty copies of the debug file, each with a part of the expected output.
 DEBUG_FAULTS = [
     (with_symbol(b"OrvDevice_Flusk"), "does not know OrvDevice_Disconnect"),
     (with_symbol(b"pthread_mutex_lock"), "a thread library: pthread_mutex_lock"),

@@ -44,12 +44,11 @@ def program(declared):
 
 
 def assumed(declared):
-    """Returns the assumption that every class is agile: the library uses objects on any thread."""
+    """Returns a fact that the library assumes: each class is agile, so any thread may use its objects."""
     return {(name, "agile"): "yes" for name in declared.classes}
 
 
 def used_factories(sources):
-    """Returns the factory interfaces that the library's code requests for each class."""
     found = {}
     for path in sources.rglob("*.cpp"):
         text = path.read_text(encoding="utf-8")

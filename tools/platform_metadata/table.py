@@ -8,7 +8,6 @@ FIRST_FREE = {"-": 0, "IUnknown": 3, "IInspectable": 6}
 
 
 def plain(name):
-    """Returns a name without namespaces and spaces."""
     return re.sub(r"[A-Za-z.]*\.|\s", "", name)
 
 

@@ -227,7 +227,7 @@ void RunSetSections(Step& step) {
 
 void RunAdvertise(Step& step) {
     const bool isScan = step.b & 1;
-    const std::int32_t only = step.b / 2 % 4 - 2;  // index of a watcher; all if negative
+    const std::int32_t only = step.b / 2 % 4 - 2;  // selects a watcher; negative: all
     const auto& watchers = step.reference.watchers;
     for (std::int32_t i = 0; i < Small(watchers.size()); ++i) {
         if (only < 0 ? watchers[static_cast<std::size_t>(i)].isStarted : i == only) {
@@ -239,7 +239,7 @@ void RunAdvertise(Step& step) {
 }
 
 void RunNotify(Step& step) {
-    const std::int32_t only = step.b % 4 - 2;  // index of a registration; all if negative
+    const std::int32_t only = step.b % 4 - 2;  // selects a registration; negative: all
     for (std::int32_t i = 0; i < step.reference.devices[step.known].registrations; ++i) {
         if (only < 0 || only == i) {
             step.reference.TakeNotification(step.known, i, step.bytes);

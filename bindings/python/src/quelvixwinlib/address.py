@@ -17,5 +17,4 @@ def address_number(address: Address) -> int:
 
 
 def address_text(address: int) -> str:
-    """Returns the text of an address, such as "A0:B1:C2:D3:E4:F5"."""
     return ":".join("%02X" % byte for byte in address.to_bytes(6, "big"))

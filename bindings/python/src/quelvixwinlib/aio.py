@@ -38,7 +38,7 @@ class Stream:
         return await asyncio.to_thread(self._stream.write, data)
 
     async def read(self, size: int = 65536, timeout: Optional[float] = -1) -> bytes:
-        """Reads like `quelvixwinlib.Stream.read`. After a cancelled read, ignores `size` and returns its bytes."""
+        """Reads like `quelvixwinlib.Stream.read`. After a cancelled read, returns that read's bytes."""
         reading = self._late or asyncio.ensure_future(
             asyncio.to_thread(self._stream.read, size, timeout))
         self._late = reading

@@ -45,12 +45,12 @@ class World:
         self.call("OrvWorld_PassTime", round(seconds * 1000))
 
     def now(self) -> float:
-        """Returns the seconds since the world's creation, on its clock."""
+        """Returns the simulated time in seconds since the world's creation."""
         result: float = self.call("OrvWorld_Now") / 1000
         return result
 
     def call(self, name: str, *arguments: Any) -> Any:
-        """Calls any OrvWorld_ function; addresses are numbers, texts UTF-8 bytes."""
+        """Calls any OrvWorld_ function. Pass addresses as numbers and texts as UTF-8 bytes."""
         return self.library.call(name, *arguments)
 
 
