@@ -123,8 +123,7 @@ def read_codes(text, found):
 
 
 def program(tables, declared, text):
-    """Returns a C program whose assembly contains each computed number after its subject and
-    aspect."""
+    """Returns a C program whose assembly has lines such as FACT IRadio|slot get_State|9."""
     lines = []
 
     def fact(subject, aspect, expression):

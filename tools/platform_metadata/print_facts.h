@@ -1,4 +1,4 @@
-// Prints src/platform/abi's slots, sizes and values as lines of subject, aspect and value.
+// Prints src/platform/abi's slots, sizes and values as lines such as IRadio, slot get_State, 9.
 #pragma once
 
 #include <cstdio>

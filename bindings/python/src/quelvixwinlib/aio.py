@@ -38,7 +38,8 @@ class Stream:
         return await asyncio.to_thread(self._stream.write, data)
 
     async def read(self, size: int = 65536, timeout: Optional[float] = -1) -> bytes:
-        """Reads like `quelvixwinlib.Stream.read`. After a cancelled read, returns that read's bytes."""
+        """Like `quelvixwinlib.Stream.read`, but the first call after a cancelled read returns the bytes of that
+        read, even if they are more than `size`."""
         reading = self._late or asyncio.ensure_future(
             asyncio.to_thread(self._stream.read, size, timeout))
         self._late = reading
