@@ -44,7 +44,8 @@ const CallRow CallRows[] = {
     {"DisconnectOfNoLink", [] { return OrvDevice_Disconnect(9); }, -1, 0},
     {"Available", BluetoothAvailable, 0, 2},
     {"Send", [] { return OrvDevice_Send(1, 244, buffer); }, 244, 1},
-    // Connect allocates the link, five handlers of operations, and one of notifications.
+    // Connect allocates the link, a handler for each of five platform operations, and a handler
+    // for notifications.
     {"Connect", [] { return OrvDevice_Connect(2); }, 0, 7},
     {"Disconnect", [] { return OrvDevice_Disconnect(1); }, 0, 1},
     // Initialize allocates the advertisement handler and the session.

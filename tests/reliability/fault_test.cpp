@@ -52,7 +52,7 @@ namespace {
 
 class Faults : public WorldTest, public testing::WithParamInterface<Step> {
   protected:
-    // Calls `arm`, which sets fault number `nth`, runs the step, and checks the fault's effects.
+    // Calls `arm` to set fault number `nth`. Then runs the step and checks the fault's effects.
     // Returns the result of `struck`: true if the fault occurred.
     bool Survives(int nth, const std::function<void()>& arm, const std::function<bool()>& struck,
                   const char* failureLine) {
@@ -66,7 +66,7 @@ class Faults : public WorldTest, public testing::WithParamInterface<Step> {
         const ResultCode result = step.run();
         const bool failed = struck();
         if (OrvWorld_ImproperHandlers() > 0) {
-            // The fault hit the runtime's query for a handler's marshaler. The call succeeds.
+            // The runtime's query for a handler's marshaler failed. The call still succeeds.
             EXPECT_EQ(result, step.success);
             step.undo();
             SetUp();

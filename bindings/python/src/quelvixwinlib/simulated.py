@@ -45,7 +45,7 @@ class World:
         self.call("OrvWorld_PassTime", round(seconds * 1000))
 
     def now(self) -> float:
-        """Returns the simulated time in seconds since the world's creation."""
+        """Returns the time on the world's clock, in seconds since the world's creation."""
         result: float = self.call("OrvWorld_Now") / 1000
         return result
 
