@@ -7,6 +7,7 @@ Each gateway is an orv process with its own simulated world. A device sends a nu
 every EVERY_MS. The latency is the time from the notification's due time, by the gateway's clock,
 until the MQTT consumer receives it.
 """
+import contextlib
 import json
 import os
 import pathlib
@@ -47,9 +48,11 @@ def percentile(values, share):
     return sorted(values)[min(len(values) - 1, int(len(values) * share))] if values else float("nan")
 
 
-def measure(orv, gateways, devices, every, size, seconds, kills, folder):
+def measure(orv, gateways, devices, every, size, seconds, kills, folder, cleanup):
     broker = Mosquitto(folder, "allow_anonymous true\nmax_inflight_messages 0")
+    cleanup.callback(broker.close)
     site = Consumer("127.0.0.1", broker.port)
+    cleanup.callback(site.close)
     processes = []
     for gateway in range(gateways):
         path = pathlib.Path(folder) / f"{gateway}.json"
@@ -57,6 +60,7 @@ def measure(orv, gateways, devices, every, size, seconds, kills, folder):
         processes.append(subprocess.Popen(
             [orv, "bridge", "mqtt", "--broker", f"mqtt://127.0.0.1:{broker.port}", "--site", "works", "--gateway",
              f"g{gateway}", "--simulated", path], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
+        cleanup.callback(processes[-1].kill)
         for device in range(devices):
             site.client.publish(f"orv/works/device/{address(gateway, device)}/connect", b"on", 1, True)
         time.sleep(0.05)  # so that they do not all start at once
@@ -79,16 +83,14 @@ def measure(orv, gateways, devices, every, size, seconds, kills, folder):
     for process, _ in alive:
         process.wait()
     time.sleep(1)
-    site.close()
-    broker.close()
     return site, facts, [cost / elapsed * 100 for cost, _ in costs], [memory for _, memory in costs]
 
 
 def main():
     orv, (gateways, devices, every, size, seconds) = sys.argv[1], map(int, sys.argv[2:7])
     kills = sys.argv[7:]
-    with tempfile.TemporaryDirectory() as folder:
-        site, facts, processor, memory = measure(orv, gateways, devices, every, size, seconds, kills, folder)
+    with tempfile.TemporaryDirectory() as folder, contextlib.ExitStack() as cleanup:
+        site, facts, processor, memory = measure(orv, gateways, devices, every, size, seconds, kills, folder, cleanup)
     when = {(topic, len(payload)): at for at, topic, payload in reversed(site.history)}  # first arrival
     received, lost, latencies, unlinked = 0, 0, [], gateways * devices - len(site.blocks)
     for (gateway, device, run), blocks in site.blocks.items():
