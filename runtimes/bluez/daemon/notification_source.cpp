@@ -1,6 +1,7 @@
 #include "runtimes/bluez/daemon/notification_source.h"
 
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,11 +15,13 @@ using objects::Lock;
 
 namespace {
 
-// Returns true if the daemon has closed its end of the socket. A read of 0 bytes can also be an
-// empty record.
-bool HasHungUp(int socket) {
+// Returns true if the daemon has closed its end of the socket and all bytes are read. A read of 0
+// bytes can also be an empty record.
+bool HasEnded(int socket) {
     pollfd polled{socket, 0, 0};
-    return poll(&polled, 1, 0) > 0 && (polled.revents & POLLHUP) != 0;
+    int left = 0;
+    return poll(&polled, 1, 0) > 0 && (polled.revents & POLLHUP) != 0 &&
+           (ioctl(socket, FIONREAD, &left) != 0 || left == 0);
 }
 
 }  // namespace
@@ -63,9 +66,13 @@ bool Source::Take() {
         if (count < 0) {
             return errno == EAGAIN;
         }
+        const auto end = records.begin() + count;
         for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
             const BYTE* const bytes = buffers[i].data();
-            if (records[i].msg_len == 0 && HasHungUp(descriptor)) {
+            const bool isRestEmpty =
+                std::all_of(records.begin() + static_cast<std::ptrdiff_t>(i), end,
+                            [](const mmsghdr& each) { return each.msg_len == 0; });
+            if (isRestEmpty && HasEnded(descriptor)) {
                 return false;
             }
             try {
