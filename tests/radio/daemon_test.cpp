@@ -301,8 +301,9 @@ TEST_F(DaemonTest, ScanGoesOnWhenRadioAndDaemonAreBack) {
     EXPECT_TRUE(heardAgain(-11));
     daemon.Kill();
     EXPECT_TRUE(Await([] { return BluetoothAvailable() == -1; }));
+    daemon.FailReply(1, /*silently=*/true);
     daemon.Start();
-    EXPECT_TRUE(heardAgain(-12));
+    EXPECT_TRUE(heardAgain(-12)) << "the daemon has not replied to the first call";
     SetBus(daemon, false);
     SetBus(daemon, true);
     EXPECT_TRUE(heardAgain(-13)) << "no call was made since the bus is back";

@@ -9,6 +9,7 @@ namespace {
 // Timeout of the call in Ask. Shorter than the library's timeout of 2000 ms, so that the library's
 // next operation can call Ask again.
 constexpr milliseconds AskLimit{1800};
+constexpr milliseconds PauseWithoutReply{500};
 
 }  // namespace
 
@@ -32,6 +33,10 @@ void Connection::Ask() {
         [this](const Failure& failure, sd_bus_message* reply) {
             const bool isLoaded = !failure && loop.Attempt([&] { tree.Load(reply); });
             knowledge = isLoaded ? Knowledge::Known : Knowledge::None;
+            if (failure.name == SD_BUS_ERROR_NO_REPLY) {
+                // No signal reports that the daemon replies again.
+                loop.ResumeAfter(PauseWithoutReply);
+            }
             for (const Task& task : std::exchange(waiting, {})) {
                 loop.Attempt(task);
             }
