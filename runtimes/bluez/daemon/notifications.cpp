@@ -138,10 +138,9 @@ void Notifications::Ended(const SharedSource& source) {
         CountEnd(source->address, hasLink);
     }
     if (atOnce && hasLink) {
-        entry.mode = Mode::Idle;
+        StartSignals(entry);  // if memory is exhausted, the pump reports the end again
         pump.Unwatch(source);
         source->Detach();
-        StartSignals(entry);
     } else {
         Remove(place);
     }
