@@ -27,7 +27,7 @@ void ArrangeSessions(std::size_t count);
 // list that is up to 10 % longer, because filling long lists is slow.
 void ArrangeListed(std::size_t count);
 constexpr BluetoothAddress ListedAddress = 0xA0B1C2000000;
-// The platform's watcher of session 0.
+// The platform's advertisement watcher that scanner session 0 uses.
 extern Reference<IBluetoothLEAdvertisementWatcher>& watcher;
 
 struct FloorLink {

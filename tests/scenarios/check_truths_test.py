@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that tools/check_truths finds each kind of missing entry.
+"""Checks that tools/check_truths finds each kind of entry that docs/windows_truths.md can lack.
 
 Usage: check_truths_test.py CHECK SOURCE FOLDER
 """

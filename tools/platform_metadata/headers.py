@@ -18,7 +18,7 @@ READ = INCLUDED[1:] + ("unknwnbase.h", "objidlbase.h", "inspectable.h", "asyncin
                        "windowscontracts.h")
 # System headers of the official SDK. All other system headers are MinGW's.
 CLASSIC = ("unknwn.h", "unknwnbase.h", "objidl.h", "objidlbase.h")
-# Maps type names in the headers to the names in facts.
+# Maps type names in the headers to the names that the extracted facts use.
 TYPES = {"short": "INT16", "int": "INT32", "IID": "GUID", "REFIID": "GUID*", "byte": "BYTE"}
 DELEGATES = ("AsyncOperationCompletedHandler", "TypedEventHandler")
 

@@ -9,7 +9,7 @@ namespace orv::log {
 
 namespace {
 
-// A call that began more than this many ms before the first log line is not in the log.
+// If a call began more than this many ms before the first log line, the log lacks its trace line.
 constexpr std::int64_t BeforeLog = 100;
 
 // If calls may overlap, a call without a result line counts as ended after this many ms. This is

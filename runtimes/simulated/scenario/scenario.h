@@ -11,8 +11,8 @@ using EventAction = std::function<void(World&)>;
 
 struct ScenarioEvent {
     EventAction action;
-    Duration delay{0};    // time after the reset, or after the first link to `linkedTo`
-    UINT64 linkedTo = 0;  // address of a device, or 0 if `delay` starts at the reset
+    Duration delay{0};    // time after the world's reset, or after the first link to `linkedTo`
+    UINT64 linkedTo = 0;  // address of a device whose first link starts `delay`, or 0
     INT32 times = 1;
     Duration every{0};
 };

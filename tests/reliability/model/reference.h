@@ -18,7 +18,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 // The addresses of two devices, and an address without a device.
 constexpr std::array<BluetoothAddress, 3> Addresses = {0xA0B1C2D3E4F5, 0xFFFFFFFFFFFF, 7};
-constexpr std::size_t Machine = 2;  // stands for the adapter and radios in `answers`
+constexpr std::size_t Machine = 2;  // the index of the adapter and the radios in `answers`
 
 constexpr auto Unspecified = static_cast<std::int32_t>(0x80004005);
 constexpr auto NoMemory = static_cast<std::int32_t>(0x8007000E);
