@@ -32,7 +32,7 @@ void WriteByHand(std::string_view line) {
     close(file);
 }
 
-// Prepares a batch: empties both logs and switches the library's log on.
+// Prepares a batch: empties the floor's log and the library's log, and switches the latter on.
 void LogOn() {
     ArrangeLinks(1);
     ArrangeListed(10);

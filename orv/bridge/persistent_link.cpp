@@ -199,7 +199,7 @@ bool PersistentLink::Search() {
     return SearchSilently(library, address, isStopped) && !isStopped();
 }
 
-// Repeats a failed disconnect, because it leaves the link open. Returns whether no link is open.
+// Repeats a failed disconnect, because it leaves the link open. Returns true if the link is closed.
 bool PersistentLink::Disconnect() {
     for (int attempt = 0; IsConnected() && attempt < DisconnectAttempts; ++attempt) {
         library.Disconnect(address);

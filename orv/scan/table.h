@@ -16,8 +16,8 @@ enum class TableKind : std::uint8_t {
     Live,     // as Changes, with the latest signals; a device that is gone is grey
 };
 
-// Returns a title line and a line for each device, none wider than `columns`. A narrow terminal
-// omits the least important columns. `history` must contain all devices.
+// Returns a title line and a line for each device, none wider than `columns`. If the terminal is
+// narrow, the least important columns of the table are omitted. `history` must contain all devices.
 std::vector<std::string> TableOf(const std::vector<DiscoveredDevice>& devices, std::size_t columns,
                                  const ScanHistory& history, TableKind kind);
 

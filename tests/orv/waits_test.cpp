@@ -230,8 +230,8 @@ class RandomWorld {
     std::optional<Cause> NoLink() const {
         return links == 0 ? std::optional(Cause::NoLink) : std::nullopt;
     }
-    // Returns why the first failing operation fails. If an export waits for only one operation, the
-    // library does not read that operation's result, so an error in it has no effect.
+    // Returns the cause of the first operation that fails. A function of the library that waits for
+    // only one operation does not read the operation's result, so an error result is no failure.
     std::optional<Cause> CauseOfWaits(const std::vector<std::int32_t>& operations) const {
         const Ends last = operations.size() > 1 ? Ends::ResultRaised : Ends::Raised;
         for (const std::int32_t operation : operations) {

@@ -91,7 +91,7 @@ std::size_t LongestChain(const AddressHash::Key& key,
 
 TEST(AddressHash, DistributesChosenAddressesEvenly) {
     constexpr std::size_t Count = 4096;
-    // With random hashes, one of a million sets of addresses has a longer chain.
+    // With random hashes, about one of a million sets of addresses has a longer chain.
     constexpr std::size_t Longest = 12;
     std::vector<BluetoothAddress> addresses(Count);
     for (std::size_t pattern = 0; pattern < 5; ++pattern) {

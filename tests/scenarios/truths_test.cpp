@@ -177,7 +177,7 @@ const Truth Truths[] = {
                  "= <ORV-Messgerät-Süd-Tür-Ger\xC3> -60\n"},
 };
 
-// Returns the log, but converts each line that Answer() wrote to the form that hosts write.
+// Returns the log, in which each line of Answer() is replaced by the result line of a host.
 std::string LogWithResults() {
     const std::string bytes = LogBytes();
     std::string log, call;

@@ -163,7 +163,8 @@ void AttemptFirstUse(const Step& step, int plan) {
     std::exit(testing::Test::HasFailure() || !finished ? 1 : failed ? FailureMet : NoFailureMet);
 }
 
-// Causes an exception in the library. Avoids the simulated world, whose handles would be measured.
+// Causes an exception in the library: a negative result means that it was handled. Does not use the
+// simulated world, because the test counts the handles of the process.
 DWORD WINAPI FailToAppend(void*) {
     static const char text[1000] = "";
     return Logging_AppendLine(text, sizeof text) == -1 ? FailureMet : 0;

@@ -1,4 +1,5 @@
-// Prints src/platform/abi's slots, sizes and values as lines such as IRadio, slot get_State, 9.
+// Prints the vtable slots, sizes and values that src/platform/abi declares, one in each line. A
+// line contains, for instance: IRadio, slot get_State, 9
 #pragma once
 
 #include <cstdio>

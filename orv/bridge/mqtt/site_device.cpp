@@ -160,7 +160,8 @@ void SiteDevice::Hold() {
     site.broker.Subscribe(topic + "send/+");
 }
 
-// Call this in the state Closed: all received bytes are queued, and link.reset() does not block.
+// Call this only in the state Closed, in which all received bytes are queued and link.reset() does
+// not block.
 void SiteDevice::Release(Time now) {
     PublishBlocks();
     PublishOutcomes(link->Status());

@@ -22,7 +22,8 @@ constexpr std::int64_t Flood = 65536;
 // Maximum length in bytes of a block that every link accepts.
 constexpr std::int32_t SafeBlock = 20;
 
-// A device that is silent for this many ms after a block counts as not answering.
+// If a device sends nothing for this many ms after the host sent a block to it, the block counts as
+// not answered.
 constexpr std::int64_t AnswerTime = 1000;
 
 }  // namespace

@@ -62,8 +62,8 @@ HandleStates::Snapshot HandleStates::Begin(const Subject& call) {
         presence = Presence::Absent;
     } else {
         const int creating = session ? initializing : handle.creating;
-        // Another running call may have added or removed the link or session. This call does not
-        // count as removing, because it removes only at its end.
+        // Another open call may have added or removed the link or session. If only this call
+        // removes it, it exists until the end of this call.
         const bool othersRemove =
             handle.removing > 0 && !(handle.removing == 1 && IsRemoving(call.function));
         const bool changes = (presence == Presence::Absent && creating > 0) ||
