@@ -36,7 +36,8 @@ class HandlerByHand final : public objects::Counted<AsyncOperationCompletedHandl
     runtime::EventHandle event = nullptr;
 };
 
-// Waits for the operation, stores its result and releases it. Returns false if it failed.
+// Waits for the operation, stores the result in `*result` and releases the operation. Returns false
+// if the operation failed.
 template <typename T>
 bool AwaitByHand(IAsyncOperation<T>* operation, Abi<T>* result) {
     auto* const handler = new HandlerByHand<T>;

@@ -23,7 +23,8 @@ constexpr std::size_t MostBytes = std::size_t{60} << 20;
 constexpr std::size_t MostValues = 1'900'000;
 constexpr std::string_view FamilyPrefix = "ORV";
 
-// Completes a UTF-8 character that was cut at the end of the name. Playback cuts it again.
+// If the name ends within a UTF-8 character, adds bytes that complete the character. Playback cuts
+// the name again.
 std::string WholeName(std::string_view name) {
     std::string whole(name);
     for (std::size_t left = UnfinishedBytes(whole) > 0 ? 3 : 0; left > 0; --left) {

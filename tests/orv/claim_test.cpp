@@ -25,7 +25,7 @@ struct Gateway {
     bool isOnline = true;
     bool isOpen = false;
     ClaimBook book{name};
-    Time linkSince{};  // when the gateway's claim took effect
+    Time linkSince{};  // time at which the gateway's claim allowed it to connect
     std::deque<std::pair<Time, std::optional<Claim>>> inbox{};
 };
 

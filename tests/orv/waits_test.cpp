@@ -11,7 +11,9 @@ namespace {
 
 using log::Cause;
 
-// ResultRefused and ResultRaised are failures only if the library reads the operation's result.
+// How an operation ends. Refused: the call fails without a failure line. Raised: a system call
+// fails, so the log has a failure line. ResultRefused and ResultRaised: the same, but only if the
+// library reads the operation's result.
 enum class Ends { Completed, Refused, Raised, ResultRefused, ResultRaised };
 struct WaitEnding {
     const char* name;

@@ -215,8 +215,8 @@ bool Closes(const Call& call) {
            call.subject.function == Function::Connect;
 }
 
-// Called before ExplainFailure, because these causes are likelier: a rejected call would
-// have returned.
+// Adds the causes for a call that has not returned. Called before ExplainFailure, because a wait is
+// likelier than a rejection: a rejected call would have returned.
 void ExplainHanging(SuspectList& found) {
     const Call& call = found.call;
     if (call.lockWait > Immediate) {

@@ -68,7 +68,7 @@ void Connection::Lost(bool daemonEnded) {
     Changed();
 }
 
-// Also called after a failure, to continue what it interrupted.
+// The loop also calls this after a failure, to continue the steps that the failure interrupted.
 void Connection::Came() {
     if (knowledge == Knowledge::None && (!waiting.empty() || IsNeeded())) {
         Ask();

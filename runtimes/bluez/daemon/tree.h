@@ -42,7 +42,7 @@ struct Characteristic {
 
 // Events that a D-Bus signal reports besides its object's new state.
 struct News {
-    // The device whose advertisement was received, also if it equals the one before; or null.
+    // The device whose advertisement was received, or null. The advertisement may be unchanged.
     const Device* heard = nullptr;
     bool heardData = false;      // the report contains manufacturer or service data
     std::optional<Bytes> value;  // the value of a characteristic
