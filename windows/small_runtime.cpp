@@ -1,4 +1,5 @@
-// Small replacements for functions of the C++ runtime that would link large parts of it.
+// Small replacements for functions of the C++ runtime, which would add large parts of it to the
+// DLL.
 #include <cstdlib>
 #include <exception>
 #include <new>

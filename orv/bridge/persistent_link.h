@@ -32,7 +32,8 @@ struct LinkStatus {
 struct LinkOptions {
     std::size_t block = 0;       // maximum size of a write in bytes
     unsigned probeSeconds = 15;  // an empty write tests the link after this silence; 0: never
-    bool isSearched = false;     // scans after a rejected connect, so the system finds the device
+    // Whether to scan after a rejected connect, so that the system finds the device.
+    bool isSearched = false;
 };
 
 // A worker thread connects, sends and disconnects, because these calls can block for seconds. Only

@@ -21,7 +21,7 @@ constexpr seconds SimulatedHangLimit{10};  // short, because simulated waits tak
 constexpr seconds HangLimit{30};           // longer than a connect that also waits for locks
 constexpr seconds StopLimit{2};            // time for the steps to end after Ctrl-C
 
-// Calls that may hang because a disconnect hangs: the disconnect and a send that it blocks.
+// The calls that may hang if closing a link hangs: the disconnect, and a send that waits for it.
 constexpr log::Function HeldByClose[] = {log::Function::Disconnect, log::Function::Send};
 
 struct Step {

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Converts windows_runtime.tsv, the facts of the Windows Runtime's binary interface, to C++ rows.
-Each row compares a fact with src/platform/abi.
+"""Converts windows_runtime.tsv, the facts of the Windows Runtime's binary interface, to C++ tables.
+Each row of a table compares a fact with src/platform/abi.
 
 Usage: generate_facts.py TABLE OUTPUT HEADER...
 

@@ -37,7 +37,7 @@ struct Behaviour {
     bool startRefused = false;
     bool indicatesOnly = false;
     std::string writeFailure;  // name of the error of each write, or empty
-    int silentWrites = 0;      // number of writes without a reply
+    int silentWrites = 0;      // number of writes to leave without a reply
 };
 
 class StandIn {

@@ -29,8 +29,8 @@ def plant(text, faults):
 
 
 def missed(name, found, official, also=()):
-    """Returns a line for each planted fault that an official source does not reveal, and for each
-    difference that was not planted."""
+    """Returns a line for each planted fault that the comparison with an official source does not
+    find, and for each difference that was not planted."""
     lines = facts.compare(name, found, official)[1]
     named = {line.split(":")[0] for line in lines}
     faults = [f"not planted in the {name}, but found: {other}"

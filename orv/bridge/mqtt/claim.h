@@ -21,7 +21,7 @@ class ClaimBook {
   public:
     explicit ClaimBook(std::string gateway) : own(std::move(gateway)) {}
 
-    // Processes a received claim, also this gateway's own. It is still valid for `left`.
+    // Processes a received claim of any gateway, including this one. It is valid for `left`.
     void Take(const Claim& claim, std::chrono::seconds left, Time now);
     // Call this if the current claim was removed or its gateway is offline.
     void Clear() { current.reset(); }

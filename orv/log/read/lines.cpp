@@ -20,7 +20,8 @@ bool IsDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
-// Returns the end of a line. A line feed ends it only before a stamp or the end of `bytes`.
+// Returns the end of a line, which may contain line feeds. A line feed ends the line only if a time
+// stamp or the end of `bytes` follows.
 std::size_t FindEnd(std::string_view bytes, std::size_t from) {
     for (;;) {
         const std::size_t lineFeed = bytes.find('\n', from);

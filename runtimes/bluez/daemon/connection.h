@@ -32,7 +32,7 @@ class Connection : protected Bus::Listener {
     virtual bool IsNeeded() const = 0;
     // Handles the events that a D-Bus signal of the object at `path` reports.
     virtual void Told(const Path& path, const News& news) = 0;
-    // Called when the daemon has ended or the connection is lost. The tree is empty.
+    // Called after the daemon has ended or the connection was lost, and the tree was emptied.
     virtual void Gone(bool daemonEnded) = 0;
 
   private:

@@ -1,4 +1,4 @@
-// The OrvWorld_ functions that report calls or make calls fail or hang.
+// The OrvWorld_ functions that report the library's calls, or cause calls to fail or hang.
 #include <algorithm>
 #include <cstring>
 

@@ -37,7 +37,8 @@ class Model {
     Model();
     ~Model();
     void Run(const Command& command);
-    // Compares and removes all sessions and links, and checks that all objects were released.
+    // Compares all sessions and links with the reference, removes them, and checks that all objects
+    // were released.
     void Finish();
 
   private:
