@@ -10,7 +10,8 @@ namespace orv::bridge {
 
 enum class Io { Done, Nothing, Ended };
 
-// The client is the currently connected program. No function blocks.
+// A place, such as a TCP port, at which one program at a time (the client) connects to the bridge.
+// No function blocks.
 class Entrance {
   public:
     virtual ~Entrance() = default;

@@ -105,7 +105,7 @@ class TcpEntrance : public Entrance {
         const Io result = Result(error);
         hasInputEnded = result == Io::Ended;
         if (hasInputEnded && error != asio::error::eof) {
-            DropClient();  // after an error, the client cannot read either
+            DropClient();  // after a read error, writes to this client would fail, too
         }
         return result;
     }

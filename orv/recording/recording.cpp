@@ -182,7 +182,7 @@ void ScanRecording::AddChange(const DiscoveredDevice* before, const DiscoveredDe
                                   : !ValueText(now.value0500).empty() ||
                                         !ValueText(now.value1130).empty() || !DataText(now).empty();
     const bool hasName = !before || !HaveSameNames(*before, now);
-    // If only the signal changed, the packet was most likely an advertisement.
+    // A packet that changed only the signal was most likely an advertisement, not a scan response.
     if (hasName || !hasValues) {
         AddPacket(Content::Name, now);
     }

@@ -75,7 +75,7 @@ internal sealed class Facts(Library library, TextWriter output)
         }
         foreach (var arguments in Attributes.Of(type.Reader, attributes, "ActivatableAttribute"))
         {
-            // Without a factory interface in the attribute, IActivationFactory creates the objects.
+            // If the attribute names no factory interface, IActivationFactory creates the objects.
             var factory = arguments[0] is string full ? library.ByFullName(full).Name : "IActivationFactory";
             Line(name, $"made by {factory}", "yes");
         }

@@ -85,7 +85,7 @@ class Table:
 
     def parameter(self, text, arguments):
         """Returns the type in `text`, such as "S* sender", with T, S and A replaced by `arguments`.
-        A class or interface becomes a pointer, so the * of S* and A* is dropped."""
+        The name of a class or interface already stands for a pointer, so S* and A* lose their *."""
         declared = text.rpartition(" ")[0]
         alone = re.fullmatch(r"([SA])\*|(T)(\*?)", declared)
         if alone and arguments:

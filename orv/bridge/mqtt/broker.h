@@ -44,7 +44,7 @@ struct Message {
 
 // Counts the blocks of one device that did not reach the broker in this run.
 struct Dropped {
-    std::uint64_t first = 0;  // first block number of the latest uninterrupted loss
+    std::uint64_t first = 0;  // number of the first block in the latest gap
     std::uint64_t last = 0;
     std::uint64_t blocks = 0;
     std::uint64_t bytes = 0;

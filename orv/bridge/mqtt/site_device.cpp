@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 constexpr std::size_t LargestBlock = 4096;
 constexpr std::size_t RememberedIds = 256;
 constexpr auto CountsEvery = 5s;
-// A gateway removes its claim after this many failed connects and lost links in a row.
+// A gateway removes its claim to a device after this many failed connects and lost links in a row.
 constexpr std::uint64_t FailingAfter = 3;
 
 }  // namespace

@@ -59,7 +59,7 @@ class Timeline {
 
   private:
     std::int64_t shift = 0;        // ms to add to a stamp
-    std::int64_t formerShift = 0;  // `shift` before the latest jump
+    std::int64_t formerShift = 0;  // `shift` before the latest jump of the clock
     std::int64_t latest = -1;      // largest time so far, or -1 before the first line
     std::int64_t former = -1;      // `latest` before the previous line
     bool jumped = false;           // the stamps jumped at the previous line

@@ -66,7 +66,7 @@ class Loop {
     void Watch(Pollable* source) { watched = source; }
     // Calls resumeAfterFailure after the delay. Needs no memory.
     void ResumeAfter(milliseconds delay) { resumesAt = std::min(resumesAt, Clock::now() + delay); }
-    // Runs the body. If it throws, returns false and calls resumeAfterFailure soon.
+    // Runs the body. If it throws, returns false, and the loop calls resumeAfterFailure later.
     template <typename Body>
     bool Attempt(Body&& body) noexcept {
         const bool completed = Contained(body);

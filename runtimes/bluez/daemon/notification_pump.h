@@ -31,7 +31,7 @@ class Pump {
     [[noreturn]] void Run(int self);
     void AwaitTurn(int self);
     void TakeReady();
-    // Passes on the values that were read, unless the other thread does this already.
+    // Passes the read values to the subscribers, or returns at once if the other thread is doing so.
     void HandOver();
     bool Next(std::list<SharedSource>& sources);
 
