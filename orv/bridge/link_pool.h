@@ -17,7 +17,7 @@ class LinkPool {
   public:
     LinkPool(Library& library, const LinkOptions& options);
 
-    // Creates a closed link, and polls it until its last owner releases it.
+    // Creates a closed link. The pool polls it until its last owner releases it.
     std::shared_ptr<PersistentLink> Add(BluetoothAddress address);
 
   private:

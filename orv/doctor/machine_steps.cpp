@@ -12,8 +12,9 @@ namespace orv::doctor {
 
 namespace {
 
-constexpr std::int64_t WaitMs = 2000;    // time limit of each wait in the library
-constexpr std::int64_t MarginMs = 1000;  // added to each limit, for system calls without a timeout
+constexpr std::int64_t WaitMs = 2000;  // time limit of each wait in the library
+constexpr std::int64_t MarginMs =
+    1000;  // added to each limit: time of system calls that have no limit
 
 std::string HashOf(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);

@@ -19,7 +19,7 @@ enum class ScanFormat : std::uint8_t {
 struct ScanState {
     Devices devices;
     double second = 0;
-    std::optional<double> offSince;  // second when the radio was found off; empty while it is on
+    std::optional<double> offSince;  // when the radio was found off; empty while it is on
 };
 
 class ScanView {

@@ -32,8 +32,8 @@ void RestoreTerminal() {
     }
 }
 
-// Runs on a thread of its own. A signal handler would run within any other call, and the thread
-// sanitizer of clang 14 loses some signals that arrive just before a blocking call.
+// Runs on a thread of its own. A signal handler could interrupt any function and may call only a
+// few itself. The thread sanitizer of clang 14 also loses signals just before a blocking call.
 void AwaitSignals(sigset_t signals) {
     for (int number = 0; sigwait(&signals, &number) == 0;) {
         if (interrupted.exchange(number) != 0) {

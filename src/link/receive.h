@@ -5,8 +5,9 @@
 
 namespace orv {
 
-// Appends the value of a notification to the link's queue. Threads of the platform call it, several
-// at once, also before the link is in the table and after it was removed. Locks the table's mutex.
+// Appends the value of a notification to the link's queue. The platform's threads call this
+// function, several at once, also before the link is in the table and after it was removed. Locks
+// the table's mutex.
 void OnDataReceived(const Reference<IGattCharacteristic>& sender,
                     const Reference<IGattValueChangedEventArgs>& arguments) noexcept;
 

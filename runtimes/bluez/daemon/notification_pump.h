@@ -31,7 +31,8 @@ class Pump {
     [[noreturn]] void Run(int self);
     void AwaitTurn(int self);
     void TakeReady();
-    // Passes the read values to the subscribers, or returns at once if the other thread is doing so.
+    // Passes the read values to the subscribers, or returns at once if the other thread is doing
+    // so.
     void HandOver();
     bool Next(std::list<SharedSource>& sources);
 

@@ -12,7 +12,7 @@ using EventAction = std::function<void(World&)>;
 struct ScenarioEvent {
     EventAction action;
     Duration delay{0};    // time after the world's reset, or after the first link to `linkedTo`
-    UINT64 linkedTo = 0;  // address of a device whose first link starts `delay`, or 0
+    UINT64 linkedTo = 0;  // address of a device, or 0: `delay` counts from the reset
     INT32 times = 1;
     Duration every{0};
 };

@@ -64,7 +64,7 @@ HRESULT CallRecorder::Called(Member& member, const Argument& argument) {
 void CallRecorder::Remember(UINT64 call, const Member& member, const Argument& argument) {
     Entry& entry = entries[call % Remembered];
     entry.number.store(0, std::memory_order_relaxed);
-    // Release order: a reader that has read a new value must also see that `number` changed.
+    // Release order: a reader that has read a new value must also see that `number` is 0.
     entry.member.store(&member, std::memory_order_release);
     entry.text.store(argument.text, std::memory_order_release);
     entry.value.store(argument.number, std::memory_order_release);

@@ -15,7 +15,8 @@ using std::chrono::steady_clock;
 // counted instead of elapsed time, because a busy machine can delay each check.
 constexpr milliseconds BetweenLooks{100};
 constexpr int Patience = 300;
-// LookAtEvents uses smaller values: its thread may hold a lock that blocks event handlers.
+// LookAtEvents uses the next two values. They are smaller, because its thread may hold a lock that
+// blocks event handlers.
 constexpr int PatienceDuringWaits = 10;
 constexpr milliseconds BetweenLooksDuringWaits{5};
 
