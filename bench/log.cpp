@@ -32,7 +32,8 @@ void WriteByHand(std::string_view line) {
     close(file);
 }
 
-// Prepares a batch: empties the floor's log and the library's log, and switches the latter on.
+// Prepares a batch: empties the log of the hand-written code and that of the library, and switches
+// the library's log on.
 void LogOn() {
     ArrangeLinks(1);
     ArrangeListed(10);

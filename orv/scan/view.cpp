@@ -76,7 +76,7 @@ class LiveTable : public ScanView {
     double nextMs = 0;
 };
 
-// Each second, prints the devices that have changed or are gone. Used if the output is no terminal.
+// Each second, prints the devices that have changed or are gone. For output that is not a terminal.
 class ChangeLines : public ScanView {
   public:
     void Show(const ScanState& state) override {

@@ -309,7 +309,7 @@ TEST_F(DaemonTest, ScanGoesOnWhenRadioAndDaemonAreBack) {
     EXPECT_TRUE(heardAgain(-13)) << "no call was made since the bus is back";
 }
 
-// If the kernel rejects a scan, the daemon replies as if this process already scanned.
+// If the kernel rejects a scan, the daemon replies as if this process were already scanning.
 TEST_F(DaemonTest, ScanStartsWhenTheKernelAcceptsIt) {
     daemon.Arrange([](Behaviour& behaviour) { behaviour.rejectedScans = 2; });
     const Scan scan;
@@ -514,8 +514,8 @@ struct Workload {
     int stride;
 };
 
-// To keep the test short, only every fifth allocation of the later workloads fails. They differ
-// from the first one in a few steps only.
+// One allocation fails in each round. To keep the test short, the later workloads, which differ
+// from the first one in a few steps only, have a round for every fifth allocation.
 const Workload Workloads[] = {
     {"ValuesBySocket", [](Behaviour&) {}, 1},
     {"ValuesBySignals", [](Behaviour& b) { b.acquireRefused = true; }, 5},

@@ -38,7 +38,7 @@ void Unlink() {
     OrvDevice_Disconnect(Address);
 }
 
-// Calls that do not use the platform, in addition to the calls in fault_steps.cpp.
+// Exports that do not call the Windows Runtime, in addition to the calls in fault_steps.cpp.
 const Step OwnSteps[] = {
     {"GetDeviceCount", "OrvScanner_GetDeviceCount 0", EmptySession,
      [] { return OrvScanner_GetDeviceCount(0); }, 0, EndSession},

@@ -22,7 +22,7 @@ constexpr auto ClassNotRegistered = static_cast<std::int32_t>(0x80040154);
 constexpr const char* FindsFactory = "DllGetActivationFactory";
 constexpr int WarmUp = 20;  // repetitions before the measurement, because the system fills caches
 
-// Calls of a host. `run` returns true if they had the expected results.
+// Calls that a host makes. `run` returns true if they had the expected results.
 struct Use {
     const char* name;
     bool (*run)(const Library&);
@@ -116,8 +116,8 @@ bool Connect(const Library& library) {
     return EXPORT(library, OrvDevice_Connect)(Address) == 0;
 }
 
-// After the calls in `run`, the library must stay loaded. `event` then sends an event, for which
-// the library calls the platform function `called`.
+// After the calls in `run`, the library must stay loaded. `event` then sends an event, upon
+// which the library calls the platform function `called`.
 struct LateUse {
     const char* name;
     bool (*run)(const Library&);

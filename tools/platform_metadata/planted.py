@@ -54,7 +54,7 @@ def check_planted(table, declared, official, build):
                                        encoding="utf-8")
     (copy / "table.tsv").write_text(plant(table.read_text(encoding="utf-8"), TABLE),
                                     encoding="utf-8")
-    # The header fault swaps get_State with get_Name, so get_Name differs too.
+    # The fault planted in the header swaps get_State with get_Name, so get_Name differs, too.
     return (missed("table", Table(copy / "table.tsv").facts, official) +
             missed("compiler", read_compiler(Declared(abi), abi, copy), official,
                    also=["IRadio, slot get_Name"]))

@@ -1,4 +1,5 @@
-// The state of a device on one gateway: requests, claims, and the link with its commands.
+// A device as one gateway sees it: whether clients want a link, which gateway claims the device,
+// and the link with its pending commands.
 #pragma once
 
 #include <deque>

@@ -120,7 +120,8 @@ void HandleStates::LearnSession(const Call& call, HandleState& handle, const Ove
     switch (call.subject.function) {
         case Function::Deinitialize:
             handle.atLeast = 0;
-            // A success or a rejection proves that the session is gone. A failure proves nothing.
+            // The session is gone after a success, and did not exist before a rejection. It may
+            // exist after any other failure.
             handle.noOther = !others.added && (Succeeded(call) || Refused(call));
             handle.lastRemoved = now;
             return;

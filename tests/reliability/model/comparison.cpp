@@ -17,7 +17,7 @@ bool IsStamp(const std::string& stamp) {
            stamp[12] == '\t';
 }
 
-// The log file stores a line feed as two bytes.
+// The log file contains CR LF for each line feed.
 std::string OnDisk(const std::string& line) {
     std::string stored;
     for (const char c : line + "\n") {
