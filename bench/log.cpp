@@ -32,8 +32,8 @@ void WriteByHand(std::string_view line) {
     close(file);
 }
 
-// Prepares a batch: empties the log of the hand-written code and that of the library, and switches
-// the library's log on.
+// Prepares a batch: empties the library's log and the log of the hand-written logger that it is
+// compared with, and switches the library's log on.
 void LogOn() {
     ArrangeLinks(1);
     ArrangeListed(10);

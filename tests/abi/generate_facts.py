@@ -29,8 +29,8 @@ def instantiated(name):
 
 def parameter_type(parameter):
     declared = parameter.rpartition(" ")[0]
-    # The table has class pointers (S*, A*) for an event's sender and arguments, but plain T for
-    # list elements. Abi<> converts both to the type that the function receives.
+    # In windows_runtime.tsv, an event's sender and arguments have pointer types (S*, A*), but list
+    # elements have the plain type T. Abi<> converts both to the type in the binary interface.
     if re.fullmatch(r"[SA]\*", declared):
         declared = "Abi<%s>" % declared[0]
     return instantiated(re.sub(r"^T\b", "Abi<T>", declared))

@@ -1,7 +1,7 @@
 """Installs each release artifact of the directory ORV_DIST into an empty prefix, environment or project,
-and runs the first example host of the document that comes with the artifact.
+and runs the first example program of the document that comes with the artifact.
 
-Hosts use the default simulated world in real time. ORV_WORLD is the path of the Windows.dll that
+The programs use the default simulated world in real time. ORV_WORLD is the path of the Windows.dll that
 replaces the system's Bluetooth classes.
 """
 import glob

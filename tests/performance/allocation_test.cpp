@@ -129,7 +129,7 @@ TEST(AllocationsOfEvents, AreOnlyTheListsChunks) {
     const Reference<IBluetoothLEAdvertisementReceivedEventArgs> event(&heard);
     const auto before = AllocationsSoFar();
     constexpr std::size_t Count = 100000;
-    constexpr std::size_t FirstDevices = 4096;  // bytes for the first chunks and their table
+    constexpr std::size_t FirstDevices = 4096;  // bytes that the list allocates at its start
     auto last = before;
     for (std::size_t listed = 1; listed <= Count; ++listed) {
         OnAdvertisementReceived(bench::watcher, event);

@@ -35,7 +35,7 @@ struct FunctionFacts {
     Family family;
     Traces traces;
     int waits;       // maximum number of waits, each of at most 2000 ms
-    bool holdsLock;  // holds a lock that calls with the same name prefix wait for
+    bool holdsLock;  // holds a lock; functions with the same name prefix wait for it
 };
 
 const FunctionFacts& FactsOf(Function function);

@@ -55,7 +55,7 @@ class Discovery {
     Path scanning;         // the adapter whose scan this process started, or empty
     Path leftOn;           // the adapter whose scan could not be stopped, or empty
     bool pending = false;  // a start or stop of the scan is pending
-    bool paused = false;   // starts and stops wait, because one failed recently
+    bool paused = false;   // no start or stop is tried now: one failed recently
 };
 
 }  // namespace orv::bluez
