@@ -13,7 +13,7 @@ namespace orv::bridge {
 
 struct StateRow {
     std::string device;
-    std::string place;   // address, path or topic for programs
+    std::string place;   // where programs reach the device: an address, a path or a topic
     std::string client;  // program or gateway that uses the device
     LinkStatus status;
     std::string note;  // text for the user besides `status.reason`

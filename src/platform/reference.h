@@ -1,4 +1,5 @@
-// Reference<T>, a counted reference to a runtime object, and a search by object identity.
+// Reference<T>, a counted reference to a runtime object, and a search for the same object in a
+// list.
 #pragma once
 
 #include <cstddef>

@@ -32,8 +32,8 @@ class Child {
     FILE* output = nullptr;
 };
 
-// The library uses the controller hci0, and peripheral 0 uses hci1. A controller supports one link,
-// so a second link uses hci2 and, for peripheral 1, hci3. Peripheral 1 advertises only on command.
+// The library uses the controllers hci0 and hci2. Peripheral 0 uses hci1, and peripheral 1 uses
+// hci3. A controller supports one link. Peripheral 1 advertises only on command.
 class TestBed {
   public:
     static TestBed& Get();

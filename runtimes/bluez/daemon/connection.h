@@ -28,7 +28,7 @@ class Connection : protected Bus::Listener {
   protected:
     ~Connection() = default;
 
-    // Returns true if the objects are needed even while no task waits for them.
+    // Returns true if the tree must be loaded even while no task waits for it.
     virtual bool IsNeeded() const = 0;
     // Handles the events that a D-Bus signal of the object at `path` reports.
     virtual void Told(const Path& path, const News& news) = 0;

@@ -133,7 +133,7 @@ bool Links::IsDone(Request& request, Path& device) {
         return request.failed;
     }
     if (found == nullptr) {
-        session.connecting = 0;  // the removal of the device ended its connect
+        session.connecting = 0;  // the daemon ended a pending Connect when it removed the device
         Recall(request);
         return !request.recalling;
     }

@@ -20,8 +20,8 @@ class Links {
 
     // Looks up a device in the daemon's list. Scans for a device that is no longer in the list.
     void Find(UINT64 address, Found done);
-    // Connects if necessary. Calls `done` when the services are resolved and `isThere` returns
-    // true, or a short time after the services are resolved.
+    // Connects if necessary. After the services are resolved, calls `done` as soon as `isThere`
+    // returns true, or after a short time if it does not.
     void Open(UINT64 address, IsThere isThere, Found done);
 
     // Each runtime object for a device is one user of its link. After the last user, RemoveUser

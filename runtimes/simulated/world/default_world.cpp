@@ -10,8 +10,8 @@ PacketContent Named(const char16_t* name) {
     return packet;
 }
 
-// Returns a scan response with three data sections. Each starts with its 16-bit key, low byte
-// first.
+// Returns a scan response with three sections of service data. Each starts with a 16-bit UUID, low
+// byte first.
 PacketContent WithValues(BYTE value0500, BYTE value1130, const char* data1118) {
     std::vector<BYTE> data{0x18, 0x11};
     for (const char* at = data1118; *at != '\0'; ++at) {

@@ -33,8 +33,8 @@ struct ServiceRecord {
 class PacketListener {
   public:
     virtual bool IsStarted() const REQUIRES(worldMutex) = 0;
-    // Filters packets sent to all watchers. Returns whether this watcher is started and its
-    // scanning mode receives `packet`.
+    // Returns whether this watcher receives a packet that is sent to all: it must be started, and
+    // its scanning mode must match.
     virtual bool Accepts(const Packet& packet) const REQUIRES(worldMutex) = 0;
     virtual void Deliver(const SharedPacket& packet) REQUIRES(worldMutex) = 0;
     // Stops the watcher, as the system does when the last radio is switched off.

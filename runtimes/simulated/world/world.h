@@ -65,8 +65,8 @@ class World {
     // Processes a block that was written to the device. Returns the time until the device
     // acknowledges the write.
     Duration Receive(const Device& device, const std::vector<BYTE>& block) REQUIRES(worldMutex);
-    // Adds a notification handler. The first handler belongs to the device's first link, so adding
-    // it schedules the pending events. Does nothing for a device that a reset has removed.
+    // Adds a notification handler. The device's first handler also schedules the events whose time
+    // counts from its first link. Does nothing for a device that a reset has removed.
     void AddRegistration(DeviceRecord& device, Registration registration) REQUIRES(worldMutex);
     // Returns the answer to an operation that starts now. A device that a reset has removed never
     // answers.
