@@ -1,4 +1,3 @@
-// Measures polls of a device list, and reads of one record or all.
 #include "bench/support/addresses.h"
 #include "bench/support/arrangement.h"
 #include "bench/support/measure.h"

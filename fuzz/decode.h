@@ -16,7 +16,6 @@ class Input {
 
     bool IsEmpty() const { return left == 0; }
     std::uint8_t Byte() { return left > 0 ? (--left, *data++) : std::uint8_t{0}; }
-    // Reads a length and that many bytes.
     Bytes Piece() {
         const std::size_t count = std::min<std::size_t>(Byte(), left);
         const Bytes piece(data, data + count);

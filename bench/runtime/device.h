@@ -1,4 +1,3 @@
-// A device with its service, characteristic and notifications, a data reader and a data writer.
 #pragma once
 
 #include <memory>

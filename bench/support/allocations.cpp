@@ -1,4 +1,3 @@
-// Replaces operator new and delete to count allocations.
 #include "bench/support/allocations.h"
 
 #include <malloc.h>

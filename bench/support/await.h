@@ -1,4 +1,3 @@
-// Minimal hand-written code that waits for asynchronous operations.
 #pragma once
 
 #include <atomic>

@@ -12,7 +12,6 @@ extern Class characteristicsResultClass;
 extern Member characteristicsGetStatusMember;
 extern Member getCharacteristicsMember;
 
-// `Service` is the class that implements GattDeviceService.
 template <typename Service>
 class ServicesResult final : public Object<Stub<IGattDeviceServicesResult>> {
   public:
@@ -33,7 +32,6 @@ class ServicesResult final : public Object<Stub<IGattDeviceServicesResult>> {
     const Ref<VectorView<GattDeviceService, Service>> services;
 };
 
-// `Characteristic` is the class that implements GattCharacteristic.
 template <typename Characteristic>
 class CharacteristicsResult final : public Object<Stub<IGattCharacteristicsResult>> {
   public:

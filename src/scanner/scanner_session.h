@@ -12,7 +12,7 @@ namespace orv {
 
 struct ScannerSession {
     std::int32_t id;  // the host's scannerId, unique among existing sessions
-    Reference<IBluetoothLEAdvertisementWatcher> watcher;  // reports received advertisements
+    Reference<IBluetoothLEAdvertisementWatcher> watcher;
     DiscoveredDevices devices;
 };
 

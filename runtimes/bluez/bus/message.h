@@ -1,4 +1,3 @@
-// Reads D-Bus messages.
 #pragma once
 
 #include <systemd/sd-bus.h>

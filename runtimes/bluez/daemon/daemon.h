@@ -1,4 +1,3 @@
-// The process's scans, links and notifications, which use the Bluetooth daemon.
 #pragma once
 
 #include "runtimes/bluez/daemon/discovery.h"

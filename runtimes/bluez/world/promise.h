@@ -1,4 +1,3 @@
-// An asynchronous operation whose result is set later.
 #pragma once
 
 #include <memory>

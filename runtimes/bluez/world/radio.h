@@ -1,4 +1,3 @@
-// The adapter and the radios of the machine.
 #pragma once
 
 #include "platform/abi/bluetooth.h"

@@ -1,4 +1,3 @@
-// An advertisement watcher.
 #pragma once
 
 #include <atomic>

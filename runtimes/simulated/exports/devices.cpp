@@ -1,4 +1,3 @@
-// The OrvWorld_ functions for devices, their answers and their events.
 #include "runtimes/objects/utf8.h"
 #include "runtimes/simulated/exports/control.h"
 #include "runtimes/simulated/scenario/parse.h"

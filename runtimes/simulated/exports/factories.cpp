@@ -1,4 +1,3 @@
-// Lets the factories of Windows Runtime classes create simulated objects.
 #include "runtimes/simulated/exports/factories.h"
 
 #include "runtimes/objects/factories.h"

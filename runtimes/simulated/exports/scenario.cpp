@@ -1,4 +1,3 @@
-// The OrvWorld_ functions for scenarios and for the version.
 #include <sys/stat.h>
 
 #include <algorithm>

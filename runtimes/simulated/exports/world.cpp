@@ -1,4 +1,3 @@
-// The OrvWorld_ functions for resets, time, adapter and radios.
 #include "runtimes/simulated/exports/control.h"
 #include "runtimes/simulated/exports/flavour.h"
 

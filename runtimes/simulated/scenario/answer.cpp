@@ -1,4 +1,3 @@
-// Reads the configured answers and call failures of a scenario.
 #include "quelvixwinlib_simulated.h"
 #include "runtimes/simulated/scenario/scenario.h"
 

@@ -1,4 +1,3 @@
-// Parses addresses, identifiers and bytes that a user writes.
 #pragma once
 
 #include <optional>

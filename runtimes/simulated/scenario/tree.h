@@ -8,7 +8,6 @@
 
 namespace orv::simulated {
 
-// An error in a scenario and its position.
 struct ScenarioFault {
     int line;
     std::string field;  // path, such as "devices[1].signal"

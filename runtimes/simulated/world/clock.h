@@ -1,4 +1,3 @@
-// The clock of the simulated world, with scheduled events and waits.
 #pragma once
 
 #include <atomic>

@@ -1,4 +1,3 @@
-// A device that the library has found, with its services and characteristics.
 #pragma once
 
 #include "runtimes/objects/gatt.h"

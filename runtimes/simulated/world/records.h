@@ -1,4 +1,3 @@
-// The state of the world: radios, devices, watchers and notification handlers.
 #pragma once
 
 #include <atomic>
@@ -97,7 +96,7 @@ struct DeviceRecord {
     bool present GUARDED_BY(worldMutex) = true;
     // If true, each operation begins after the previous operation has ended.
     bool oneAtATime GUARDED_BY(worldMutex) = false;
-    Duration busyUntil GUARDED_BY(worldMutex){0};  // time when the latest operation ends
+    Duration busyUntil GUARDED_BY(worldMutex){0};
     std::optional<std::size_t> largestWrite GUARDED_BY(worldMutex);
     // False after a reset has removed the device, which then receives no events.
     bool exists GUARDED_BY(worldMutex) = true;
