@@ -8,7 +8,6 @@
 
 namespace orv {
 
-// Returns nothing if the text is not an address.
 std::optional<BluetoothAddress> FindAddress(std::string_view text);
 
 // Returns a text such as A0:B1:C2:D3:E4:F5, or a decimal number for an invalid address of more than

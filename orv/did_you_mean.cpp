@@ -27,7 +27,6 @@ std::size_t Distance(std::string_view one, std::string_view other) {
     return last.back();
 }
 
-// Returns the most similar word, or an empty text if none is similar.
 std::string NearestWord(std::string_view typed, const std::vector<std::string>& words) {
     std::string nearest;
     std::size_t least = typed.size() / 2 + 1;  // words at a larger distance have little in common

@@ -29,7 +29,6 @@ class Option {
     Option ExistingFile();
     // Sets the name of the value in the help, such as FILE.
     Option Named(const char* value);
-    // Sets the heading under which the help lists the option.
     Option Under(const char* heading);
 
   private:

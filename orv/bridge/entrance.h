@@ -1,4 +1,3 @@
-// A listening socket or pseudo-terminal through which one program at a time uses a device.
 #pragma once
 
 #include <cstddef>
@@ -28,7 +27,7 @@ class Entrance {
     virtual Io Read(std::string& bytes, std::size_t most) = 0;
     // Returns Ended if the client has disconnected.
     virtual Io Write(std::string_view bytes, std::size_t& written) = 0;
-    // Disconnects the client. Returns false if the entrance cannot do this.
+    // Returns false if the entrance cannot do this.
     virtual bool DropClient() = 0;
 };
 

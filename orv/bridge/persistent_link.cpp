@@ -186,7 +186,7 @@ bool PersistentLink::IsConnected() {
     return library.Receive(address, 0, nothing) != ORV_FAILED;
 }
 
-// Scans until the device is found, so that the system knows it. Returns whether it was found.
+// Scans until the device is found, so that the system knows it.
 bool PersistentLink::Search() {
     {
         const Lock lock(mutex);
@@ -199,7 +199,7 @@ bool PersistentLink::Search() {
     return SearchSilently(library, address, isStopped) && !isStopped();
 }
 
-// Repeats a failed disconnect, because it leaves the link open. Returns true if the link is closed.
+// Repeats a failed disconnect, because it leaves the link open.
 bool PersistentLink::Disconnect() {
     for (int attempt = 0; IsConnected() && attempt < DisconnectAttempts; ++attempt) {
         library.Disconnect(address);

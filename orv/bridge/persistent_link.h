@@ -58,7 +58,6 @@ class PersistentLink {
     std::size_t Room();
     void Send(std::string_view bytes);
 
-    // Removes and returns at most `most` received bytes, oldest first.
     std::string Take(std::size_t most);
     // Drops the received bytes in the queue. Counts them as unread, plus `taken` bytes that Take
     // returned but no client received.

@@ -1,4 +1,4 @@
-// Adds the commands of orv. A command throws a Problem if it fails.
+// A command throws a Problem if it fails.
 #pragma once
 
 #include "orv/library_options.h"

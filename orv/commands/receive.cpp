@@ -26,7 +26,7 @@ struct ReceiveOptions {
     std::optional<std::uint64_t> bytes;
 };
 
-// Returns the number of received bytes. Flushes each piece to the file before receiving the next.
+// Flushes each piece to the file before receiving the next.
 std::uint64_t ReceiveInto(OutputFile& file, Link& link, const ReceiveOptions& options,
                           Progress& progress) {
     using namespace std::chrono;

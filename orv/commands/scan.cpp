@@ -42,7 +42,6 @@ class RadioWatch {
   public:
     RadioWatch(Library& loaded, Scanner& watched) : library(loaded), scanner(watched) {}
 
-    // Returns the time of the first check that found the radio off, or nothing if it is on.
     std::optional<double> OffSince(double second) {
         if (second >= next) {
             next = second + RadioPollSeconds;

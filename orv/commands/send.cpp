@@ -20,7 +20,6 @@ struct SendOptions {
     std::size_t block = UsualBlock;
 };
 
-// Describes how many bytes were written, may have arrived, or were not sent.
 std::string Fate(std::optional<std::uint64_t> total, std::uint64_t written,
                  std::uint64_t uncertain) {
     std::string text = Counted(written, "byte") + " written";

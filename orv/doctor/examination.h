@@ -22,7 +22,6 @@ struct Examination : std::enable_shared_from_this<Examination> {
     std::uintmax_t LogSize() const;
     // Returns why no link can be opened now, or an empty string.
     std::string WhyNoLink() const;
-    // Returns why the checks that require `need` were skipped.
     std::string WhyNotTested(Need need) const;
 
     Library library;

@@ -79,7 +79,6 @@ std::filesystem::path Library::LogFile() const {
     return file.parent_path() / PathOf(TextOf(file.filename()) + ".log");
 }
 
-// Renames an earlier log. Returns its new path, or an empty path if there was none.
 std::filesystem::path Library::KeepLog() const {
     const std::filesystem::path log = LogFile();
     std::error_code error;

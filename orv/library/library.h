@@ -15,7 +15,7 @@ namespace orv {
 std::filesystem::path PathOf(std::string_view text);
 std::string TextOf(const std::filesystem::path& path);
 
-// The loaded library. While the log is on, each call logs its result and duration.
+// While the log is on, each call logs its result and duration.
 class Library {
   public:
     // Throws a Problem if the file cannot be loaded or lacks a function.

@@ -1,4 +1,3 @@
-// Stores the name, the last signal strengths and the time of the last change of each device.
 #pragma once
 
 #include <cstddef>

@@ -138,7 +138,7 @@ class ChangeLines : public ScanView {
     double nextMs = 0;
 };
 
-// Prints only the final list. On a terminal, a line shows the progress.
+// On a terminal, a line shows the progress.
 class OnlyTheEnd : public ScanView {
   public:
     explicit OnlyTheEnd(ScanFormat endFormat) : format(endFormat) {

@@ -10,7 +10,7 @@ namespace orv {
 
 enum class ScanFormat : std::uint8_t {
     Table,  // prints a table at the end
-    Json,   // prints JSON at the end
+    Json,
     Csv,
     Watch,  // updates a table during the scan
 };

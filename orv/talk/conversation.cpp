@@ -17,7 +17,7 @@ constexpr int PollMs = 20;
 constexpr std::size_t MostAtOnce = 65536;
 constexpr std::size_t LongestLine = 1 << 20;
 
-// Converts pairs of hexadecimal digits to bytes, ignoring spaces. Returns nothing for other text.
+// Converts pairs of hexadecimal digits to bytes, ignoring spaces.
 std::optional<std::string> BytesOfHex(std::string_view text) {
     std::string digits;
     std::copy_if(text.begin(), text.end(), std::back_inserter(digits),

@@ -11,7 +11,6 @@
 
 namespace orv {
 
-// Makes a call and, if `results` is true, logs its result line.
 template <typename Export>
 ResultCode CallLogged(bool results, Export&& call) {
     const std::int64_t start = OrvWorld_Now();

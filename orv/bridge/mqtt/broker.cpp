@@ -298,8 +298,6 @@ void Broker::Unsubscribe(const std::string& filter) {
     }
 }
 
-// Publishes the next retained message or, if there is none, the next data block. Returns false if
-// nothing is queued.
 bool Broker::PublishNext() {
     if (!waiting.empty()) {
         const auto fact = facts.find(*waiting.begin());

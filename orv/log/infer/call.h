@@ -58,7 +58,6 @@ struct Call {
     std::int64_t notifications = 0;  // for Connect: notifications of the device during the call
     std::int64_t notifiedBytes = 0;
 
-    // Returns the minimum duration without `lockWait`.
     std::int64_t OwnAtLeast() const {
         return duration.atLeast > lockWait ? duration.atLeast - lockWait : 0;
     }

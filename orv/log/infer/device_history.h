@@ -13,7 +13,6 @@ class DeviceHistory {
   public:
     void AddAdvertisement(std::uint64_t address) { devices[address].isKnown = true; }
 
-    // Returns the device's state before a call that begins at `time`.
     DeviceEvidence Before(const Subject& subject, std::int64_t time) const;
 
     void Add(const Call& call);

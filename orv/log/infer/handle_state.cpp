@@ -14,7 +14,6 @@ bool IsRemoving(Function function) {
     return function == Function::Disconnect || function == Function::Deinitialize;
 }
 
-// Returns whether the call returned -1 without a failure line, which means a rejection.
 bool Refused(const Call& call) {
     return call.result == -1 && call.failures.count == 0;
 }

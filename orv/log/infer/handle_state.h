@@ -29,7 +29,6 @@ struct HandleState {
 
 class HandleStates {
   public:
-    // The state of a handle when a call began.
     struct Snapshot {
         Moment moment = 0;
         Presence presence = Presence::Unknown;

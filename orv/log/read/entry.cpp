@@ -91,7 +91,6 @@ bool TakeSecond(std::string_view& text, Subject& subject) {
     return Take(text, " ") && TakeNumber(text, subject.number);
 }
 
-// Reads the trace text of a call. Returns nothing for any other text.
 std::optional<Subject> ReadCall(std::string_view text) {
     const std::string_view name = text.substr(0, text.find(' '));
     const std::optional<Function> function = FindFunction(name);

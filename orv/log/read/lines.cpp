@@ -45,7 +45,7 @@ std::string_view WithoutLineEnd(std::string_view text) {
     return text;
 }
 
-// Returns the end of the first line. A line end within a device name does not end the line.
+// A line end within a device name does not end the line.
 std::size_t FindLineEnd(std::string_view bytes) {
     const std::size_t first = FindEnd(bytes, StampLength);
     std::size_t end = first;

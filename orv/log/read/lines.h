@@ -29,7 +29,6 @@ class LineReader {
 
     std::optional<Line> Next();
 
-    // Returns the bytes that Next has not used.
     std::string_view Rest() const { return rest; }
 
     // Returns the number of skipped lines, which have no time stamp.

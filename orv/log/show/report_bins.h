@@ -10,7 +10,6 @@
 
 namespace orv::log {
 
-// Consecutive equal time intervals from `start` on.
 struct Bins {
     std::int64_t start;
     std::int64_t width;  // ms
@@ -28,7 +27,6 @@ std::vector<std::int64_t> SumPerBin(const Bins& bins, const std::vector<Sample>&
 // Counts the spans that begin in each bin, optionally only those in `state`.
 std::vector<std::int64_t> CountPerBin(const Bins& bins, const std::vector<Span>& spans,
                                       std::optional<Span::State> state = std::nullopt);
-// Returns the mean of each bin; an empty bin has none.
 std::vector<std::optional<double>> MeanPerBin(const Bins& bins, const std::vector<Sample>& samples);
 
 // Returns at most `most` spans, ordered by time. Prefers failed spans, then long ones.
