@@ -1,5 +1,3 @@
-# Checks that the public header has the version of project().
-
 file(STRINGS ${PROJECT_SOURCE_DIR}/include/quelvixwinlib.h lines REGEX "#define QUELVIXWINLIB_VERSION")
 foreach(fact "_MAJOR ${PROJECT_VERSION_MAJOR}" "_MINOR ${PROJECT_VERSION_MINOR}"
              "_PATCH ${PROJECT_VERSION_PATCH}" " \"${PROJECT_VERSION}\"")

@@ -1,5 +1,3 @@
-# Defines the Debian packages: the libraries, the development files, and orv.
-
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME quelvixwinlib)
 set(CPACK_PACKAGE_CONTACT "the quelvixwinlib authors <authors@quelvixwinlib.invalid>")

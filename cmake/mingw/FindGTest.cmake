@@ -1,5 +1,3 @@
-# Compiles GoogleTest for the cross build, from the sources in the package libgtest-dev.
-
 set(sources /usr/src/googletest)
 if(NOT EXISTS ${sources})
     message(FATAL_ERROR "no GoogleTest sources in ${sources}: install libgtest-dev and libgmock-dev")

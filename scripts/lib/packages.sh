@@ -1,5 +1,3 @@
-# need_packages <package>... installs those Debian packages that are missing.
-
 need_packages() {
     local package missing=()
     for package in "$@"; do

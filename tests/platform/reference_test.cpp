@@ -1,4 +1,3 @@
-// Tests reference counts, calls through references, and the interfaces of handlers.
 #include <gtest/gtest.h>
 
 #include "platform/abi/radios.h"

@@ -11,7 +11,6 @@ enum class Threads { OfLibrary, OfTest };
 
 // Makes the n-th allocation from now on these threads fail (1 is the next one), or none if n is 0.
 void FailAllocation(int n, Threads threads = Threads::OfLibrary);
-// Returns true if the allocation that FailAllocation chose has failed.
 bool HasAllocationFailed(Threads threads = Threads::OfLibrary);
 
 }  // namespace orv::radio

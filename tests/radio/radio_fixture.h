@@ -1,4 +1,3 @@
-// The fixture of all tests in the virtual machine.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -17,12 +17,12 @@ namespace orv::radio {
 
 constexpr BluetoothAddress Address = 0xC0B1C2D3E4F5;  // of the type "random static"
 
-// The behaviour of the daemon and the device. Only StandIn::Arrange may change it.
+// Only StandIn::Arrange may change it.
 struct Behaviour {
     bool hasAdapter = true;
     bool powered = true;
-    bool known = true;              // the daemon lists the device
-    bool advertises = true;         // a scan finds the device
+    bool known = true;  // the daemon lists the device
+    bool advertises = true;
     bool forgets = false;           // the daemon removes the device when a scan ends
     bool forgetsAtConnect = false;  // the daemon removes the device when the next connect begins
     int rejectedScans = 0;          // number of scan starts that the kernel rejects

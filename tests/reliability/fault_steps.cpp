@@ -43,7 +43,7 @@ void ScanAndList() {
     OrvWorld_SetSignal(Address, -50);
 }
 
-// Returns the index of the latest registration. Registrations of earlier rounds still exist.
+// Registrations of earlier rounds still exist.
 std::int32_t Youngest(const char* registration) {
     return OrvWorld_CallCount(registration) - 1;
 }

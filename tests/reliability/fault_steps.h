@@ -12,8 +12,8 @@ namespace orv {
 // change. A callback has no result, so `run` returns how many values or bytes it stored.
 struct Step {
     const char* name;
-    const char* trace;              // expected trace line
-    std::function<void()> arrange;  // creates the initial state
+    const char* trace;
+    std::function<void()> arrange;
     std::function<ResultCode()> run;
     ResultCode success;
     std::function<void()> undo;  // called after a success

@@ -1,4 +1,3 @@
-// Tests BluetoothAvailable (result, platform calls) with various adapters, radios and failures.
 #include <chrono>
 
 #include "support/world.h"

@@ -1,4 +1,3 @@
-// Tests invalid scenario files, and the file of the default world.
 #include <gmock/gmock.h>
 
 #include <cstdio>

@@ -1,4 +1,3 @@
-// Functions for the simulated world, and the fixture of tests that use it.
 #pragma once
 
 #include <gtest/gtest.h>

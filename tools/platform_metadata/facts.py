@@ -2,7 +2,6 @@
 The key is a subject (a C++ type's name without spaces and namespaces) and an aspect."""
 import re
 
-# Maps synonyms of a type to one name.
 ALIASES = {"ULONG": "UINT32", "DWORD": "UINT32", "HRESULT": "INT32", "CLSID": "GUID"}
 
 

@@ -1,4 +1,3 @@
-// The functions that run commands. Each calls the library and compares the result with the model.
 #include <algorithm>
 #include <climits>
 #include <cstring>
@@ -20,7 +19,7 @@ struct Step {
 
     std::size_t device = a % Addresses.size();
     BluetoothAddress address = Addresses[device];
-    std::size_t known = a % reference.devices.size();  // index of an existing device
+    std::size_t known = a % reference.devices.size();
     std::int32_t id = a % 5 - 1;
     Reference::Session* session = reference.FindSession(id);
     Reference::Link* link = reference.FindLink(device);

@@ -1,4 +1,3 @@
-// Compares numbers and log lines of the library with the reference model.
 #pragma once
 
 #include <cstdint>

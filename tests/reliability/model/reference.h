@@ -1,4 +1,3 @@
-// Calculates the expected state of the library after calls and events.
 #pragma once
 
 #include <array>
