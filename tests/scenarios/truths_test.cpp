@@ -177,7 +177,8 @@ const Truth Truths[] = {
                  "= <ORV-Messgerät-Süd-Tür-Ger\xC3> -60\n"},
 };
 
-// Returns the log, in which each line of Answer() is replaced by the result line of a host.
+// Returns the log of a host with result lines: replaces each line that Answer() logged by a result
+// line.
 std::string LogWithResults() {
     const std::string bytes = LogBytes();
     std::string log, call;

@@ -60,8 +60,7 @@ void Bus::Open() {
 int Bus::AddMatches() {
     int code = sd_bus_add_filter(connection, nullptr, &OnMessage, this);
     for (const char* rule :
-         {"type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-          "member='NameOwnerChanged',arg0='org.bluez'",
+         {"type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='org.bluez'",
           "type='signal',sender='org.bluez',interface='org.freedesktop.DBus.ObjectManager'",
           "type='signal',sender='org.bluez',arg0='org.bluez.Adapter1'",
           "type='signal',sender='org.bluez',arg0='org.bluez.Device1'",
