@@ -109,9 +109,8 @@ std::vector<MadeCall> Calls::Made() const {
     return made;
 }
 
-std::optional<Function> Calls::Hanging(std::chrono::seconds limit,
+std::optional<Function> Calls::Pending(std::chrono::steady_clock::time_point latest,
                                        std::span<const Function> ignored) const {
-    const auto latest = std::chrono::steady_clock::now() - limit;
     const Lock lock(mutex);
     for (const PendingCall& call : pending) {
         if (call.begin < latest && std::ranges::find(ignored, call.function) == ignored.end()) {

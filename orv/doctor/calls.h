@@ -42,9 +42,8 @@ class Calls {
     MadeCall Flush(BluetoothAddress address);
 
     std::vector<MadeCall> Made() const;
-    // Returns the oldest call that is not in `ignored` and has been pending for `limit` of real
-    // time.
-    std::optional<log::Function> Hanging(std::chrono::seconds limit,
+    // Returns the oldest pending call that began before `latest` and is not in `ignored`.
+    std::optional<log::Function> Pending(std::chrono::steady_clock::time_point latest,
                                          std::span<const log::Function> ignored) const;
     // Blocks all pending and later calls forever, so that their threads cannot change findings.
     void Abandon();

@@ -38,8 +38,10 @@ struct Examination : std::enable_shared_from_this<Examination> {
     bool isHeard = false;            // the scan has listed the device
     bool isRejectedUnheard = false;  // a connect was rejected before the scan
     bool isLost = false;             // the device is no longer reachable
-    // True if a disconnect hangs. Then, no link can be used. Several threads read this.
-    std::atomic<bool> closeHangs = false;
+    bool closeHangs = false;         // a disconnect hangs, so no link can be used
+    // True while ScopedLink waits for a disconnect, and from then on if the disconnect hangs. Then,
+    // only ScopedLink decides whether it hangs. Several threads use this.
+    std::atomic<bool> isClosing = false;
     std::vector<std::int64_t> connectMs;  // durations of the successful connects
 };
 

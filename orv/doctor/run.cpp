@@ -54,15 +54,21 @@ void TakeSteps(Examination& run) {
     }
 }
 
+// Returns a call that has been pending for `limit` of real time.
+std::optional<log::Function> Hanging(const Examination& run, seconds limit) {
+    // Taken before isClosing is read: a disconnect that ScopedLink begins afterwards is younger.
+    const auto latest = std::chrono::steady_clock::now() - limit;
+    using Ignored = std::span<const log::Function>;
+    return run.calls.Pending(latest, run.isClosing ? Ignored(HeldByClose) : Ignored());
+}
+
 // Waits for the steps. Returns false if a call hangs, or if the steps still run 2 s after Ctrl-C.
 bool AwaitSteps(Examination& run, const std::future<void>& steps) {
     using Clock = std::chrono::steady_clock;
-    using Ignored = std::span<const log::Function>;
     const seconds limit = run.surroundings.TimeIsSimulated() ? SimulatedHangLimit : HangLimit;
     std::optional<Clock::time_point> interrupted;
     while (steps.wait_for(PollTime) != std::future_status::ready) {
-        const auto hanging =
-            run.calls.Hanging(limit, run.closeHangs ? Ignored(HeldByClose) : Ignored());
+        const auto hanging = Hanging(run, limit);
         if (terminal::IsInterrupted() && !interrupted) {
             interrupted = Clock::now();
         }

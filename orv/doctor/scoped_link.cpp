@@ -121,6 +121,7 @@ void ScopedLink::Close(bool alone) {
         return;
     }
     isOpen = false;
+    run.isClosing = true;
     std::packaged_task<MadeCall()> task([shared = run.shared_from_this(), alone] {
         return shared->calls.Disconnect(*shared->device, alone);
     });
@@ -135,6 +136,7 @@ void ScopedLink::Close(bool alone) {
         return;
     }
     worker.join();
+    run.isClosing = false;
     const MadeCall call = closing.get();
     run.findings.Judge(Check::CloseReturns, call.result == 0,
                        call.result == 0 ? "the latest disconnect took " + Ms(call.ms)
