@@ -22,7 +22,7 @@ get_target_property(worldDll world ORV_STRIPPED)
 add_test(NAME wine.prepare COMMAND ${wine} prepare ${worldDll})
 add_test(NAME wine.register COMMAND ${wine} register)
 add_test(NAME wine.stop COMMAND ${wine} stop)
-set_tests_properties(wine.prepare PROPERTIES FIXTURES_SETUP prefix TIMEOUT 120)
+set_tests_properties(wine.prepare PROPERTIES FIXTURES_SETUP prefix)
 set_tests_properties(wine.register PROPERTIES FIXTURES_SETUP registered FIXTURES_REQUIRED prefix)
 set_tests_properties(wine.stop PROPERTIES FIXTURES_CLEANUP prefix)
 set_tests_properties(wine.prepare wine.register wine.stop PROPERTIES ENVIRONMENT WINEPREFIX=${prefix})
@@ -36,7 +36,6 @@ function(orv_wine_test name way program)
     add_test(NAME ${test} COMMAND ${wine} run
         ${CMAKE_BINARY_DIR}/wine_runs/${test} $<TARGET_FILE:${program}> ${ARGN})
     set_tests_properties(${test} PROPERTIES
-        TIMEOUT 240
         FIXTURES_REQUIRED prefix
         ENVIRONMENT "WINEPREFIX=${prefix};ORV_WAY=${way};GTEST_FILTER=-${excluded}")
     if(way STREQUAL lookup)

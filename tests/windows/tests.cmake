@@ -37,7 +37,6 @@ function(orv_run_host way name dll)
     add_test(NAME ${test} COMMAND ${wine} run
         ${PROJECT_BINARY_DIR}/wine_runs/${test} ${hosts}/${name}.exe ${dll})
     set_tests_properties(${test} PROPERTIES
-        TIMEOUT 120
         RESOURCE_LOCK real_time
         FIXTURES_REQUIRED prefix
         PASS_REGULAR_EXPRESSION "done: 65536 bytes to ORV-0042 and back, unchanged"
@@ -73,7 +72,6 @@ include(${CMAKE_CURRENT_LIST_DIR}/hosts/hosts.cmake)
 add_test(NAME lookup.orv COMMAND Python3::Interpreter
     ${CMAKE_CURRENT_SOURCE_DIR}/orv/host_test.py)
 set_tests_properties(lookup.orv PROPERTIES
-    TIMEOUT 900
     RESOURCE_LOCK real_time
     FIXTURES_REQUIRED prefix
     ENVIRONMENT "WINEPREFIX=${prefix};ORV=${unpacked}/orv.exe;ORV_LIBRARY=${simulatedDll};ORV_WINE=1")
@@ -84,7 +82,6 @@ set_property(TEST wine.register APPEND PROPERTY DEPENDS lookup.orv)
 add_test(NAME lookup.orv_bridge COMMAND Python3::Interpreter
     ${CMAKE_CURRENT_SOURCE_DIR}/orv/bridge_test.py -k one_client -k no_more -k wrong -k open_to)
 set_tests_properties(lookup.orv_bridge PROPERTIES
-    TIMEOUT 900
     RESOURCE_LOCK real_time
     FIXTURES_REQUIRED prefix
     ENVIRONMENT "WINEPREFIX=${prefix};ORV=${unpacked}/orv.exe;ORV_LIBRARY=${simulatedDll};ORV_WINE=1")
@@ -93,7 +90,6 @@ set_property(TEST wine.register APPEND PROPERTY DEPENDS lookup.orv_bridge)
 add_test(NAME lookup.orv_doctor COMMAND Python3::Interpreter
     ${CMAKE_CURRENT_SOURCE_DIR}/orv/doctor_test.py -k confirms -k needs)
 set_tests_properties(lookup.orv_doctor PROPERTIES
-    TIMEOUT 900
     RESOURCE_LOCK real_time
     FIXTURES_REQUIRED prefix
     ENVIRONMENT "WINEPREFIX=${prefix};ORV=${unpacked}/orv.exe;ORV_LIBRARY=${simulatedDll};ORV_WINE=1;WINEDEBUG=-all")

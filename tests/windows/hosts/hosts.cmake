@@ -7,7 +7,6 @@ function(orv_run_foreign name)
     add_test(NAME ${test} COMMAND ${wine} host
         ${PROJECT_BINARY_DIR}/wine_runs/${test} ${shippedDll} ${ARGN})
     set_tests_properties(${test} PROPERTIES
-        TIMEOUT 120
         RESOURCE_LOCK real_time
         FIXTURES_REQUIRED "prefix;registered"
         PASS_REGULAR_EXPRESSION "done: 65536 bytes to ORV-0042 and back, unchanged"
@@ -30,7 +29,7 @@ set(published ${PROJECT_BINARY_DIR}/hosts/dotnet)
 add_test(NAME dotnet.publish COMMAND ${ORV_DOTNET} publish ${CMAKE_CURRENT_LIST_DIR}
     --nologo -v quiet -o ${published}/out
     -p:BaseIntermediateOutputPath=${published}/obj/ -p:BaseOutputPath=${published}/bin/)
-set_tests_properties(dotnet.publish PROPERTIES FIXTURES_SETUP dotnet TIMEOUT 300)
+set_tests_properties(dotnet.publish PROPERTIES FIXTURES_SETUP dotnet)
 orv_run_foreign(host_dotnet ${published}/out/hosts.exe library quelvixwinlib.dll)
 orv_run_foreign(client_dotnet ${published}/out/hosts.exe runtime)
 set_property(TEST registered.host_dotnet registered.client_dotnet
