@@ -96,8 +96,8 @@ void Clock::Fire(Timer timer) {
     }
 }
 
-void Clock::FireDue() {
-    while (!timers.empty() && timers.begin()->first <= Time()) {
+void Clock::FireDue(Duration moment) {
+    while (!timers.empty() && timers.begin()->first <= moment) {
         Timer timer = std::move(timers.begin()->second);
         timers.erase(timers.begin());
         Fire(std::move(timer));
@@ -123,6 +123,7 @@ void Clock::Wait(KernelEvent& event, milliseconds limit) {
         if (simulated) {
             LookAtEvents(waiter, looks);
         } else if (!waiter.changed.WaitUntil(worldMutex, realDeadline)) {
+            AwaitDueAnswers(waiter);
             waiter.expired = !simulated;
         }
     }
@@ -232,7 +233,7 @@ void Clock::Advance() {
     while (MayJump()) {
         if (!ExpireDue()) {
             MoveTo(NextMoment(waiters->deadline));
-            FireDue();
+            FireDue(Time());
         }
     }
 }
@@ -263,6 +264,13 @@ bool Clock::AwaitProgress(int patience, Claim claim) {
     return true;
 }
 
+void Clock::AwaitDueAnswers(const Waiter& waiter) {
+    FireDue(waiter.deadline);
+    AwaitProgress(Patience, [&]() REQUIRES(worldMutex) {
+        return waiter.CanResume() || delivery.UnfinishedAnswers() == 0;
+    });
+}
+
 bool Clock::Pass(Duration duration) {
     if (delivery.IsOwnThread()) {
         return false;
@@ -286,7 +294,7 @@ bool Clock::Pass(Duration duration) {
             break;
         }
         MoveTo(NextMoment(target));
-        FireDue();
+        FireDue(Time());
     }
     if (waiters != nullptr) {
         AwaitProgress(PatienceDuringWaits,
@@ -317,7 +325,7 @@ void Clock::RunTimerThread() {
         } else if (const Duration left = timers.begin()->first - Time(); left > Duration::zero()) {
             timersChanged.WaitFor(worldMutex, left);
         } else {
-            FireDue();
+            FireDue(Time());
             moved.NotifyAll();
         }
     }
