@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <future>
@@ -413,16 +414,18 @@ void StandIn::AdvertiseSignalOnly(short newSignal) {
                        "RSSI", "n", newSignal, 0);
 }
 
-void StandIn::Notify(const std::vector<std::uint8_t>& value) {
+bool StandIn::Notify(const std::vector<std::uint8_t>& value) {
     const std::lock_guard<std::recursive_mutex> lock(mutex);
     if (socket >= 0) {
-        static_cast<void>(!send(socket, value.data(), value.size(), MSG_NOSIGNAL));
-    } else if (signalling) {
+        return send(socket, value.data(), value.size(), MSG_NOSIGNAL) >= 0 || errno != EAGAIN;
+    }
+    if (signalling) {
         sd_bus_message* const message = BeginChange(bus, Stream);
         sd_bus_message_open_container(message, 'e', "sv");
         sd_bus_message_append(message, "s", "Value");
         EndChange(bus, message, value, 2);
     }
+    return true;
 }
 
 bool StandIn::IsNotifying() {

@@ -70,8 +70,9 @@ class StandIn {
     void ForgetDevice() {
         Arrange([this](Behaviour&) { Know(false); });
     }
-    // Sends a notification through the socket or as a signal, as the library has requested.
-    void Notify(const std::vector<std::uint8_t>& value);
+    // Sends a notification through the socket or as a signal, as the library has requested. Returns
+    // false if the socket is full.
+    bool Notify(const std::vector<std::uint8_t>& value);
 
     std::size_t Written() { return Read(written); }
     int Calls(const std::string& member) { return Read(calls)[member]; }
