@@ -4,13 +4,9 @@
 # orv_run_foreign(<name> <program> <arguments...>) adds a test that runs one of these programs.
 function(orv_run_foreign name)
     set(test registered.${name})
-    add_test(NAME ${test} COMMAND ${wine} host
+    orv_real_time_test(${test} host
         ${PROJECT_BINARY_DIR}/wine_runs/${test} ${shippedDll} ${ARGN})
-    set_tests_properties(${test} PROPERTIES
-        RESOURCE_LOCK real_time
-        FIXTURES_REQUIRED "prefix;registered"
-        PASS_REGULAR_EXPRESSION "done: 65536 bytes to ORV-0042 and back, unchanged"
-        ENVIRONMENT WINEPREFIX=${prefix})
+    set_tests_properties(${test} PROPERTIES FIXTURES_REQUIRED "prefix;registered")
 endfunction()
 
 orv_npm(modules ${CMAKE_CURRENT_LIST_DIR})
