@@ -85,7 +85,7 @@ Lines Calls(std::int32_t from) {
 }
 
 bool AwaitLog(const std::string& text) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (LogBytes().find(text) == std::string::npos) {
         if (std::chrono::steady_clock::now() > limit) {
             return false;

@@ -222,10 +222,15 @@ UINT64 CallRecorder::CallCount(const char* name) {
 }
 
 bool CallRecorder::AwaitCalls(const char* name, UINT64 count) {
+    // After the limit, still checks so often that a call can come that was delayed together with
+    // this thread, because the machine had stopped the process.
+    constexpr int LeastChecks = 1000;
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     awaiting.fetch_add(1);
     bool reached = false;
-    while (!(reached = CallCount(name) >= count) && std::chrono::steady_clock::now() < end) {
+    for (int checks = 0; !(reached = CallCount(name) >= count) &&
+                         (checks < LeastChecks || std::chrono::steady_clock::now() < end);
+         ++checks) {
         const Lock lock(mutex);
         // Waits only briefly, because a call between the check and the wait does not wake this
         // thread.
