@@ -198,6 +198,8 @@ class MqttTest(SiteTest):
 
     def test_devices_that_find_no_room_are_left_to_other_gateways(self):
         self.gateway("desk", "crowd")
+        # A gateway subscribes to the commands of a device before it publishes the device.
+        self.site.await_that(lambda: all(self.site.fact(f"gateway/desk/heard/{device}") for device in CROWD), "crowd")
         for device in CROWD:
             self.site.publish(f"device/{device}/connect", b"on")
         count = lambda kind, wanted: sum(topic.endswith(kind) and wanted in payload for topic, payload in self.site.facts.items())
