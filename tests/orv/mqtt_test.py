@@ -41,8 +41,8 @@ class SiteTest(WorldCase):
         "crowd": {"devices": [{**SILENT, "address": address} for address in CROWD]},
         "hostile": {"devices": [{**DEVICE, "name": "ORV\x1b]0;\x07\n\u202e\"#+/$"}]},
         "changing": {"devices": [{**DEVICE, "interval": 0, "signalSpread": 5}],
-                     "events": [{"at": at, "device": FIRST, "advertise": "Advertisement", "name": name, "times": 40, "every": 50}
-                                for at, name in ((100, "ORV-OLD"), (2100, "ORV-NEW"))]},
+                     "events": [{"at": at, "device": FIRST, "advertise": "Advertisement", "name": name, "times": times, "every": 50}
+                                for at, name, times in ((100, "ORV-OLD", 40), (2100, "ORV-NEW", 1000))]},
     }
     URL, tls = "mqtt://127.0.0.1", None
 
