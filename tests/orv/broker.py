@@ -16,8 +16,11 @@ class Mosquitto:
     """A broker that keeps retained and queued messages across a restart. `more` holds further configuration lines."""
 
     def __init__(self, folder, more="allow_anonymous true"):
-        with socket.create_server(("127.0.0.1", 0)) as free:
-            self.port = free.getsockname()[1]
+        # Stays bound but does not listen, so that the broker can use the port, and no other program gets it.
+        self.reservation = socket.socket()
+        self.reservation.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+        self.reservation.bind(("127.0.0.1", 0))
+        self.port = self.reservation.getsockname()[1]
         self.folder = pathlib.Path(folder)
         self.configuration = self.folder / "mosquitto.conf"
         self.configuration.write_text(f"listener {self.port} 127.0.0.1\npersistence true\nuser root\nautosave_interval 1\n"
@@ -42,6 +45,7 @@ class Mosquitto:
     def close(self):
         self.stop(kill=True)
         self.log.close()
+        self.reservation.close()
 
 
 def parse(payload):
