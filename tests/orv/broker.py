@@ -9,7 +9,7 @@ import time
 
 import paho.mqtt.client as mqtt
 
-SECONDS = 30  # timeout of each wait
+SECONDS = 60  # timeout of each wait
 
 
 class Mosquitto:
