@@ -46,7 +46,10 @@ WORLDS = {
                     "faults": [{"member": "BluetoothLEAdvertisementWatcher.Stop", "code": "0x80004005"}]},
     "stops": {"devices": [{"address": PLAIN, "echo": 20}],
               "events": [{"after": 150, "device": PLAIN, "answer": {"operation": "WriteValue", "never": True}}]},
-    "slow": {"devices": [{"address": PLAIN, "answers": [{"operation": "FindServices", "never": True}]}]},
+    # A connect takes 9.5 s, because the library waits up to 2 s for each operation.
+    "slow": {"devices": [{"address": PLAIN, "answers": [
+        {"operation": operation, "after": 1900}
+        for operation in ("FindDevice", "FindServices", "RequestAccess", "FindCharacteristics", "WriteDescriptor")]}]},
     "sends": {"devices": [{"address": PLAIN}],
               "events": [{"after": 200 + i, "device": PLAIN, "notify": bytes([i, 10, 255]).hex()} for i in range(9)]},
 }
@@ -351,8 +354,8 @@ class TerminalTest(WorldsTest):
         self.end()
 
     def test_a_transfer_shows_a_bar_that_goes(self):
-        self.start(f"send --simulated {ECHOING} file ")
-        self.await_shown("█.* of 2.0 KiB, .*/s, 0:0. left")
+        self.start(f"send --simulated {ECHOING} file --block 1")  # lasts longer than a busy machine delays the Ctrl-C
+        self.await_shown("█.* of 2.0 KiB, .*/s, 0:.. left")
         self.type("\x03")
         self.end(5)
         self.assertIn("stopped by Ctrl-C", self.shown)
