@@ -17,25 +17,29 @@ constexpr std::size_t PieceBytes = 16384;
 // The link stays open for this time after its client has disconnected, for the next command of a
 // script. A client whose input has ended is disconnected this long after the last byte.
 constexpr auto Keep = 5s;
+// The silence that one step counts at most. If the process did not run for a longer time, bytes of
+// that time may still arrive.
+constexpr auto LongestStep = 100ms;
 
 }  // namespace
 
 Port::Port(std::unique_ptr<Entrance> place, std::shared_ptr<PersistentLink> deviceLink, bool eager)
-    : entrance(std::move(place)), link(std::move(deviceLink)), isEager(eager) {
+    : entrance(std::move(place)), link(std::move(deviceLink)), isEager(eager), silence(Keep) {
     link->SetWanted(isEager);
 }
 
 void Port::Step() {
+    const auto now = Clock::now();
+    silence += std::min<Clock::duration>(now - std::exchange(lastStep, now), LongestStep);
     NoticeClient();
-    const bool isActive = Clock::now() - lastActive < Keep;
     if (client.empty()) {
         link->DropReceived(0);
-        link->SetWanted(isEager || isActive);
+        link->SetWanted(isEager || silence < Keep);
         return;
     }
     ReadClient();
     WriteClient();
-    if (hasInputEnded && link->Room() == PersistentLink::SendLimit && !isActive) {
+    if (hasInputEnded && link->Room() == PersistentLink::SendLimit && silence >= Keep) {
         EndClient();
     }
 }
@@ -49,7 +53,7 @@ void Port::NoticeClient() {
     client = now;
     link->DropReceived(std::exchange(pending, {}).size() + left);
     hasInputEnded = false;
-    lastActive = Clock::now();
+    silence = {};
     if (!client.empty()) {
         unreadBefore = link->Status().unread;
         link->SetWanted(true);
@@ -65,7 +69,7 @@ void Port::ReadClient() {
             return;
         }
         note.clear();
-        lastActive = Clock::now();
+        silence = {};
         link->Send(bytes);
     }
 }
@@ -87,7 +91,7 @@ void Port::WriteClient() {
             return;
         }
         pending.erase(0, written);
-        lastActive = Clock::now();
+        silence = {};
     }
 }
 

@@ -40,7 +40,8 @@ class Port {
     std::string pending;  // bytes from the device for the client
     bool hasInputEnded = false;
     std::uint64_t unreadBefore = 0;  // the link's `unread` when the client connected
-    Clock::time_point lastActive;
+    Clock::duration silence;         // time since the last byte or the last change of the client
+    Clock::time_point lastStep = Clock::now();
     std::string note;
 };
 
