@@ -56,6 +56,13 @@ void PersistentLink::Send(std::string_view bytes) {
     changed.notify_all();
 }
 
+void PersistentLink::AwaitWrite(Clock::time_point end) {
+    const Lock lock(mutex);
+    const std::uint64_t pending = begunWrites;
+    while (endedWrites < pending && changed.wait_until(mutex, end) == std::cv_status::no_timeout) {
+    }
+}
+
 std::string PersistentLink::Take(std::size_t most) {
     const Lock lock(mutex);
     std::string bytes = incoming.substr(0, most);
@@ -140,9 +147,12 @@ void PersistentLink::Send() {
     {
         const Lock lock(mutex);
         block = outgoing.substr(0, options.block);
+        ++begunWrites;
     }
     const bool isConfirmed = library.Send(address, block) != ORV_FAILED;
     const Lock lock(mutex);
+    ++endedWrites;
+    changed.notify_all();
     outgoing.erase(0, block.size());
     lastTraffic = Clock::now();
     if (isConfirmed) {

@@ -37,7 +37,7 @@ struct LinkOptions {
 };
 
 // A worker thread connects, sends and disconnects, because these calls can block for seconds. Only
-// Poll and the destructor block. Failed writes are not repeated.
+// AwaitWrite, Poll and the destructor block. Failed writes are not repeated.
 class PersistentLink {
   public:
     static constexpr std::size_t SendLimit = 65536;
@@ -57,6 +57,9 @@ class PersistentLink {
     // Returns how many bytes Send accepts now.
     std::size_t Room();
     void Send(std::string_view bytes);
+    // Waits until the result of the pending write, if any, is counted. Returns at `end` at the
+    // latest.
+    void AwaitWrite(std::chrono::steady_clock::time_point end);
 
     std::string Take(std::size_t most);
     // Drops the received bytes in the queue. Counts them as unread, plus `taken` bytes that Take
@@ -97,6 +100,8 @@ class PersistentLink {
     bool isWanted GUARDED_BY(mutex) = false;
     bool isLost GUARDED_BY(mutex) = false;
     bool isEnding GUARDED_BY(mutex) = false;
+    std::uint64_t begunWrites GUARDED_BY(mutex) = 0;
+    std::uint64_t endedWrites GUARDED_BY(mutex) = 0;
     std::string outgoing GUARDED_BY(mutex);
     std::string incoming GUARDED_BY(mutex);
     std::chrono::seconds pause GUARDED_BY(mutex){0};

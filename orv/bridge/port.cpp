@@ -20,6 +20,8 @@ constexpr auto Keep = 5s;
 // The silence that one step counts at most. If the process did not run for a longer time, bytes of
 // that time may still arrive.
 constexpr auto LongestStep = 100ms;
+// More than the 2 s after which the library gives up a write.
+constexpr auto WriteEndsWithin = 5s;
 
 }  // namespace
 
@@ -114,8 +116,9 @@ bool Port::EndClient() {
     return isDropped;
 }
 
-void Port::End() {
+void Port::End(Clock::time_point end) {
     EndClient();
+    link->AwaitWrite(end);
     link->DropReceived(std::exchange(pending, {}).size());
     hasEnded = true;
 }
@@ -142,8 +145,9 @@ void Serve(std::vector<Port>& ports) {
         }
         view.Show(rows());
     }
+    const auto end = std::chrono::steady_clock::now() + WriteEndsWithin;
     for (Port& port : ports) {
-        port.End();
+        port.End(end);
     }
     view.End(rows());
 }
