@@ -17,9 +17,13 @@ import unittest
 DOCUMENT, ORV = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]).absolute()
 
 
-def free_port():
-    with socket.create_server(("127.0.0.1", 0)) as server:
-        return str(server.getsockname()[1])
+def reserve_port(test):
+    """Returns a port. Its socket stays bound but does not listen, so that only the recipe can use the port."""
+    reservation = socket.socket()
+    test.addCleanup(reservation.close)
+    reservation.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+    reservation.bind(("127.0.0.1", 0))
+    return str(reservation.getsockname()[1])
 
 
 class RecipeTest(unittest.TestCase):
@@ -28,7 +32,7 @@ class RecipeTest(unittest.TestCase):
         self.assertEqual(len(recipes), 3)
         for name, commands in recipes:
             with self.subTest(name), tempfile.TemporaryDirectory() as folder:
-                for place, free in (("1884", free_port()), ("7000", free_port()), ("/tmp/", f"{folder}/")):
+                for place, free in (("1884", reserve_port(self)), ("7000", reserve_port(self)), ("/tmp/", f"{folder}/")):
                     commands = commands.replace(place, free)
                 environment = dict(os.environ, PATH=f"{ORV.parent}:{os.environ['PATH']}:/usr/sbin")
                 # The shell needs its own session, because the recipes use job control.
