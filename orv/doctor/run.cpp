@@ -1,11 +1,9 @@
 #include "orv/doctor/run.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <future>
 #include <thread>
-#include <utility>
 
 #include "orv/background.h"
 #include "orv/terminal/printable.h"
@@ -19,7 +17,6 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 
 constexpr milliseconds PollTime{50};
-constexpr milliseconds LongestPoll{500};   // the rest of a longer poll is a pause of the process
 constexpr seconds SimulatedHangLimit{10};  // short, because simulated waits take no real time
 constexpr seconds HangLimit{30};           // longer than a connect that also waits for locks
 constexpr seconds StopLimit{2};            // time for the steps to end after Ctrl-C
@@ -58,8 +55,7 @@ void TakeSteps(Examination& run) {
 }
 
 // Returns a call that has been pending for `limit` of real time.
-std::optional<log::Function> Hanging(const Examination& run,
-                                     std::chrono::steady_clock::duration limit) {
+std::optional<log::Function> Hanging(const Examination& run, seconds limit) {
     // Taken before isClosing is read: a disconnect that ScopedLink begins afterwards is younger.
     const auto latest = std::chrono::steady_clock::now() - limit;
     using Ignored = std::span<const log::Function>;
@@ -71,12 +67,8 @@ bool AwaitSteps(Examination& run, const std::future<void>& steps) {
     using Clock = std::chrono::steady_clock;
     const seconds limit = run.surroundings.TimeIsSimulated() ? SimulatedHangLimit : HangLimit;
     std::optional<Clock::time_point> interrupted;
-    Clock::duration paused{};
-    auto polled = Clock::now();
     while (steps.wait_for(PollTime) != std::future_status::ready) {
-        const auto before = std::exchange(polled, Clock::now());
-        paused += std::max<Clock::duration>(polled - before - LongestPoll, Clock::duration::zero());
-        const auto hanging = Hanging(run, limit + paused);
+        const auto hanging = Hanging(run, limit);
         if (terminal::IsInterrupted() && !interrupted) {
             interrupted = Clock::now();
         }
