@@ -19,21 +19,26 @@ using namespace std::chrono;
 
 PrivateBus* privateBus = nullptr;
 
-// Repeats a call that failed by a timeout of the library, which is at least 300 ms: a busy machine
-// can stop this process or the bus for longer. Returns the result of the last call.
-ResultCode RepeatAfterTimeout(const std::function<ResultCode()>& call) {
+constexpr ResultCode TimedOut = -2;  // no result of the library
+
+// Repeats a call, and `prepare` before it, until the call succeeds or fails without a timeout. A
+// busy machine can stop this process or the bus for longer than each timeout of the library; the
+// shortest one is 300 ms. Returns TimedOut if each call timed out.
+ResultCode RepeatAfterTimeout(
+    const std::function<ResultCode()>& call, const std::function<void()>& prepare = [] {}) {
     ResultCode result = -1;
-    Await([&] {
+    const bool hasEnded = Await([&] {
+        prepare();
         const auto start = steady_clock::now();
         result = call();
         return result != -1 || steady_clock::now() - start < 250ms;
     });
-    return result;
+    return hasEnded ? result : TimedOut;
 }
-ResultCode Connect() {
-    return RepeatAfterTimeout([] { return OrvDevice_Connect(Address); });
+ResultCode Connect(const std::function<void()>& prepare = [] {}) {
+    return RepeatAfterTimeout([] { return OrvDevice_Connect(Address); }, prepare);
 }
-// Sends the bytes and expects that they are received again. A write that timed out may arrive, too.
+// Sends the bytes and expects their echo. Bytes of a write that timed out are also echoed.
 void ExpectEcho(const Bytes& sent = {1, 2, 3}) {
     const auto size = static_cast<ResultCode>(sent.size());
     Bytes all;
@@ -51,7 +56,9 @@ class DaemonTest : public testing::Test {
         daemon.Start();
         Await([] { return BluetoothAvailable() == 0; });
     }
-    void TearDown() override {
+    void TearDown() override { CloseAll(); }
+
+    static void CloseAll() {
         while (OrvDevice_Disconnect(Address) == 0) {
         }
     }
@@ -134,14 +141,18 @@ const Oddity Oddities[] = {
 class ConnectTo : public DaemonTest, public testing::WithParamInterface<Oddity> {};
 
 TEST_P(ConnectTo, SucceedsAndEndsWithTheLastUser) {
-    daemon.Arrange(GetParam().arrange);
-    {
-        const Scan scan;
-        EXPECT_TRUE(scan.Hears(Address));
-    }
-    EXPECT_TRUE(Await([&] { return !daemon.IsScanning(); }));
-
-    ASSERT_EQ(Connect(), 0);
+    // Arranges the oddity again for each connect, because some oddities occur only once.
+    const auto arrange = [&] {
+        daemon.Kill();
+        daemon.Start();
+        daemon.Arrange(GetParam().arrange);
+        {
+            const Scan scan;
+            EXPECT_TRUE(scan.Hears(Address));
+        }
+        EXPECT_TRUE(Await([&] { return !daemon.IsScanning(); }));
+    };
+    ASSERT_EQ(Connect(arrange), 0);
 
     EXPECT_TRUE(Await([&] { return daemon.Calls(GetParam().called) > 0 && daemon.IsNotifying(); }));
     EXPECT_EQ(daemon.Calls(GetParam().notCalled), 0);
@@ -262,14 +273,21 @@ TEST_F(DaemonTest, LeavesNothingAfterManyConnects) {
     const int before = descriptors();
     const int rules = CountMatchRules();
     EXPECT_GE(rules, 3);
-    for (int i = 0; i < 100; ++i) {
-        ASSERT_EQ(Connect(), 0) << i;
-        ASSERT_EQ(OrvDevice_Disconnect(Address), 0) << i;
-    }
-    EXPECT_TRUE(Await([&] { return !daemon.IsConnected() && descriptors() <= before; }));
+    const auto connectOften = [] {
+        for (int i = 0; i < 100; ++i) {
+            ASSERT_EQ(Connect(), 0) << i;
+            ASSERT_EQ(OrvDevice_Disconnect(Address), 0) << i;
+        }
+    };
+    const auto surplus = [&] { return daemon.Calls("Connect") - daemon.Calls("Disconnect"); };
+    // Repeats this, because on a busy machine, the library opens or closes a slow link twice.
+    EXPECT_TRUE(Await([&] {
+        const int earlier = surplus();
+        connectOften();
+        EXPECT_TRUE(Await([&] { return !daemon.IsConnected() && descriptors() <= before; }));
+        return HasFailure() || surplus() == earlier;
+    })) << "a connect without a disconnect, or the reverse";
     EXPECT_EQ(CountMatchRules(), rules);
-    // A link that is slow to open or to close is opened or closed twice.
-    EXPECT_NEAR(daemon.Calls("Connect"), daemon.Calls("Disconnect"), 10);
 }
 
 // ---- scanning
@@ -287,16 +305,20 @@ TEST_F(DaemonTest, SignalAloneKeepsNameAndValues) {
 }
 
 TEST_F(DaemonTest, WatchersShareAScanThatEndsWithTheLast) {
-    auto first = std::make_unique<Scan>();
-    auto second = std::make_unique<Scan>();
-    EXPECT_TRUE(first->Hears(Address) && second->Hears(Address));
-    // If a start has no reply within 2 s, the library stops the scan and starts it again.
-    EXPECT_LE(daemon.Calls("StartDiscovery") - daemon.Calls("StopDiscovery"), 1);
-    first.reset();
-    daemon.AdvertiseSignalOnly(-20);
-    EXPECT_TRUE(Await([&] { return second->Find(Address).rssi == -20; }));
-    EXPECT_TRUE(Await([&] { return daemon.IsScanning(); }));
-    second.reset();
+    // Repeats this, because the library starts a scan again if the start has no reply within 2 s.
+    EXPECT_TRUE(Await([&] {
+        EXPECT_TRUE(Await([&] { return !daemon.IsScanning(); }));
+        const int starts = daemon.Calls("StartDiscovery");
+        const int stops = daemon.Calls("StopDiscovery");
+        auto first = std::make_unique<Scan>();
+        const Scan second;
+        EXPECT_TRUE(first->Hears(Address) && second.Hears(Address));
+        first.reset();
+        daemon.AdvertiseSignalOnly(-20);
+        EXPECT_TRUE(Await([&] { return second.Find(Address).rssi == -20; }));
+        return daemon.Calls("StartDiscovery") == starts + 1 &&
+               daemon.Calls("StopDiscovery") == stops && daemon.IsScanning();
+    })) << "the watchers do not share one scan";
     EXPECT_TRUE(Await([&] { return !daemon.IsScanning(); }));
 
     const std::int32_t id = OrvScanner_Initialize();
@@ -342,12 +364,14 @@ TEST_F(DaemonTest, ScanStartsWhenTheKernelAcceptsIt) {
 // ---- end of a link
 
 TEST_F(DaemonTest, DroppedLinkIsOpenedAgainByTheNextConnect) {
-    ASSERT_EQ(Connect(), 0);
-    daemon.DropLink();
-    const std::uint8_t byte = 0;
-    EXPECT_TRUE(Await([&] { return OrvDevice_Send(Address, 1, &byte) == -1; }));
-    EXPECT_EQ(OrvDevice_Receive(Address, 0, nullptr), 0) << "the link stays until it is closed";
-    ASSERT_EQ(Connect(), 0);
+    const auto dropLink = [&] {
+        CloseAll();
+        ASSERT_EQ(Connect(), 0);
+        daemon.DropLink();
+        EXPECT_TRUE(Await([] { return OrvDevice_Send(Address, 1, Block) == -1; }));
+        EXPECT_EQ(OrvDevice_Receive(Address, 0, nullptr), 0) << "the link stays until it is closed";
+    };
+    ASSERT_EQ(Connect(dropLink), 0);
     EXPECT_EQ(OrvDevice_Disconnect(Address), 0);
     ExpectEcho();
 }
@@ -408,7 +432,7 @@ TEST_P(Values, AreNotLostWhileAWriteHangs) {
             std::this_thread::sleep_for(microseconds(500));
         }
     });
-    // A busy machine may send too few values during one write.
+    // Repeats the write, because a busy machine may send too few values during one write.
     EXPECT_TRUE(Await([&] {
         daemon.Arrange([](Behaviour& b) { b.silentWrites = 1; });
         const int before = sent;
@@ -511,7 +535,8 @@ const Step Steps[] = {
 
 class BusFaults : public DaemonTest, public testing::WithParamInterface<Step> {
   protected:
-    // Runs the step while its n-th reply fails or is omitted. Returns true if it has that many.
+    // Runs the step while its n-th reply fails or is omitted. Returns false if the step has fewer
+    // replies.
     bool Strike(int n, bool silently) {
         const Step& step = GetParam();
         // Restarts the daemon, so that the library has to load all objects again.
@@ -535,7 +560,7 @@ TEST_P(BusFaults, EachReplyCanFailOrNeverCome) {
         bool struck = true;
         for (int n = 1; struck && !HasFailure(); ++n) {
             SCOPED_TRACE((silently ? "no reply " : "failed reply ") + std::to_string(n));
-            // Repeats the step if it needs the reply: a busy machine can make it time out before.
+            // Repeats the step if it needs the reply: on a busy machine, it can time out earlier.
             EXPECT_TRUE(Await([&] {
                 struck = Strike(n, silently);
                 return struck || n > GetParam().replies;
