@@ -71,7 +71,7 @@ def receive_until_end(peer):
 
 
 def count_gaps(got, sent):
-    """Returns how many gaps `got` has if it is what was sent except for gaps. Otherwise raises a ValueError."""
+    """Returns the number of gaps in `got`. Raises a ValueError if `got` is not `sent` with parts left out."""
     at = gaps = 0
     while got:
         begin = sent.index(got[:16], at)  # 16 bytes contain a whole word, and no word occurs twice
@@ -84,7 +84,7 @@ class BridgeTest(WorldCase):
     worlds = {
         "echo": {"devices": [echoing(), {"address": SECOND, "echo": 1, "name": "ORV-0044", "interval": 20,
                                           "known": "OnceHeard"}]},
-        # A write that starts in one of the intervals never completes, so the link is lost. The first interval ends before
+        # A write that starts in one of three intervals never completes, so the link is lost. The first interval ends before
         # the next link opens. The others are for a bridge that is too slow to write in the first one.
         "lossy": {"devices": [echoing()],
                   "events": [{"after": after, "times": 3, "every": 20000, "device": FIRST, "answer": answer}
@@ -225,12 +225,15 @@ class TcpTest(Clients, BridgeTest):
         self.assertEqual(receive(peer, len(DATA) + 1), DATA)  # reads until the bridge closes the connection
 
     def test_pauses_between_attempts_grow(self):
-        bridge = self.bridge("rejecting", "tcp --listen 0 --eager")
-        # A busy machine may be too slow to show each pause.
-        bridge.shows(r"next attempt after (\d+) s[^\0]*the device rejects the link; next attempt after (?!\1 )(4|8|16) s")
-        pauses = [int(pause) for pause in re.findall(r"next attempt after (\d+) s", bridge.shown)]
+        for _ in range(5):  # on a busy machine, a bridge may not show each pause
+            bridge = self.bridge("rejecting", "tcp --listen 0 --eager")
+            bridge.shows(r"the device rejects the link; next attempt after ([4-9]|\d\d+) s")
+            pauses = [int(pause) for pause in re.findall(r"next attempt after (\d+) s", bridge.shown)]
+            bridge.end()
+            if set(pauses) == {1, 2, 4}:
+                break
         self.assertEqual(pauses, sorted(pauses))
-        self.assertLessEqual(set(pauses), {1, 2, 4, 8, 16})
+        self.assertEqual(set(pauses), {1, 2, 4})
 
     def test_wrong_options_are_named(self):
         taken = socket.create_server(("127.0.0.1", 0))

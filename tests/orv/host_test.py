@@ -46,7 +46,7 @@ WORLDS = {
                     "faults": [{"member": "BluetoothLEAdvertisementWatcher.Stop", "code": "0x80004005"}]},
     "stops": {"devices": [{"address": PLAIN, "echo": 20}],
               "events": [{"after": 150, "device": PLAIN, "answer": {"operation": "WriteValue", "never": True}}]},
-    # A connect takes 9.5 s, because the library waits up to 2 s for each operation.
+    # A connect takes 9.5 s. Each answer comes before the library's timeout of 2 s.
     "slow": {"devices": [{"address": PLAIN, "answers": [
         {"operation": operation, "after": 1900}
         for operation in ("FindDevice", "FindServices", "RequestAccess", "FindCharacteristics", "WriteDescriptor")]}]},
@@ -66,7 +66,7 @@ class WorldsTest(WorldCase):
         (self.folder / "file").write_bytes(bytes(range(256)) * 8 * pace)
 
     def write_world(self, name, pace):
-        """Writes a world whose events occur `pace` times as late."""
+        """Writes a world in which each event occurs `pace` times later than in WORLDS."""
         events = [{key: value * pace if key in ("at", "after") else value for key, value in event.items()}
                   for event in WORLDS[name]["events"]]
         (self.folder / f"{name}.json").write_text(json.dumps({"title": name, **WORLDS[name], "events": events}))
@@ -81,8 +81,8 @@ class HostTest(WorldsTest):
         return out if status == 0 else error
 
     def paced(self, paces, attempt, is_whole):
-        """Returns attempt(pace) for the first pace whose outcome is whole. The slow paces are for a busy machine, on which
-        orv may start after the first events of a fast world, or end before its last ones."""
+        """Returns the first outcome of attempt(pace) for which is_whole returns true, or the last outcome. The later paces
+        are slower, for a busy machine: orv may start after the first events of a fast world, or end before its last ones."""
         for pace in paces:
             outcome = attempt(pace)
             if is_whole(outcome):
@@ -208,8 +208,8 @@ class HostTest(WorldsTest):
         self.assertEqual((self.folder / "got").read_bytes(), b"".join(bytes([i, 10, 255]) for i in range(9))[:26])
 
     def test_lines_of_a_pipe_come_back_and_are_played_again(self):
-        def talk(options, typed, received, seconds=1):
-            return self.paced((seconds, 20), lambda pace: self.orv(f"talk --seconds {pace} {options}", input=typed),
+        def talk(options, typed, received):
+            return self.paced(("", "--seconds 20"), lambda pace: self.orv(f"talk {pace} {options}", input=typed),
                               lambda talked: f"received {received} byte" in talked)
         talked = talk(f"--simulated {ECHOING} --record talk.json", b"h\xc3\xa4\n\x1b[2J", 7)
         said = {mark: "".join(re.findall(f"^{mark} (.*)$", talked, re.M)) for mark in "<>"}
@@ -355,7 +355,7 @@ class TerminalTest(WorldsTest):
         self.end()
 
     def test_a_transfer_shows_a_bar_that_goes(self):
-        self.start(f"send --simulated {ECHOING} file --block 1")  # lasts longer than a busy machine delays the Ctrl-C
+        self.start(f"send --simulated {ECHOING} file --block 1")  # slow, so that Ctrl-C comes before the end
         self.await_shown("█.* of 2.0 KiB, .*/s, .*:.. left")
         self.type("\x03")
         self.end(5)
