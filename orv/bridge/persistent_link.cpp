@@ -95,6 +95,7 @@ PersistentLink::Step PersistentLink::NextStep() {
                 until = lastTraffic + std::chrono::seconds(options.probeSeconds);
             }
             if (!outgoing.empty() || now >= until) {
+                ++begunWrites;
                 return &PersistentLink::Send;
             }
         } else if (isWanted) {
@@ -147,7 +148,6 @@ void PersistentLink::Send() {
     {
         const Lock lock(mutex);
         block = outgoing.substr(0, options.block);
-        ++begunWrites;
     }
     const bool isConfirmed = library.Send(address, block) != ORV_FAILED;
     const Lock lock(mutex);

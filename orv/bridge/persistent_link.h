@@ -57,8 +57,8 @@ class PersistentLink {
     // Returns how many bytes Send accepts now.
     std::size_t Room();
     void Send(std::string_view bytes);
-    // Waits until the result of the pending write, if any, is counted. Returns at `end` at the
-    // latest.
+    // Waits until the result of a pending write is counted, at most until `end`. Returns at once if
+    // no write is pending.
     void AwaitWrite(std::chrono::steady_clock::time_point end);
 
     std::string Take(std::size_t most);
@@ -100,7 +100,7 @@ class PersistentLink {
     bool isWanted GUARDED_BY(mutex) = false;
     bool isLost GUARDED_BY(mutex) = false;
     bool isEnding GUARDED_BY(mutex) = false;
-    std::uint64_t begunWrites GUARDED_BY(mutex) = 0;
+    std::uint64_t begunWrites GUARDED_BY(mutex) = 0;  // counted before the worker calls Send
     std::uint64_t endedWrites GUARDED_BY(mutex) = 0;
     std::string outgoing GUARDED_BY(mutex);
     std::string incoming GUARDED_BY(mutex);

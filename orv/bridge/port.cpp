@@ -17,10 +17,11 @@ constexpr std::size_t PieceBytes = 16384;
 // The link stays open for this time after its client has disconnected, for the next command of a
 // script. A client whose input has ended is disconnected this long after the last byte.
 constexpr auto Keep = 5s;
-// The silence that one step counts at most. If the process did not run for a longer time, bytes of
-// that time may still arrive.
+// Maximum silence that one step counts. A longer step means that the process was stopped, and bytes
+// that came meanwhile may not be read yet.
 constexpr auto LongestStep = 100ms;
-// More than the 2 s after which the library gives up a write.
+// Longer than the library's timeout of 2 s for a write, which may first wait for a write of another
+// link.
 constexpr auto WriteEndsWithin = 5s;
 
 }  // namespace

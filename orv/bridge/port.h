@@ -19,8 +19,8 @@ class Port {
 
     // Copies the available bytes without blocking.
     void Step();
-    // Disconnects the client. Bytes that it has not read are lost. Waits for a pending write, so
-    // that the counts are complete, at most until `end`.
+    // Disconnects the client. Bytes that it has not read are lost. Waits at most until `end` for a
+    // pending write, so that its result is counted.
     void End(std::chrono::steady_clock::time_point end);
     StateRow Row() const;
 
