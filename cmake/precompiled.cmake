@@ -1,7 +1,7 @@
-option(ORV_PRECOMPILED "Precompile headers of the standard library to save a third of the time" OFF)
+option(ORV_PRECOMPILED "Precompile headers of the standard library, to build faster" OFF)
 
-# orv_precompile(<targets...>) does nothing unless ORV_PRECOMPILED is set. The preset gcc does not
-# set it, so a missing #include fails there.
+# orv_precompile(<targets...>) precompiles headers for the targets if ORV_PRECOMPILED is ON. It is OFF
+# in the preset gcc, so that a missing #include fails there.
 function(orv_precompile)
     if(ORV_PRECOMPILED)
         foreach(target ${ARGN})

@@ -39,8 +39,9 @@ struct Examination : std::enable_shared_from_this<Examination> {
     bool isRejectedUnheard = false;  // a connect was rejected before the scan
     bool isLost = false;             // the device is no longer reachable
     bool closeHangs = false;         // a disconnect hangs, so no link can be used
-    // True while ScopedLink waits for a disconnect, and from then on if the disconnect hangs. Then,
-    // only ScopedLink decides whether it hangs. Several threads use this.
+    // True while ScopedLink waits for a disconnect, and for the rest of the run if the disconnect
+    // hangs. Meanwhile, only ScopedLink decides whether the disconnect hangs. Several threads use
+    // this.
     std::atomic<bool> isClosing = false;
     std::vector<std::int64_t> connectMs;  // durations of the successful connects
 };

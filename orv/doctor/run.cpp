@@ -54,9 +54,10 @@ void TakeSteps(Examination& run) {
     }
 }
 
-// Returns a call that has been pending for `limit` of real time.
+// Returns a call that has been pending for `limit` of real time. Ignores the calls that ScopedLink
+// judges.
 std::optional<log::Function> Hanging(const Examination& run, seconds limit) {
-    // Taken before isClosing is read: a disconnect that ScopedLink begins afterwards is younger.
+    // Taken before isClosing is read: a disconnect that begins in between is too young to hang.
     const auto latest = std::chrono::steady_clock::now() - limit;
     using Ignored = std::span<const log::Function>;
     return run.calls.Pending(latest, run.isClosing ? Ignored(HeldByClose) : Ignored());

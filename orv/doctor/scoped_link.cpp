@@ -18,7 +18,7 @@ constexpr int SystemGivesUpMs = 9000;  // time from the first connect until the 
 constexpr int AnswerMs = 2000;
 constexpr int PollMs = 10;
 constexpr std::chrono::seconds HangLimit{10};
-constexpr std::chrono::milliseconds LookTime{100};
+constexpr std::chrono::milliseconds CloseCheckTime{100};
 
 std::string Ms(std::int64_t duration) {
     return std::to_string(duration) + " ms";
@@ -85,11 +85,11 @@ bool RetryTimedOut(Examination& run, std::int64_t begin) {
     return false;
 }
 
-// Waits for the disconnect. Counts looks instead of time, because the process may not run for a
-// while.
-bool IsReady(const std::future<MadeCall>& closing) {
-    for (std::chrono::milliseconds waited{0}; waited < HangLimit; waited += LookTime) {
-        if (closing.wait_for(LookTime) == std::future_status::ready) {
+// Waits for the disconnect, and returns false if it hangs. Counts checks instead of elapsed time,
+// because the system may stop the process for a while.
+bool HasReturned(const std::future<MadeCall>& closing) {
+    for (std::chrono::milliseconds waited{0}; waited < HangLimit; waited += CloseCheckTime) {
+        if (closing.wait_for(CloseCheckTime) == std::future_status::ready) {
             return true;
         }
     }
@@ -139,7 +139,7 @@ void ScopedLink::Close(bool alone) {
     });
     std::future<MadeCall> closing = task.get_future();
     std::thread worker(std::move(task));
-    if (!IsReady(closing)) {
+    if (!HasReturned(closing)) {
         LeaveRunning(std::move(worker));
         run.closeHangs = true;
         run.findings.Refute(Check::CloseReturns, "a disconnect has not returned after " +

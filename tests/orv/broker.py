@@ -16,7 +16,7 @@ class Mosquitto:
     """A broker that keeps retained and queued messages across a restart. `more` holds further configuration lines."""
 
     def __init__(self, folder, more="allow_anonymous true"):
-        # Stays bound but does not listen, so that the broker can use the port, and no other program gets it.
+        # Bound without listening: the broker can listen on the port, and the system gives it to no other program.
         self.reservation = socket.socket()
         self.reservation.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
         self.reservation.bind(("127.0.0.1", 0))

@@ -216,7 +216,7 @@ class MqttTest(SiteTest):
         self.site.await_that(lambda: len(self.site.bytes_of(FIRST)) > before + 500, "lines after the restart")
         self.site.publish(f"device/{FIRST}/send/1", bytes(70000))  # too long: the broker does not forward it
         [blocks] = self.site.blocks.values()
-        numbers = sorted(blocks)  # once, because blocks still arrive
+        numbers = sorted(blocks)  # read once, because blocks still arrive
         self.assertEqual(numbers, list(range(1, len(numbers) + 1)))
 
     def test_what_finds_no_room_is_dropped_by_number(self):

@@ -18,7 +18,8 @@ DOCUMENT, ORV = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]).absolute()
 
 
 def reserve_port(test):
-    """Returns a port. Its socket stays bound but does not listen, so that only the recipe can use the port."""
+    """Reserves a port for the test and returns it. A bound socket that does not listen keeps other programs from
+    getting the port, but not the recipe, which asks for this port."""
     reservation = socket.socket()
     test.addCleanup(reservation.close)
     reservation.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)

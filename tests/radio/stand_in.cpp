@@ -65,7 +65,7 @@ void StandIn::Start() {
                               "NameOwnerChanged", &OnOwner, nullptr, this);
     ends = false;
     connected = servicesShown = scanning = signalling = false;
-    // Queued, because a busy bus may not yet know that the former daemon has left.
+    // Waits in the bus's queue for the name, because a busy bus may still know the former daemon.
     sd_bus_request_name(bus, "org.bluez", SD_BUS_NAME_QUEUE);
     // Waits until the thread is marked: its earlier allocations count as the library's.
     std::promise<void> isMarked;

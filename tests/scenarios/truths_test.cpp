@@ -76,7 +76,7 @@ void NotifiedDuringConnect() {
     OrvWorld_AwaitCalls(WriteDescriptor, 1);
     OrvWorld_AwaitWaits(1);
     Pass(50);
-    OrvWorld_Settle();  // beside a waiting call, Pass waits only 1 s for the notifications
+    OrvWorld_Settle();  // Pass waits at most 1 s for notifications while a call waits
     OrvWorld_ReleaseTime();
     host.join();
     Receive();

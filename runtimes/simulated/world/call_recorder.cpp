@@ -222,8 +222,8 @@ UINT64 CallRecorder::CallCount(const char* name) {
 }
 
 bool CallRecorder::AwaitCalls(const char* name, UINT64 count) {
-    // After the limit, still checks so often that a call can come that was delayed together with
-    // this thread, because the machine had stopped the process.
+    // After the limit, checks until there were this many checks. If the system has stopped the
+    // process, the thread that makes the call thus gets time to run.
     constexpr int LeastChecks = 1000;
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     awaiting.fetch_add(1);

@@ -75,14 +75,15 @@ class Clock {
 
     Duration Time() const REQUIRES(worldMutex);
     void MoveTo(Duration moment) REQUIRES(worldMutex);
-    // Fires the scheduled events that are due at the moment.
+    // Fires the scheduled events whose time is not later than `moment`.
     void FireDue(Duration moment) REQUIRES(worldMutex);
     void Fire(Timer timer) REQUIRES(worldMutex);
     void Advance() REQUIRES(worldMutex);
     bool IsIdle() const REQUIRES(worldMutex);
     bool MayJump() const REQUIRES(worldMutex);
-    // On real time, waits for the answers that were due before the waiter's deadline. If the
-    // machine stalls until the deadline, they would otherwise be late by chance only.
+    // Waits until the answers that were due before the waiter's deadline are delivered. For real
+    // time: after a stall of the machine, such an answer and the timeout are both overdue, and the
+    // answer must come first.
     void AwaitDueAnswers(const Waiter& waiter) REQUIRES(worldMutex);
     // Waits briefly for a wakeup. After several such waits in which no task finishes, marks the
     // unfinished events as blocked.
