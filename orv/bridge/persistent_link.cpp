@@ -56,10 +56,12 @@ void PersistentLink::Send(std::string_view bytes) {
     changed.notify_all();
 }
 
-void PersistentLink::AwaitWrite(Clock::time_point end) {
+void PersistentLink::StopSending(Clock::time_point end) {
     const Lock lock(mutex);
-    const std::uint64_t pending = begunWrites;
-    while (endedWrites < pending && changed.wait_until(mutex, end) == std::cv_status::no_timeout) {
+    const std::size_t kept = writing.value_or(0);
+    status.unsent += outgoing.size() - kept;
+    outgoing.resize(kept);
+    while (writing && changed.wait_until(mutex, end) == std::cv_status::no_timeout) {
     }
 }
 
@@ -95,7 +97,7 @@ PersistentLink::Step PersistentLink::NextStep() {
                 until = lastTraffic + std::chrono::seconds(options.probeSeconds);
             }
             if (!outgoing.empty() || now >= until) {
-                ++begunWrites;
+                writing = std::min(outgoing.size(), options.block);
                 return &PersistentLink::Send;
             }
         } else if (isWanted) {
@@ -147,11 +149,11 @@ void PersistentLink::Send() {
     std::string block;
     {
         const Lock lock(mutex);
-        block = outgoing.substr(0, options.block);
+        block = outgoing.substr(0, *writing);
     }
     const bool isConfirmed = library.Send(address, block) != ORV_FAILED;
     const Lock lock(mutex);
-    ++endedWrites;
+    writing.reset();
     changed.notify_all();
     outgoing.erase(0, block.size());
     lastTraffic = Clock::now();

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -37,7 +38,7 @@ struct LinkOptions {
 };
 
 // A worker thread connects, sends and disconnects, because these calls can block for seconds. Only
-// AwaitWrite, Poll and the destructor block. Failed writes are not repeated.
+// StopSending, Poll and the destructor block. Failed writes are not repeated.
 class PersistentLink {
   public:
     static constexpr std::size_t SendLimit = 65536;
@@ -57,9 +58,9 @@ class PersistentLink {
     // Returns how many bytes Send accepts now.
     std::size_t Room();
     void Send(std::string_view bytes);
-    // Waits until the result of a pending write is counted, at most until `end`. Returns at once if
-    // no write is pending.
-    void AwaitWrite(std::chrono::steady_clock::time_point end);
+    // Drops the queued bytes and counts them as unsent. Waits at most until `end` for a pending
+    // write, so that its result is counted, too.
+    void StopSending(std::chrono::steady_clock::time_point end);
 
     std::string Take(std::size_t most);
     // Drops the received bytes in the queue. Counts them as unread, plus `taken` bytes that Take
@@ -100,9 +101,9 @@ class PersistentLink {
     bool isWanted GUARDED_BY(mutex) = false;
     bool isLost GUARDED_BY(mutex) = false;
     bool isEnding GUARDED_BY(mutex) = false;
-    std::uint64_t begunWrites GUARDED_BY(mutex) = 0;  // counted before the worker calls Send
-    std::uint64_t endedWrites GUARDED_BY(mutex) = 0;
     std::string outgoing GUARDED_BY(mutex);
+    // Size of the pending write, whose bytes are the first ones of `outgoing`.
+    std::optional<std::size_t> writing GUARDED_BY(mutex);
     std::string incoming GUARDED_BY(mutex);
     std::chrono::seconds pause GUARDED_BY(mutex){0};
     Clock::time_point nextAttempt GUARDED_BY(mutex);

@@ -119,7 +119,7 @@ bool Port::EndClient() {
 
 void Port::End(Clock::time_point end) {
     EndClient();
-    link->AwaitWrite(end);
+    link->StopSending(end);
     link->DropReceived(std::exchange(pending, {}).size());
     hasEnded = true;
 }

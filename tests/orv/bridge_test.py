@@ -91,6 +91,7 @@ class BridgeTest(WorldCase):
                              for after, answer in ((300, NEVER), (2000, {"operation": "WriteValue"}))]},
         "flood": {"devices": [{"address": FIRST}],
                   "events": [{"after": 100, "device": FIRST, "notify": "55" * 4096, "times": FLOOD // 4096, "every": 1}]},
+        "mute": {"devices": [{"address": FIRST, "answers": [NEVER]}]},
         "rejecting": {"devices": [{"address": FIRST, "known": False, "name": "ORV-0042", "interval": 20}]},
     }
 
@@ -168,6 +169,12 @@ class Clients:
         _, received, lost, _ = bridge.end()[FIRST]
         self.assertEqual((len(got) + lost, got), (received, b"\x55" * len(got)))
         self.assertGreater(lost, 1 << 20)
+
+    def test_bytes_that_wait_at_the_end_are_counted_as_lost(self):
+        bridge = self.bridge("mute", self.KIND + " --block 100")
+        self.client(bridge).sendall(bytes(1000))
+        bridge.shows("not confirmed")
+        self.assertEqual(bridge.end()[FIRST][:3], (0, 0, 1000))
 
 
 class TcpTest(Clients, BridgeTest):
